@@ -1,0 +1,57 @@
+# What every target of the tree has in common.
+
+option(QUORVANE_TESTS "Build the tests" ON)
+set(QUORVANE_SANITIZE "" CACHE STRING "Sanitisers to build with: a value of -fsanitize")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+
+add_library(quorvane_options INTERFACE)
+target_include_directories(quorvane_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(quorvane_options INTERFACE
+    -Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wold-style-cast -Wcast-align -Wconversion -Wsign-conversion -Wnull-dereference
+    -Wimplicit-fallthrough -Wundef
+    # A call stack is part of what the log tells of an exception.
+    -fno-omit-frame-pointer)
+target_compile_definitions(quorvane_options INTERFACE QUORVANE_VERSION="${PROJECT_VERSION}")
+if(QUORVANE_SANITIZE)
+    target_compile_options(quorvane_options INTERFACE -fsanitize=${QUORVANE_SANITIZE}
+        -fno-sanitize-recover=all)
+    target_link_options(quorvane_options INTERFACE -fsanitize=${QUORVANE_SANITIZE})
+    # The sanitisers make g++ see null dereferences and maybe-uninitialised values that are not
+    # there.
+    target_compile_options(quorvane_options INTERFACE -Wno-null-dereference
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+endif()
+
+# quorvane_library(NAME SOURCES ... LINKS ...): one folder's code.
+function(quorvane_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC quorvane_options ${ARG_LINKS})
+endfunction()
+
+# quorvane_tests(NAME SOURCES ... LINKS ...): one folder's tests, a process for each test.
+function(quorvane_tests name)
+    if(NOT QUORVANE_TESTS)
+        return()
+    endif()
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;PROPERTIES" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
+    target_link_libraries(${name} PRIVATE ${ARG_LINKS} quorvane_test_support GTest::gmock
+        GTest::gtest_main)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ${ARG_PROPERTIES})
+endfunction()
+
+# quorvane_program(NAME SOURCES ... LINKS ...): one program, with its symbols for call stacks.
+function(quorvane_program name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
+    target_link_libraries(${name} PRIVATE ${ARG_LINKS})
+endfunction()

@@ -1,0 +1,134 @@
+#include "Platform/Foundation/Array.h"
+
+#include "Platform/Foundation/Description.h"
+#include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Format.h"
+#include "Platform/Foundation/Null.h"
+
+#include <algorithm>
+
+namespace NS {
+
+namespace {
+
+Ref<Object> createMutableArray() {
+    return make<MutableArray>();
+}
+
+void checkIndex(const Array& array, const char* operation, std::size_t index) {
+    if (index < array.count()) {
+        return;
+    }
+    const Ref<String> bounds = array.count() == 0
+                                   ? str("for empty array")
+                                   : stringWithFormat("bounds [0 .. %zu]", array.count() - 1);
+    Exception::raise(kRangeException,
+                     stringWithFormat("*** -[%s %s]: index %zu beyond %@", array.objectClass().name,
+                                      operation, index, bounds));
+}
+
+} // namespace
+
+constinit const Class Array::kClass{.name = "NSArray", .superclass = &Object::kClass};
+constinit const Class MutableArray::kClass{
+    .name = "NSMutableArray", .superclass = &Array::kClass, .create = &createMutableArray};
+
+Ref<Array> Array::arrayWithObjects(std::initializer_list<Ref<Object>> objects) {
+    return make<Array>(std::vector<Ref<Object>>(objects));
+}
+
+Ref<Object> Array::objectAtIndex(std::size_t index) const {
+    checkIndex(*this, "objectAtIndex:", index);
+    return objects_[index];
+}
+
+RefPtr<Object> Array::firstObject() const {
+    return objects_.empty() ? RefPtr<Object>() : RefPtr<Object>(objects_.front());
+}
+
+bool Array::containsObject(const Object& object) const {
+    return std::ranges::any_of(objects_, [&](const auto& each) { return each->isEqual(&object); });
+}
+
+Ref<Array> Array::arrayByAddingObject(const Ref<Object>& object) const {
+    std::vector<Ref<Object>> objects;
+    objects.reserve(count() + 1);
+    objects.assign(begin(), end());
+    objects.push_back(object);
+    return make<Array>(std::move(objects));
+}
+
+Ref<Array> Array::arrayByAddingObjectsFromArray(const Array& other) const {
+    std::vector<Ref<Object>> objects;
+    objects.reserve(count() + other.count());
+    objects.assign(begin(), end());
+    objects.insert(objects.end(), other.begin(), other.end());
+    return make<Array>(std::move(objects));
+}
+
+Ref<Array> Array::copy() const {
+    return make<Array>(objects_);
+}
+
+Ref<MutableArray> Array::mutableCopy() const {
+    return make<MutableArray>(objects_);
+}
+
+bool Array::isEqual(const Object* other) const {
+    if (this == other) {
+        return true;
+    }
+    const auto* array = as<Array>(other);
+    return array != nullptr &&
+           std::ranges::equal(*this, *array, [](const Ref<Object>& a, const Ref<Object>& b) {
+               return a == b || a->isEqual(b.get());
+           });
+}
+
+Ref<String> Array::description() const {
+    return describe(*this);
+}
+
+RefPtr<Object> Array::valueForKey(const String& key) const {
+    const auto values = make<MutableArray>();
+    for (const Ref<Object>& each : *this) {
+        const RefPtr<Object> value = each->valueForKey(key);
+        values->addObject(value ? value : RefPtr<Object>(Null::null()));
+    }
+    return values;
+}
+
+void Array::setValue_forKey(RefPtr<Object> value, const String& key) {
+    for (const Ref<Object>& each : *this) {
+        each->setValue_forKey(value, key);
+    }
+}
+
+void MutableArray::addObject(const RefPtr<Object>& object) {
+    if (!object) {
+        Exception::raise(kInvalidArgumentException,
+                         "*** -[NSMutableArray addObject:]: object cannot be nil");
+    }
+    objects_.emplace_back(*object);
+}
+
+void MutableArray::removeObject(const Object& object) {
+    // The object may be held by nothing but this array.
+    const Ref<Object> kept(const_cast<Object&>(object));
+    std::erase_if(objects_, [&](const auto& each) { return each->isEqual(kept.get()); });
+}
+
+void MutableArray::removeObjectIdenticalTo(const Object& object) {
+    std::erase_if(objects_, [&](const auto& each) { return each.get() == &object; });
+}
+
+void MutableArray::removeObjectAtIndex(std::size_t index) {
+    checkIndex(*this, "removeObjectAtIndex:", index);
+    objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+void MutableArray::removeAllObjects() {
+    std::vector<Ref<Object>>().swap(objects_);
+}
+
+} // namespace NS

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Platform/Foundation/Object.h"
+
+#include <cstddef>
+#include <initializer_list>
+#include <vector>
+
+namespace NS {
+
+class MutableArray;
+
+// Objects in order; the same object may stand in it more than once. Never nil. Does not change
+// itself, but may be a MutableArray that its owner changes.
+class Array : public Object {
+    NS_OBJECT(Array)
+  public:
+    Array() = default;
+    explicit Array(std::vector<Ref<Object>> objects) : objects_(std::move(objects)) {}
+    static Ref<Array> arrayWithObjects(std::initializer_list<Ref<Object>> objects);
+
+    std::size_t count() const noexcept { return objects_.size(); }
+    // Raises NSRangeException for an index that is not below the count.
+    Ref<Object> objectAtIndex(std::size_t index) const;
+    // Nil when the array is empty.
+    RefPtr<Object> firstObject() const;
+    // True when an element equals the object.
+    bool containsObject(const Object& object) const;
+
+    Ref<Array> arrayByAddingObject(const Ref<Object>& object) const;
+    Ref<Array> arrayByAddingObjectsFromArray(const Array& other) const;
+    // The elements as they are now, unaffected by later changes of this array.
+    Ref<Array> copy() const;
+    Ref<MutableArray> mutableCopy() const;
+
+    auto begin() const noexcept { return objects_.begin(); }
+    auto end() const noexcept { return objects_.end(); }
+
+    bool isEqual(const Object* other) const override;
+    // The count, as the platform has it: an array that changes keeps as much of its hash as it can.
+    std::size_t hash() const override { return count(); }
+    Ref<String> description() const override;
+    // Each element's value for the key, NSNull where it is nil.
+    RefPtr<Object> valueForKey(const String& key) const override;
+    // Sets the value on each element.
+    void setValue_forKey(RefPtr<Object> value, const String& key) override;
+
+  protected:
+    friend class KeyedUnarchiver;
+    std::vector<Ref<Object>> objects_;
+};
+
+// An array that can be changed. Not for use by two threads at once while one of them changes it;
+// take a copy() before a loop that changes it.
+class MutableArray final : public Array {
+    NS_OBJECT(MutableArray)
+  public:
+    using Array::Array;
+
+    // Raises NSInvalidArgumentException for nil.
+    void addObject(const RefPtr<Object>& object);
+    // Removes every element that equals the object.
+    void removeObject(const Object& object);
+    // Removes every occurrence of this very object.
+    void removeObjectIdenticalTo(const Object& object);
+    // Raises NSRangeException for an index that is not below the count.
+    void removeObjectAtIndex(std::size_t index);
+    void removeAllObjects();
+};
+
+} // namespace NS

@@ -1,0 +1,96 @@
+#include "Platform/Foundation/Data.h"
+
+#include "Platform/Foundation/StringBuilder.h"
+
+#include <algorithm>
+#include <functional>
+#include <new>
+
+namespace NS {
+
+constinit const Class Data::kClass{.name = "NSData", .superclass = &Object::kClass};
+constinit const Class MutableData::kClass{.name = "NSMutableData", .superclass = &Data::kClass};
+
+namespace {
+
+class VectorOwner final : public Object {
+  public:
+    explicit VectorOwner(std::vector<std::byte> bytes) : bytes_(std::move(bytes)) {}
+    Bytes bytes() const noexcept { return bytes_; }
+
+  private:
+    std::vector<std::byte> bytes_;
+};
+
+void appendHex(StringBuilder& builder, Bytes bytes) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    for (const std::byte byte : bytes) {
+        builder.append(kDigits[std::to_integer<std::size_t>(byte >> 4)]);
+        builder.append(kDigits[std::to_integer<std::size_t>(byte & std::byte{0xF})]);
+    }
+}
+
+} // namespace
+
+Ref<Data> Data::dataWithBytes(Bytes bytes) {
+    void* const storage = ::operator new(sizeof(Data) + bytes.size());
+    auto* const target = static_cast<std::byte*>(storage) + sizeof(Data);
+    std::ranges::copy(bytes, target);
+    return Ref<Data>(*new (storage) Data(Bytes(target, bytes.size()), nullptr), kAdopt);
+}
+
+Ref<Data> Data::dataWithBytesNoCopy(Bytes bytes, Ref<Object> owner) {
+    void* const storage = ::operator new(sizeof(Data));
+    return Ref<Data>(*new (storage) Data(bytes, std::move(owner)), kAdopt);
+}
+
+Ref<Data> Data::dataWithVector(std::vector<std::byte> bytes) {
+    const auto owner = make<VectorOwner>(std::move(bytes));
+    return dataWithBytesNoCopy(owner->bytes(), owner);
+}
+
+void Data::destroy() const noexcept {
+    this->~Data();
+    ::operator delete(const_cast<Data*>(this));
+}
+
+bool Data::isEqual(const Object* other) const {
+    const auto* data = as<Data>(other);
+    return data != nullptr && std::ranges::equal(bytes(), data->bytes());
+}
+
+std::size_t Data::hash() const {
+    return std::hash<std::string_view>{}(charactersOf(bytes_));
+}
+
+Ref<String> Data::description() const {
+    constexpr std::size_t kHead = 16;
+    constexpr std::size_t kTail = 8;
+    StringBuilder builder;
+    builder.appendAscii("{length = " + std::to_string(length()) + ", bytes = 0x");
+    if (length() <= kHead + kTail) {
+        appendHex(builder, bytes_);
+    } else {
+        appendHex(builder, bytes_.first(kHead));
+        builder.appendAscii(" ... ");
+        appendHex(builder, bytes_.last(kTail));
+    }
+    builder.append('}');
+    return builder.string();
+}
+
+MutableData::MutableData(Bytes bytes) : Data({}, nullptr) {
+    setData(bytes);
+}
+
+void MutableData::appendBytes(Bytes bytes) {
+    storage_.insert(storage_.end(), bytes.begin(), bytes.end());
+    setBytes(storage_);
+}
+
+void MutableData::setData(Bytes bytes) {
+    storage_.assign(bytes.begin(), bytes.end());
+    setBytes(storage_);
+}
+
+} // namespace NS

@@ -1,0 +1,130 @@
+#include "Platform/Foundation/Dictionary.h"
+
+#include "Platform/Foundation/Description.h"
+#include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/String.h"
+
+#include <algorithm>
+
+namespace NS {
+
+namespace {
+
+Ref<Object> createMutableDictionary() {
+    return make<MutableDictionary>();
+}
+
+} // namespace
+
+constinit const Class Dictionary::kClass{.name = "NSDictionary", .superclass = &Object::kClass};
+constinit const Class MutableDictionary::kClass{.name = "NSMutableDictionary",
+                                                .superclass = &Dictionary::kClass,
+                                                .create = &createMutableDictionary};
+
+Dictionary::Dictionary(std::vector<Entry> entries) {
+    entries_.reserve(entries.size());
+    for (Entry& entry : entries) {
+        setEntry(std::move(entry));
+    }
+}
+
+Ref<Dictionary> Dictionary::dictionaryWithEntries(
+    std::initializer_list<std::pair<std::string_view, Ref<Object>>> entries) {
+    std::vector<Entry> pairs;
+    pairs.reserve(entries.size());
+    for (const auto& [key, value] : entries) {
+        pairs.emplace_back(str(key), value);
+    }
+    return make<Dictionary>(std::move(pairs));
+}
+
+std::size_t Dictionary::positionOfKey(const Object& key) const {
+    const bool indexed = entries_.size() > HashIndex::kUnindexedEntries;
+    return index_.find(indexed ? key.hash() : 0, entries_.size(), [&](std::size_t position) {
+        return entries_[position].first->isEqual(&key);
+    });
+}
+
+void Dictionary::setEntry(Entry entry) {
+    const std::size_t position = positionOfKey(*entry.first);
+    if (position != HashIndex::kNotFound) {
+        entries_[position].second = std::move(entry.second);
+        return;
+    }
+    entries_.push_back(std::move(entry));
+    index_.appended(entries_.size(), [this](std::size_t p) { return hashAt(p); });
+}
+
+RefPtr<Object> Dictionary::objectForKey(const Object& key) const {
+    const std::size_t position = positionOfKey(key);
+    return position == HashIndex::kNotFound ? RefPtr<Object>()
+                                            : RefPtr<Object>(entries_[position].second);
+}
+
+RefPtr<Object> Dictionary::objectForKey(std::string_view key) const {
+    return objectForKey(*str(key));
+}
+
+Ref<Dictionary> Dictionary::copy() const {
+    return make<Dictionary>(entries_);
+}
+
+Ref<MutableDictionary> Dictionary::mutableCopy() const {
+    return make<MutableDictionary>(entries_);
+}
+
+bool Dictionary::isEqual(const Object* other) const {
+    if (this == other) {
+        return true;
+    }
+    const auto* dictionary = as<Dictionary>(other);
+    return dictionary != nullptr && count() == dictionary->count() &&
+           std::ranges::all_of(entries_, [&](const Entry& entry) {
+               const RefPtr<Object> value = dictionary->objectForKey(*entry.first);
+               return value && (value == entry.second || entry.second->isEqual(value.get()));
+           });
+}
+
+Ref<String> Dictionary::description() const {
+    return describe(*this);
+}
+
+RefPtr<Object> Dictionary::valueForKey(const String& key) const {
+    return objectForKey(key);
+}
+
+void MutableDictionary::setObject_forKey(const RefPtr<Object>& object, Ref<Object> key) {
+    if (!object) {
+        Exception::raise(kInvalidArgumentException,
+                         "*** -[NSMutableDictionary setObject:forKey:]: object cannot be nil");
+    }
+    setEntry({std::move(key), Ref<Object>(*object)});
+}
+
+void MutableDictionary::setObject_forKey(const RefPtr<Object>& object, std::string_view key) {
+    setObject_forKey(object, str(key));
+}
+
+void MutableDictionary::removeObjectForKey(const Object& key) {
+    const std::size_t position = positionOfKey(key);
+    if (position == HashIndex::kNotFound) {
+        return;
+    }
+    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(position));
+    index_.rebuild(entries_.size(), [this](std::size_t p) { return hashAt(p); });
+}
+
+void MutableDictionary::removeAllObjects() {
+    std::vector<Entry>().swap(entries_);
+    index_ = HashIndex();
+}
+
+void MutableDictionary::setValue_forKey(RefPtr<Object> value, const String& key) {
+    if (value) {
+        setObject_forKey(value, Ref<Object>(const_cast<String&>(key)));
+    } else {
+        removeObjectForKey(key);
+    }
+}
+
+} // namespace NS

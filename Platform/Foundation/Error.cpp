@@ -1,0 +1,49 @@
+#include "Platform/Foundation/Error.h"
+
+#include "Platform/Foundation/Description.h"
+#include "Platform/Foundation/Dictionary.h"
+#include "Platform/Foundation/Format.h"
+#include "Platform/Foundation/StringBuilder.h"
+
+#include <functional>
+
+namespace NS {
+
+constinit const Class Error::kClass{.name = "NSError", .superclass = &Object::kClass};
+
+namespace {
+
+Ref<Dictionary> orEmpty(RefPtr<Dictionary> dictionary) {
+    return dictionary ? Ref<Dictionary>(*dictionary) : make<Dictionary>();
+}
+
+} // namespace
+
+Error::Error(Ref<String> domain, std::int64_t code, RefPtr<Dictionary> userInfo)
+    : domain_(std::move(domain)), code_(code), userInfo_(orEmpty(std::move(userInfo))) {}
+
+RefPtr<Object> Error::localizedDescription() const {
+    return userInfo_->objectForKey("NSLocalizedDescription");
+}
+
+bool Error::isEqual(const Object* other) const {
+    const auto* error = as<Error>(other);
+    return error != nullptr && code_ == error->code_ && domain_->isEqual(error->domain_.get()) &&
+           userInfo_->isEqual(error->userInfo_.get());
+}
+
+std::size_t Error::hash() const {
+    return domain_->hash() ^ std::hash<std::int64_t>{}(code_);
+}
+
+Ref<String> Error::description() const {
+    StringBuilder text;
+    text.append(*stringWithFormat("Error Domain=%@ Code=%lld \"%@\"", domain_, code_,
+                                  localizedDescription()));
+    if (userInfo_->count() > 0) {
+        text.append(*describeUserInfo(*userInfo_));
+    }
+    return text.string();
+}
+
+} // namespace NS

@@ -1,0 +1,69 @@
+#include "Platform/Foundation/Invocation.h"
+
+#include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Format.h"
+
+#include <string>
+
+namespace NS {
+
+constinit const Class MethodSignature::kClass{.name = "NSMethodSignature",
+                                              .superclass = &Object::kClass};
+constinit const Class Invocation::kClass{.name = "NSInvocation", .superclass = &Object::kClass};
+
+RefPtr<MethodSignature> MethodSignature::signatureForSelector(const Object& target,
+                                                              Selector selector) {
+    if (target.methodForSelector(selector) == nullptr) {
+        return nullptr;
+    }
+    return make<MethodSignature>(selector.argumentCount());
+}
+
+Invocation::Invocation(const RefPtr<MethodSignature>& signature) {
+    if (!signature) {
+        Exception::raise(
+            kInvalidArgumentException,
+            "+[NSInvocation invocationWithMethodSignature:]: method signature argument "
+            "cannot be nil");
+    }
+    arguments_.resize(signature->numberOfArguments() - MethodSignature::kFirstParameter);
+}
+
+std::size_t Invocation::checkedIndex(const char* operation, std::size_t index) const {
+    const std::size_t first = MethodSignature::kFirstParameter;
+    if (index < first || index >= first + arguments_.size()) {
+        Exception::raise(
+            kInvalidArgumentException,
+            stringWithFormat("-[NSInvocation %s]: index (%zu) out of bounds [%zu, %zu)", operation,
+                             index, first, first + arguments_.size()));
+    }
+    return index - first;
+}
+
+void Invocation::setArgument_atIndex(RefPtr<Object> argument, std::size_t index) {
+    arguments_[checkedIndex("setArgument:atIndex:", index)] = std::move(argument);
+}
+
+RefPtr<Object> Invocation::argumentAtIndex(std::size_t index) const {
+    return arguments_[checkedIndex("getArgument:atIndex:", index)];
+}
+
+void Invocation::invoke() {
+    // The call may set the target or the arguments of this very invocation anew.
+    const RefPtr<Object> target = target_;
+    if (!target) {
+        return;
+    }
+    const Method* const operation = target->methodForSelector(selector_);
+    if (operation == nullptr || selector_.argumentCount() != arguments_.size()) {
+        Exception::raise(kInvalidArgumentException,
+                         stringWithFormat("-[%s %s]: unrecognized selector sent to instance %p",
+                                          target->objectClass().name,
+                                          std::string(selector_.name).c_str(),
+                                          static_cast<const void*>(target.get())));
+    }
+    const std::vector<RefPtr<Object>> arguments = arguments_;
+    operation->invoke(*target, arguments);
+}
+
+} // namespace NS

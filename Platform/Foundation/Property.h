@@ -1,0 +1,196 @@
+#pragma once
+
+#include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/Object.h"
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+// Properties of classes.
+//
+// A record class declares each property once, in its class body:
+//
+//     class QVUserInfoItem final : public QVContentItem {
+//         NS_OBJECT(QVUserInfoItem)
+//       public:
+//         NS_RECORD_PROPERTY(NS::Number, storageUsed, setStorageUsed)
+//
+// and hands propertiesOf<QVUserInfoItem>() to its kClass. The accessors, key-value coding and,
+// through it, mapping and archiving all come from that line.
+
+namespace NS {
+
+// A strong reference that can be read and replaced from several threads. As small as a pointer: the
+// lowest bit, free in every object's address, is the lock.
+template <class T>
+class AtomicRef {
+  public:
+    AtomicRef() = default;
+    ~AtomicRef() { store(nullptr); }
+    AtomicRef(const AtomicRef&) = delete;
+    AtomicRef& operator=(const AtomicRef&) = delete;
+
+    // What it refers to now; stays valid after a concurrent store().
+    RefPtr<T> load() const noexcept {
+        const std::uintptr_t bits = lock();
+        RefPtr<T> object(pointer(bits));
+        bits_.store(bits, std::memory_order_release);
+        return object;
+    }
+
+    void store(RefPtr<T> object) noexcept {
+        const std::uintptr_t old = lock();
+        bits_.store(reinterpret_cast<std::uintptr_t>(object.leak()), std::memory_order_release);
+        // Released outside of the lock: it may run a destructor.
+        const RefPtr<T> released(pointer(old), kAdopt);
+    }
+
+  private:
+    static constexpr std::uintptr_t kLocked = 1;
+
+    static T* pointer(std::uintptr_t bits) noexcept { return reinterpret_cast<T*>(bits); }
+
+    // Takes the lock and returns the bits without it. Held for a few instructions only.
+    std::uintptr_t lock() const noexcept {
+        for (;;) {
+            const std::uintptr_t bits = bits_.fetch_or(kLocked, std::memory_order_acquire);
+            if ((bits & kLocked) == 0) {
+                return bits;
+            }
+            std::this_thread::yield();
+        }
+    }
+
+    mutable std::atomic<std::uintptr_t> bits_{0};
+};
+
+// One property as key-value coding sees it.
+struct Property {
+    std::string_view key;
+    RefPtr<Object> (*get)(const Object& object);
+    void (*set)(Object& object, RefPtr<Object> value);
+};
+
+// The line of a class's declaration that a property stands on, as a type.
+template <class C, int line>
+struct PropertyLine {};
+
+// How far below its NS_OBJECT a class's properties may stand, in lines.
+inline constexpr int kPropertyLines = 100;
+
+template <class C, int line>
+inline constexpr bool kHasPropertyAt = requires {
+    C::propertyAt(PropertyLine<C, line>{});
+};
+
+// The properties that a class itself declares, in order.
+template <class C>
+consteval auto propertiesOf() {
+    return []<int... offset>(std::integer_sequence<int, offset...>) {
+        constexpr int kFirst = C::kFirstPropertyLine;
+        constexpr std::size_t kCount =
+            (std::size_t{0} + ... + (kHasPropertyAt<C, kFirst + offset> ? 1U : 0U));
+        std::array<Property, kCount> properties{};
+        std::size_t next = 0;
+        (
+            [&] {
+                if constexpr (kHasPropertyAt<C, kFirst + offset>) {
+                    properties[next++] = C::propertyAt(PropertyLine<C, kFirst + offset>{});
+                }
+            }(),
+            ...);
+        return properties;
+    }
+    (std::make_integer_sequence<int, kPropertyLines>{});
+}
+
+// Raises NSInvalidArgumentException: nil cannot be stored in a scalar property.
+[[noreturn]] void raiseNilForScalar(const Object& object, std::string_view key);
+
+// A scalar of a record, boxed for key-value coding.
+template <class T>
+struct Scalar;
+template <>
+struct Scalar<bool> {
+    static Ref<Object> box(bool value) { return Number::numberWithBool(value); }
+    static bool unbox(const RefPtr<Object>& value) { return boolValue(value); }
+};
+template <>
+struct Scalar<double> {
+    static Ref<Object> box(double value) { return Number::numberWithDouble(value); }
+    static double unbox(const RefPtr<Object>& value) { return cast<Number>(value)->doubleValue(); }
+};
+
+} // namespace NS
+
+#define NS_PROPERTY_ENTRY(name, getExpression, setExpression)                                      \
+    static constexpr NS::Property propertyAt(NS::PropertyLine<Self_, __LINE__>) {                  \
+        static_assert(__LINE__ - kFirstPropertyLine < NS::kPropertyLines,                          \
+                      "a property stands too far below its class's NS_OBJECT");                    \
+        return {#name,                                                                             \
+                [](const NS::Object& object) -> NS::RefPtr<NS::Object> {                           \
+                    const auto& self = static_cast<const Self_&>(object);                          \
+                    return getExpression;                                                          \
+                },                                                                                 \
+                [](NS::Object& object, NS::RefPtr<NS::Object> value) {                             \
+                    auto& self = static_cast<Self_&>(object);                                      \
+                    setExpression;                                                                 \
+                }};                                                                                \
+    }
+
+// A strong, atomic property of a record. The type is what its owner expects to find there; a reply
+// or an archive may have put another object in, so that it is read as it stands.
+#define NS_RECORD_PROPERTY(Type, name, setName)                                                    \
+  public:                                                                                          \
+    NS::RefPtr<NS::Object> name() const {                                                          \
+        return name##_.load();                                                                     \
+    }                                                                                              \
+    void setName(NS::RefPtr<Type> value) {                                                         \
+        name##_.store(std::move(value));                                                           \
+    }                                                                                              \
+    NS_PROPERTY_ENTRY(name, self.name##_.load(), self.name##_.store(std::move(value)))             \
+                                                                                                   \
+  private:                                                                                         \
+    NS::AtomicRef<NS::Object> name##_;                                                             \
+                                                                                                   \
+  public:
+
+// An atomic scalar property (bool or double) of a record; key-value coding boxes it into a number.
+#define NS_RECORD_SCALAR(Type, name, setName)                                                      \
+  public:                                                                                          \
+    Type name() const {                                                                            \
+        return name##_.load();                                                                     \
+    }                                                                                              \
+    void setName(Type value) {                                                                     \
+        name##_.store(value);                                                                      \
+    }                                                                                              \
+    NS_PROPERTY_ENTRY(name, NS::Scalar<Type>::box(self.name##_.load()), {                          \
+        if (!value) {                                                                              \
+            NS::raiseNilForScalar(object, #name);                                                  \
+        }                                                                                          \
+        self.name##_.store(NS::Scalar<Type>::unbox(value));                                        \
+    })                                                                                             \
+                                                                                                   \
+  private:                                                                                         \
+    std::atomic<Type> name##_{};                                                                   \
+                                                                                                   \
+  public:
+
+// A strong, atomic property of any other class: accessors of the exact type, no key-value coding.
+#define NS_PROPERTY(Type, name, setName)                                                           \
+  public:                                                                                          \
+    NS::RefPtr<Type> name() const {                                                                \
+        return name##_.load();                                                                     \
+    }                                                                                              \
+    void setName(NS::RefPtr<Type> value) {                                                         \
+        name##_.store(std::move(value));                                                           \
+    }                                                                                              \
+                                                                                                   \
+  private:                                                                                         \
+    NS::AtomicRef<Type> name##_;                                                                   \
+                                                                                                   \
+  public:

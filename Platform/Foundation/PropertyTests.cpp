@@ -1,0 +1,99 @@
+#include "Platform/Foundation/Property.h"
+
+#include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/String.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+class Record : public NS::Object {
+    NS_OBJECT(Record)
+  public:
+    NS_RECORD_PROPERTY(NS::String, title, setTitle)
+    NS_RECORD_SCALAR(double, time, setTime)
+    NS_RECORD_SCALAR(bool, marked, setMarked)
+};
+
+class DerivedRecord final : public Record {
+    NS_OBJECT(DerivedRecord)
+  public:
+    NS_RECORD_PROPERTY(NS::Number, size, setSize)
+};
+
+constexpr auto kRecordProperties = NS::propertiesOf<Record>();
+constexpr auto kDerivedProperties = NS::propertiesOf<DerivedRecord>();
+
+constinit const NS::Class Record::kClass{
+    .name = "Record", .superclass = &NS::Object::kClass, .properties = kRecordProperties};
+constinit const NS::Class DerivedRecord::kClass{
+    .name = "DerivedRecord", .superclass = &Record::kClass, .properties = kDerivedProperties};
+
+std::string nameOfException(const std::function<void()>& act) {
+    try {
+        act();
+    } catch (const NS::Exception& exception) {
+        return exception.name()->utf8();
+    }
+    return "none";
+}
+
+TEST(Property, StandsInTheClassInItsDeclaredOrder) {
+    ASSERT_EQ(kRecordProperties.size(), 3U);
+    EXPECT_EQ(kRecordProperties[0].key, "title");
+    EXPECT_EQ(kRecordProperties[1].key, "time");
+    EXPECT_EQ(kRecordProperties[2].key, "marked");
+    ASSERT_EQ(kDerivedProperties.size(), 1U);
+}
+
+TEST(Property, IsReachedByItsKeyAlsoInASubclass) {
+    const auto record = NS::make<DerivedRecord>();
+    const auto title = NS::str("Docs");
+    record->setValue_forKey(title, NS::str("title"));
+    EXPECT_EQ(record->valueForKey(NS::str("title")), NS::RefPtr<NS::Object>(title));
+    EXPECT_EQ(record->title(), NS::RefPtr<NS::Object>(title));
+}
+
+TEST(Property, BoxesAScalar) {
+    const auto record = NS::make<Record>();
+    record->setTime(1.5);
+    EXPECT_EQ(record->valueForKey(NS::str("time"))->description()->utf8(), "1.5");
+    record->setValue_forKey(NS::Number::numberWithInt(1), NS::str("marked"));
+    EXPECT_TRUE(record->marked());
+}
+
+TEST(Property, RaisesForAnUnknownKey) {
+    const auto record = NS::make<Record>();
+    EXPECT_EQ(nameOfException([&] { (void)record->valueForKey(NS::str("other")); }),
+              NS::kUnknownKeyException);
+    EXPECT_EQ(nameOfException([&] { record->setValue_forKey(nullptr, NS::str("other")); }),
+              NS::kUnknownKeyException);
+}
+
+TEST(Property, RaisesForNilIntoAScalar) {
+    const auto record = NS::make<Record>();
+    EXPECT_EQ(nameOfException([&] { record->setValue_forKey(nullptr, NS::str("marked")); }),
+              NS::kInvalidArgumentException);
+}
+
+TEST(AtomicRef, KeepsAReadValueAliveAcrossAConcurrentStore) {
+    NS::AtomicRef<NS::String> reference;
+    reference.store(NS::str("0"));
+    std::thread writer([&] {
+        for (int i = 0; i < 20000; ++i) {
+            reference.store(NS::str(std::to_string(i)));
+        }
+    });
+    std::size_t characters = 0;
+    for (int i = 0; i < 20000; ++i) {
+        characters += reference.load()->length();
+    }
+    writer.join();
+    EXPECT_GE(characters, 20000U);
+    EXPECT_EQ(reference.load()->utf8(), "19999");
+    EXPECT_EQ(reference.load()->referenceCount(), 2U);
+}
+
+} // namespace

@@ -1,0 +1,82 @@
+#include "Platform/Foundation/Set.h"
+
+#include "Platform/Foundation/Description.h"
+#include "Platform/Foundation/Exception.h"
+
+#include <algorithm>
+
+namespace NS {
+
+constinit const Class Set::kClass{.name = "NSSet", .superclass = &Object::kClass};
+constinit const Class MutableSet::kClass{.name = "NSMutableSet", .superclass = &Set::kClass};
+
+Set::Set(const std::vector<Ref<Object>>& objects) {
+    objects_.reserve(objects.size());
+    for (const Ref<Object>& object : objects) {
+        insert(object);
+    }
+}
+
+Ref<Set> Set::setWithObject(Ref<Object> object) {
+    return make<Set>(std::vector<Ref<Object>>{std::move(object)});
+}
+
+std::size_t Set::positionOf(const Object& object) const {
+    const bool indexed = objects_.size() > HashIndex::kUnindexedEntries;
+    return index_.find(indexed ? object.hash() : 0, objects_.size(),
+                       [&](std::size_t position) { return objects_[position]->isEqual(&object); });
+}
+
+void Set::insert(Ref<Object> object) {
+    if (containsObject(*object)) {
+        return;
+    }
+    objects_.push_back(std::move(object));
+    index_.appended(objects_.size(), [this](std::size_t p) { return hashAt(p); });
+}
+
+bool Set::containsObject(const Object& object) const {
+    return positionOf(object) != HashIndex::kNotFound;
+}
+
+RefPtr<Object> Set::anyObject() const {
+    return objects_.empty() ? RefPtr<Object>() : RefPtr<Object>(objects_.front());
+}
+
+bool Set::isEqual(const Object* other) const {
+    if (this == other) {
+        return true;
+    }
+    const auto* set = as<Set>(other);
+    return set != nullptr && count() == set->count() &&
+           std::ranges::all_of(objects_,
+                               [&](const Ref<Object>& each) { return set->containsObject(*each); });
+}
+
+Ref<String> Set::description() const {
+    return describe(*this);
+}
+
+void MutableSet::addObject(const RefPtr<Object>& object) {
+    if (!object) {
+        Exception::raise(kInvalidArgumentException,
+                         "*** -[NSMutableSet addObject:]: object cannot be nil");
+    }
+    insert(Ref<Object>(*object));
+}
+
+void MutableSet::removeObject(const Object& object) {
+    const std::size_t position = positionOf(object);
+    if (position == HashIndex::kNotFound) {
+        return;
+    }
+    objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(position));
+    index_.rebuild(objects_.size(), [this](std::size_t p) { return hashAt(p); });
+}
+
+void MutableSet::removeAllObjects() {
+    std::vector<Ref<Object>>().swap(objects_);
+    index_ = HashIndex();
+}
+
+} // namespace NS

@@ -1,0 +1,335 @@
+#include "Platform/Foundation/String.h"
+
+#include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/StringBuilder.h"
+#include "Platform/Foundation/Utf8.h"
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <new>
+
+namespace NS {
+
+constinit const Class String::kClass{.name = "NSString", .superclass = &Object::kClass};
+constinit const Class MutableString::kClass{.name = "NSMutableString",
+                                            .superclass = &String::kClass};
+
+namespace {
+
+bool allAscii(std::u16string_view units) noexcept {
+    return std::ranges::all_of(units, [](char16_t unit) { return unit < 0x80; });
+}
+
+// The two widths never hold equal text, since a wide text has a unit beyond ASCII.
+template <class Narrow, class Wide>
+auto onCharacters(const String& text, Narrow&& narrow, Wide&& wide) {
+    return text.isAscii() ? narrow(text.ascii()) : wide(text.utf16());
+}
+
+char16_t unitAt(const String& text, std::size_t index) noexcept {
+    return text.isAscii() ? static_cast<unsigned char>(text.ascii()[index]) : text.utf16()[index];
+}
+
+bool regionMatches(const String& text, std::size_t offset, const String& part) noexcept {
+    for (std::size_t i = 0; i < part.length(); ++i) {
+        if (unitAt(text, offset + i) != unitAt(part, i)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Where part stands in text at offset, comparing in one go where the widths agree.
+bool matchesAt(const String& text, std::size_t offset, const String& part) noexcept {
+    if (offset > text.length() || text.length() - offset < part.length()) {
+        return false;
+    }
+    if (text.isAscii() && part.isAscii()) {
+        return text.ascii().substr(offset, part.length()) == part.ascii();
+    }
+    if (!text.isAscii() && !part.isAscii()) {
+        return text.utf16().substr(offset, part.length()) == part.utf16();
+    }
+    return regionMatches(text, offset, part);
+}
+
+void checkIndex(const String& text, std::size_t index, bool endAllowed) {
+    if (index > text.length() || (index == text.length() && !endAllowed)) {
+        Exception::raise(kRangeException, "Range or index out of bounds");
+    }
+}
+
+} // namespace
+
+static_assert(sizeof(String) == 16, "a short text fits one small allocation");
+
+Ref<String> String::allocate(std::size_t length, bool wide) {
+    if (length > kLengthMask) {
+        Exception::raise(kInvalidArgumentException, "a text is longer than a string can be");
+    }
+    const std::size_t size = sizeof(String) + length * (wide ? sizeof(char16_t) : sizeof(char));
+    void* const storage = ::operator new(size);
+    const auto header = static_cast<std::uint32_t>(length) | (wide ? kWide : 0U);
+    return Ref<String>(*new (storage) String(header), kAdopt);
+}
+
+void String::destroy() const noexcept {
+    this->~String();
+    ::operator delete(const_cast<String*>(this));
+}
+
+Ref<String> String::fromAscii(std::string_view characters) {
+    const Ref<String> result = allocate(characters.size(), false);
+    std::ranges::copy(characters, result->asciiStorage());
+    return result;
+}
+
+Ref<String> String::fromUtf16(std::u16string_view units) {
+    const bool narrow = allAscii(units);
+    const Ref<String> result = allocate(units.size(), !narrow);
+    if (narrow) {
+        std::ranges::transform(units, result->asciiStorage(),
+                               [](char16_t unit) { return static_cast<char>(unit); });
+    } else {
+        std::ranges::copy(units, result->utf16Storage());
+    }
+    return result;
+}
+
+RefPtr<String> String::fromUtf8(std::string_view bytes) {
+    if (Utf8::isAscii(bytes)) {
+        return fromAscii(bytes);
+    }
+    std::u16string units;
+    units.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const Utf8::Decoded decoded = Utf8::decodeFirst(bytes);
+        if (!decoded.valid) {
+            return nullptr;
+        }
+        Utf8::appendUtf16(units, decoded.codePoint);
+        bytes.remove_prefix(decoded.length);
+    }
+    return fromUtf16(units);
+}
+
+Ref<String> String::fromFileSystemRepresentation(std::string_view bytes) {
+    if (Utf8::isAscii(bytes)) {
+        return fromAscii(bytes);
+    }
+    std::u16string units;
+    units.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const Utf8::Decoded decoded = Utf8::decodeFirst(bytes);
+        if (decoded.valid) {
+            Utf8::appendUtf16(units, decoded.codePoint);
+            bytes.remove_prefix(decoded.length);
+        } else {
+            units.push_back(static_cast<char16_t>(Utf8::kEscapedByte +
+                                                  static_cast<unsigned char>(bytes.front())));
+            bytes.remove_prefix(1);
+        }
+    }
+    return fromUtf16(units);
+}
+
+const String& String::indirectContents() const noexcept {
+    return *static_cast<const MutableString*>(this)->text_;
+}
+
+std::string_view String::ascii() const noexcept {
+    const String& text = contents();
+    if ((text.header_ & kWide) != 0) {
+        return {};
+    }
+    return {reinterpret_cast<const char*>(&text + 1), text.header_ & kLengthMask};
+}
+
+std::u16string_view String::utf16() const noexcept {
+    const String& text = contents();
+    if ((text.header_ & kWide) == 0) {
+        return {};
+    }
+    return {reinterpret_cast<const char16_t*>(&text + 1), text.header_ & kLengthMask};
+}
+
+char16_t String::characterAtIndex(std::size_t index) const {
+    checkIndex(*this, index, false);
+    return unitAt(*this, index);
+}
+
+std::string String::encoded(bool restoreFileNameBytes) const {
+    if (isAscii()) {
+        return std::string(ascii());
+    }
+    std::string bytes;
+    std::u16string_view units = utf16();
+    bytes.reserve(units.size() * 3);
+    while (!units.empty()) {
+        const Utf8::FromUtf16 next = Utf8::codePointAtFront(units);
+        if (restoreFileNameBytes && Utf8::isEscapedByte(next.codePoint)) {
+            bytes.push_back(static_cast<char>(next.codePoint - Utf8::kEscapedByte));
+        } else {
+            Utf8::append(bytes,
+                         Utf8::isSurrogate(next.codePoint) ? Utf8::kReplacement : next.codePoint);
+        }
+        units.remove_prefix(next.length);
+    }
+    return bytes;
+}
+
+std::string String::utf8() const {
+    return encoded(false);
+}
+
+std::string String::fileSystemRepresentation() const {
+    return encoded(true);
+}
+
+bool String::isEqualToString(const String& other) const noexcept {
+    return length() == other.length() && isAscii() == other.isAscii() && ascii() == other.ascii() &&
+           utf16() == other.utf16();
+}
+
+int String::compare(const String& other) const noexcept {
+    const std::size_t common = std::min(length(), other.length());
+    for (std::size_t i = 0; i < common; ++i) {
+        const int difference = unitAt(*this, i) - unitAt(other, i);
+        if (difference != 0) {
+            return difference;
+        }
+    }
+    return length() == other.length() ? 0 : (length() < other.length() ? -1 : 1);
+}
+
+bool String::hasPrefix(const String& prefix) const noexcept {
+    return matchesAt(*this, 0, prefix);
+}
+
+bool String::hasSuffix(const String& suffix) const noexcept {
+    return suffix.length() <= length() && matchesAt(*this, length() - suffix.length(), suffix);
+}
+
+std::optional<std::size_t> String::rangeOfString(const String& text) const noexcept {
+    if (text.length() == 0 || text.length() > length()) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i <= length() - text.length(); ++i) {
+        if (matchesAt(*this, i, text)) {
+            return i;
+        }
+    }
+    return std::nullopt;
+}
+
+Ref<String> String::substringFromIndex(std::size_t index) const {
+    checkIndex(*this, index, true);
+    return onCharacters(
+        *this, [&](std::string_view c) { return fromAscii(c.substr(index)); },
+        [&](std::u16string_view c) { return fromUtf16(c.substr(index)); });
+}
+
+Ref<String> String::substringToIndex(std::size_t index) const {
+    checkIndex(*this, index, true);
+    return onCharacters(
+        *this, [&](std::string_view c) { return fromAscii(c.substr(0, index)); },
+        [&](std::u16string_view c) { return fromUtf16(c.substr(0, index)); });
+}
+
+Ref<String> String::stringByAppendingString(const String& suffix) const {
+    StringBuilder builder;
+    builder.append(*this);
+    builder.append(suffix);
+    return builder.string();
+}
+
+bool String::isEqual(const Object* other) const {
+    const auto* text = as<String>(other);
+    return text != nullptr && isEqualToString(*text);
+}
+
+std::size_t String::hash() const {
+    const std::hash<std::string_view> hashBytes;
+    return onCharacters(
+        *this, [&](std::string_view c) { return hashBytes(c); },
+        [&](std::u16string_view c) {
+            return hashBytes(
+                {reinterpret_cast<const char*>(c.data()), c.size() * sizeof(char16_t)});
+        });
+}
+
+Ref<String> String::description() const {
+    return Ref<String>(const_cast<String&>(contents()));
+}
+
+MutableString::MutableString(const String& text)
+    : String(kIndirect), text_(text.substringFromIndex(0)) {}
+
+void MutableString::setString(const String& text) {
+    text_ = text.substringFromIndex(0);
+}
+
+void MutableString::appendString(const String& text) {
+    text_ = stringByAppendingString(text);
+}
+
+void StringBuilder::widen() {
+    if (wide_.empty()) {
+        wide_.assign(narrow_.begin(), narrow_.end());
+        narrow_.clear();
+    }
+}
+
+void StringBuilder::append(const String& text) {
+    if (text.isAscii()) {
+        appendAscii(text.ascii());
+    } else {
+        widen();
+        wide_.append(text.utf16());
+    }
+}
+
+void StringBuilder::appendAscii(std::string_view characters) {
+    if (wide_.empty()) {
+        narrow_.append(characters);
+    } else {
+        wide_.append(characters.begin(), characters.end());
+    }
+}
+
+void StringBuilder::appendUnit(char16_t unit) {
+    if (unit < 0x80) {
+        append(static_cast<char>(unit));
+    } else {
+        widen();
+        wide_.push_back(unit);
+    }
+}
+
+void StringBuilder::appendCodePoint(char32_t codePoint) {
+    if (codePoint < 0x80) {
+        append(static_cast<char>(codePoint));
+    } else {
+        widen();
+        Utf8::appendUtf16(wide_, codePoint);
+    }
+}
+
+void StringBuilder::appendRepeated(char asciiCharacter, std::size_t count) {
+    appendAscii(std::string(count, asciiCharacter));
+}
+
+Ref<String> StringBuilder::string() const {
+    return wide_.empty() ? String::fromAscii(narrow_) : String::fromUtf16(wide_);
+}
+
+Ref<String> str(std::string_view utf8) {
+    RefPtr<String> text = String::fromUtf8(utf8);
+    if (!text) {
+        Exception::raise(kInvalidArgumentException, "text is not valid UTF-8");
+    }
+    return Ref<String>(*text);
+}
+
+} // namespace NS
