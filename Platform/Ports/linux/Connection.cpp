@@ -25,10 +25,11 @@ uid_t peerUserAllowed() noexcept {
     return user == kNobodyInParticular ? ::geteuid() : user;
 }
 
-// As much room as the system gives without privileges: a peer that does not run its loop shall find
-// at least 256 small messages. The kernel cuts the request to its own limit.
+// The most that an untuned system grants, and enough for more than 256 small messages to wait for a
+// peer that does not run its loop: the kernel doubles it and charges each message about 1,280 bytes. Where
+// more could be had it is not asked for, since every peer can make the kernel keep as much.
 void raiseSendBuffer(int socket) noexcept {
-    constexpr int kWanted = 4 << 20;
+    constexpr int kWanted = 212992;
     (void)::setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &kWanted, sizeof kWanted);
 }
 
