@@ -3,12 +3,14 @@
 #include "CustomConsoleLogging/LoggingState.h"
 #include "CustomConsoleLogging/consoleLogging.h"
 #include "Platform/Foundation/SearchPaths.h"
+#include "Platform/Foundation/UserDefaults.h"
 
 constinit const NS::Class QVLogging::kClass{.name = "QVLogging", .superclass = &NS::Object::kClass};
 
 namespace {
 
 constexpr std::string_view kLogDirectory = "/Quorvane/LogDirectory/";
+constexpr std::string_view kRunningKey = "running";
 
 NS::Ref<NS::String> loggingFolder() {
     return NS::searchPathForDirectoryInDomain(NS::SearchPathDirectory::kApplicationSupport,
@@ -57,6 +59,14 @@ void QVLogging::fileSuccinctMessage(const NS::RefPtr<NS::String>& message) {
     withUtf8(*message, [&](std::string_view bytes) {
         LoggingState::shared().succinctFile.append(*this, bytes, LogFile::Stamp::kNone);
     });
+}
+
+bool QVLogging::checkQuitFlag() const {
+    return NS::UserDefaults::standardUserDefaults()->boolForKey(*NS::str(kRunningKey));
+}
+
+void QVLogging::setRunningFlag(bool flag) {
+    NS::UserDefaults::standardUserDefaults()->setBool_forKey(flag, *NS::str(kRunningKey));
 }
 
 void QVLogging::setLastCrashReportDate(const NS::RefPtr<NS::Object>&) {}

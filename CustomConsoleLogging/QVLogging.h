@@ -41,6 +41,11 @@ class QVLogging final : public NS::Object {
     // NSInvalidArgumentException, and removes nothing, when an entry has no creation date.
     void cleanupLogsFolder_maxItems(const NS::RefPtr<NS::String>& folder, std::int32_t maxItems);
 
+    // A mark that a process leaves while it runs, in the user defaults of its program; false where
+    // there is none.
+    bool checkQuitFlag() const;
+    void setRunningFlag(bool flag);
+
     // For callers that keep such a date themselves: it is neither stored nor known.
     void setLastCrashReportDate(const NS::RefPtr<NS::Object>& date);
     NS::RefPtr<NS::Object> checkLastCrashReportDate() const;

@@ -42,6 +42,7 @@ class Dictionary : public Object {
     Ref<String> description() const override;
     // The value stored under the key, or nil.
     RefPtr<Object> valueForKey(const String& key) const override;
+    void encodeWithCoder(KeyedArchiver& coder) const override;
 
   protected:
     friend class KeyedUnarchiver;

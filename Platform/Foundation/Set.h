@@ -27,6 +27,7 @@ class Set : public Object {
     bool isEqual(const Object* other) const override;
     std::size_t hash() const override { return count(); }
     Ref<String> description() const override;
+    void encodeWithCoder(KeyedArchiver& coder) const override;
 
   protected:
     friend class KeyedUnarchiver;

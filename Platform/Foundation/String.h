@@ -86,6 +86,7 @@ class String : public Object {
     bool isEqual(const Object* other) const override;
     std::size_t hash() const override;
     Ref<String> description() const override;
+    void encodeWithCoder(KeyedArchiver& coder) const override;
 
   protected:
     static constexpr std::uint32_t kWide = 1U << 31;
@@ -121,6 +122,8 @@ class MutableString final : public String {
     explicit MutableString(const String& text);
     void setString(const String& text);
     void appendString(const String& text);
+
+    void encodeWithCoder(KeyedArchiver& coder) const override;
 
   private:
     friend class String;
