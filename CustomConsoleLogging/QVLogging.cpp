@@ -1,42 +1,40 @@
+#include "CustomConsoleLogging/QVLogging.h"
+
 #include "CustomConsoleLogging/LoggingState.h"
 #include "CustomConsoleLogging/consoleLogging.h"
 #include "Platform/Foundation/SearchPaths.h"
 #include "Platform/Foundation/UserDefaults.h"
 
-#include <memory>
-
 constinit const NS::Class QVLogging::kClass{.name = "QVLogging", .superclass = &NS::Object::kClass};
 
 namespace {
 
-// Never taken down: a thread may log while the process ends.
-std::unique_ptr<LoggingState>& state() {
-    static auto& instance = *new std::unique_ptr<LoggingState>(std::make_unique<LoggingState>());
-    return instance;
+constexpr std::string_view kLogDirectory = "/Quorvane/LogDirectory/";
+constexpr std::string_view kRunningKey = "running";
+
+NS::Ref<NS::String> loggingFolder() {
+    return NS::searchPathForDirectoryInDomain(NS::SearchPathDirectory::kApplicationSupport,
+                                              NS::SearchPathDomain::kUser)
+        ->stringByAppendingString(*NS::str(kLogDirectory));
 }
 
-const NS::String& runningKey() {
-    static const NS::Ref<NS::String>& key = *new NS::Ref<NS::String>(NS::str("running"));
-    return *key;
+// Hands a text's UTF-8 to a function, in place where the text is ASCII.
+template <class Function>
+void withUtf8(const NS::String& text, Function&& function) {
+    if (text.isAscii()) {
+        function(text.ascii());
+    } else {
+        function(std::string_view(text.utf8()));
+    }
 }
 
 } // namespace
 
-LoggingState& LoggingState::shared() {
-    return *state();
-}
-
-void LoggingState::reset() {
-    state() = std::make_unique<LoggingState>();
-}
-
-void QVLogging::setupWithPrefix(const NS::Ref<NS::String>& prefix) {
+void QVLogging::setupWithPrefix(NS::RefPtr<NS::String> prefix) {
     const auto logging = NS::make<QVLogging>();
+    logging->setPrefix(std::move(prefix));
+    logging->setPath(loggingFolder());
     LoggingState::shared().instance.store(logging);
-    logging->setPrefix(prefix);
-    logging->setPath(NS::searchPathForDirectoryInDomain(
-                         NS::SearchPathDirectory::kApplicationSupport, NS::SearchPathDomain::kUser)
-                         ->stringByAppendingString(*NS::str("/Quorvane/LogDirectory/")));
     NS::setUncaughtExceptionHandler(&exceptionHandler);
 }
 
@@ -44,22 +42,31 @@ NS::RefPtr<QVLogging> QVLogging::sharedInstance() {
     return LoggingState::shared().instance.load();
 }
 
-void QVLogging::fileMessage_succinct(const NS::String& message, bool succinct) {
-    LoggingState::shared().file.append(*path(), *prefix(), message.utf8(),
-                                       succinct ? LogFile::Stamp::kNone : LogFile::Stamp::kFine);
+void QVLogging::fileMessage_succinct(const NS::RefPtr<NS::String>& message, bool succinct) {
+    if (!message) {
+        return;
+    }
+    withUtf8(*message, [&](std::string_view bytes) {
+        LoggingState::shared().file.append(
+            *this, bytes, succinct ? LogFile::Stamp::kNone : LogFile::Stamp::kFine);
+    });
 }
 
-void QVLogging::fileSuccinctMessage(const NS::String& message) {
-    LoggingState::shared().succinctFile.append(*path(), *prefix(), message.utf8(),
-                                               LogFile::Stamp::kNone);
+void QVLogging::fileSuccinctMessage(const NS::RefPtr<NS::String>& message) {
+    if (!message) {
+        return;
+    }
+    withUtf8(*message, [&](std::string_view bytes) {
+        LoggingState::shared().succinctFile.append(*this, bytes, LogFile::Stamp::kNone);
+    });
 }
 
 bool QVLogging::checkQuitFlag() const {
-    return NS::UserDefaults::standardUserDefaults()->boolForKey(runningKey());
+    return NS::UserDefaults::standardUserDefaults()->boolForKey(*NS::str(kRunningKey));
 }
 
 void QVLogging::setRunningFlag(bool flag) {
-    NS::UserDefaults::standardUserDefaults()->setBool_forKey(flag, runningKey());
+    NS::UserDefaults::standardUserDefaults()->setBool_forKey(flag, *NS::str(kRunningKey));
 }
 
 void QVLogging::setLastCrashReportDate(const NS::RefPtr<NS::Object>&) {}

@@ -4,28 +4,36 @@
 #include "Platform/Foundation/String.h"
 
 #include <optional>
-#include <utility>
 
 namespace NS {
 
-// An open file; closed when it goes. Belongs to one thread at a time.
+class FileManager;
+
+// An open file. A value that is moved, not copied: a log line is opened, written and closed, and an
+// object of its own would be a good part of that. Closes what is still open when it goes.
+//
+// Not for use by two threads at once.
 class FileHandle {
   public:
-    // Opens a file that is there, without emptying it; nothing when there is none or it cannot be
-    // written.
+    // Opens a file of the default file manager. Never creates it: nil when it is not there or must
+    // not be written.
     static std::optional<FileHandle> fileHandleForWritingAtPath(const String& path);
-    FileHandle(FileHandle&& other) noexcept : file_(std::exchange(other.file_, -1)) {}
-    FileHandle& operator=(FileHandle&&) = delete;
-    ~FileHandle();
 
-    // False when the system refuses; the position is then as it was.
+    FileHandle(FileHandle&& other) noexcept;
+    FileHandle& operator=(FileHandle&& other) noexcept;
+    ~FileHandle() { closeFile(); }
+
+    // False when the file has no end to go to, such as a pipe.
     bool seekToEndOfFile();
-    // False when not everything was written.
+    // False when not all of it was written.
     bool writeData(Bytes bytes);
+    // Does nothing the second time. What is asked of a closed file is answered with false.
+    void closeFile() noexcept;
 
   private:
-    explicit FileHandle(int file) noexcept : file_(file) {}
+    FileHandle(FileManager& manager, int file) noexcept : manager_(&manager), file_(file) {}
 
+    FileManager* manager_; // null once it is closed
     int file_;
 };
 

@@ -16,12 +16,12 @@ class ProcessInfo final : public Object {
     // The program's file name, without its folder.
     Ref<String> processName() const;
     std::int32_t processIdentifier() const;
-    // Another text at each call, on this machine and any other: letters, digits and "-", at
-    // most 80.
+    // A text that no other call gives, in this process or another, on this machine or another. At
+    // most 80 ASCII letters, digits and hyphens.
     Ref<String> globallyUniqueString() const;
 };
 
-// The kernel's number of the calling thread.
-std::int32_t currentThreadIdentifier();
+// The operating system's number of the calling thread.
+std::int32_t currentThreadIdentifier() noexcept;
 
 } // namespace NS

@@ -9,16 +9,27 @@
 
 namespace NS {
 
-void logArguments(std::string_view format, std::span<const FormatArgument> arguments) {
+namespace {
+
+// Stays usable while the process ends.
+DateFormatter& stampFormatter() {
     static DateFormatter& formatter = *new DateFormatter("yyyy-MM-dd HH:mm:ss.SSS");
+    return formatter;
+}
+
+} // namespace
+
+void logArguments(std::string_view format, std::span<const FormatArgument> arguments) {
+    const std::string message = stringWithFormatArguments(format, arguments)->utf8();
     const auto process = ProcessInfo::processInfo();
     std::string line;
-    formatter.appendDate(absoluteTimeGetCurrent(), line);
-    line += " " + process->processName()->utf8() + "[" +
-            std::to_string(process->processIdentifier()) + ":" +
-            std::to_string(currentThreadIdentifier()) + "] ";
-    line += stringWithFormatArguments(format, arguments)->utf8() + "\n";
-    // One call, so that lines stay whole; there is nobody to tell of a console that is gone.
+    stampFormatter().appendDate(absoluteTimeGetCurrent(), line);
+    line += stringWithFormat(" %@[%d:%d] ", process->processName(), process->processIdentifier(),
+                             currentThreadIdentifier())
+                ->utf8();
+    line += message;
+    line += '\n';
+    // Nobody is left to tell of a console that does not take it.
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
 }
 
