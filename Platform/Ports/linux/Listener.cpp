@@ -23,14 +23,17 @@ FileDescriptor& spareDescriptor() {
     return spare;
 }
 
-void turnAway(int listener) {
+// False when there was nobody after all: the system looks for a descriptor first.
+bool turnAway(int listener) {
     spareDescriptor().reset();
-    const FileDescriptor refused(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
-    notePortDrop(PortDrop::kTooManyPeers);
-}
-
-void restoreSpareDescriptor() {
+    FileDescriptor refused(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
+    const bool found = static_cast<bool>(refused);
+    refused.reset();
     spareDescriptor().reset(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (found) {
+        notePortDrop(PortDrop::kTooManyPeers);
+    }
+    return found;
 }
 
 } // namespace
@@ -64,9 +67,7 @@ bool Listener::acceptOne() {
     FileDescriptor socket(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!socket) {
         if (errno == EMFILE || errno == ENFILE) {
-            turnAway(socket_.get());
-            restoreSpareDescriptor();
-            return true;
+            return turnAway(socket_.get());
         }
         return errno == EINTR || errno == ECONNABORTED;
     }
