@@ -181,7 +181,8 @@ TEST_F(Frame, LooksAsTheDocumentSays) {
     for (std::size_t i = 0; i < reply.bytes.size(); ++i) {
         reply.bytes[i] = static_cast<std::byte>(0xA0 + i);
     }
-    ASSERT_FALSE(NS::sendFrame(out.get(), *components({"ext_share", "..."}), reply));
+    NS::WaitingFiles waiting;
+    ASSERT_FALSE(NS::sendFrame(out.get(), *components({"ext_share", "..."}), reply, waiting));
     std::array<char, 256> bytes{};
     const ssize_t length = ::recv(in.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
     const std::string expected("QVP1\0\0\0\0"

@@ -23,17 +23,17 @@ FileDescriptor& spareDescriptor() {
     return spare;
 }
 
-// False when there was nobody after all: the system looks for a descriptor first.
+// True when a peer was turned away.
 bool turnAway(int listener) {
     spareDescriptor().reset();
     FileDescriptor refused(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
-    const bool found = static_cast<bool>(refused);
+    const bool turned = static_cast<bool>(refused);
     refused.reset();
     spareDescriptor().reset(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-    if (found) {
+    if (turned) {
         notePortDrop(PortDrop::kTooManyPeers);
     }
-    return found;
+    return turned;
 }
 
 } // namespace
@@ -60,6 +60,11 @@ void Listener::ready() {
     }
 }
 
+void Listener::acceptAll() {
+    while (acceptOne()) {
+    }
+}
+
 bool Listener::acceptOne() {
     if (owner_ == nullptr) {
         return false;
@@ -71,9 +76,8 @@ bool Listener::acceptOne() {
         }
         return errno == EINTR || errno == ECONNABORTED;
     }
-    const RefPtr<Connection> connection = Connection::fromSocket(std::move(socket));
-    if (connection && !owner_->attach(Ref<Connection>(*connection))) {
-        notePortDrop(PortDrop::kTooManyPeers);
+    if (const RefPtr<Connection> connection = Connection::fromPeer(std::move(socket))) {
+        (void)owner_->attach(Ref<Connection>(*connection)); // one too many is closed and noted
     }
     return true;
 }
