@@ -44,6 +44,8 @@ class Array : public Object {
     RefPtr<Object> valueForKey(const String& key) const override;
     // Sets the value on each element.
     void setValue_forKey(RefPtr<Object> value, const String& key) override;
+    void encodeWithCoder(KeyedArchiver& coder) const override;
+    void initWithCoder(KeyedUnarchiver& coder) override;
 
   protected:
     friend class KeyedUnarchiver;

@@ -38,6 +38,7 @@ class Data : public Object {
     std::size_t hash() const override;
     // "{length = 5, bytes = 0x68656c6c6f}"; more than 24 bytes show their first 16 and last 8.
     Ref<String> description() const override;
+    void encodeWithCoder(KeyedArchiver& coder) const override;
 
   protected:
     Data(Bytes bytes, RefPtr<Object> owner) : bytes_(bytes), owner_(std::move(owner)) {}

@@ -26,6 +26,7 @@ class Date final : public Object {
     std::size_t hash() const override;
     // "2026-11-16 06:56:27 +0000": whole seconds in UTC.
     Ref<String> description() const override;
+    void encodeWithCoder(KeyedArchiver& coder) const override;
 
   private:
     double seconds_;

@@ -9,15 +9,20 @@
 
 namespace NS {
 
-constinit const Class Error::kClass{.name = "NSError", .superclass = &Object::kClass};
-
 namespace {
+
+Ref<Object> createError() {
+    return make<Error>(String::fromAscii(""), 0);
+}
 
 Ref<Dictionary> orEmpty(RefPtr<Dictionary> dictionary) {
     return dictionary ? Ref<Dictionary>(*dictionary) : make<Dictionary>();
 }
 
 } // namespace
+
+constinit const Class Error::kClass{
+    .name = "NSError", .superclass = &Object::kClass, .createForCoder = &createError};
 
 Error::Error(Ref<String> domain, std::int64_t code, RefPtr<Dictionary> userInfo)
     : domain_(std::move(domain)), code_(code), userInfo_(orEmpty(std::move(userInfo))) {}

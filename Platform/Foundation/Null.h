@@ -12,6 +12,7 @@ class Null final : public Object {
 
     // "<null>"
     Ref<String> description() const override;
+    void encodeWithCoder(KeyedArchiver& coder) const override;
 };
 
 } // namespace NS

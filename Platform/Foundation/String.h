@@ -86,6 +86,7 @@ class String : public Object {
     bool isEqual(const Object* other) const override;
     std::size_t hash() const override;
     Ref<String> description() const override;
+    void encodeWithCoder(KeyedArchiver& coder) const override;
 
   protected:
     static constexpr std::uint32_t kWide = 1U << 31;

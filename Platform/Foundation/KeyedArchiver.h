@@ -1,0 +1,110 @@
+#pragma once
+
+#include "Platform/Foundation/BinaryPropertyListWriter.h"
+#include "Platform/Foundation/Data.h"
+#include "Platform/Foundation/IdentityMap.h"
+#include "Platform/Foundation/Object.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NS {
+
+// Writes an object, and whatever it refers to, into one keyed archive (Docs/keyed-archives.md).
+//
+// References are kept by identity: an object that is met twice is written once and comes back as
+// one; two equal objects come back as two. Texts, numbers and data stand in the archive as plain
+// values; any other object is recorded under its class's name, with its class chain and with what
+// its encodeWithCoder() hands to this coder, each value under a key. Keys are unique within one
+// object; a second value under a key replaces the first.
+//
+// Objects are written one after another and never from within each other, so that a long chain of
+// them takes no stack. Use on one thread; the objects must not change meanwhile.
+class KeyedArchiver {
+  public:
+    // Nil is archived as a nil root. Raises NSInvalidArgumentException when an object's class is
+    // not one that archives hold, and NSInvalidArchiveOperationException when objects stand deeper
+    // within one another than Limits::kDepth or the archive would be longer than 4 GiB.
+    static Ref<Data> archivedDataWithRootObject(const RefPtr<Object>& root);
+
+    KeyedArchiver(const KeyedArchiver&) = delete;
+    KeyedArchiver& operator=(const KeyedArchiver&) = delete;
+
+    // The rest is for encodeWithCoder().
+
+    // Nil is kept as nil.
+    void encodeObject_forKey(RefPtr<Object> object, std::string_view key);
+    void encodeDouble_forKey(double value, std::string_view key);
+    void encodeInt64_forKey(std::int64_t value, std::string_view key);
+    void encodeBool_forKey(bool value, std::string_view key);
+    // Contents without an identity of their own.
+    void encodeBytes_forKey(Bytes bytes, std::string_view key);
+    void encodeText_forKey(const String& text, std::string_view key);
+    // A list of references: objectAt(i) for every i below the count.
+    template <class ObjectAt>
+    void encodeObjects_forKey(std::size_t count, ObjectAt&& objectAt, std::string_view key) {
+        elements_.clear();
+        elements_.reserve(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            elements_.push_back(referenceTo(objectAt(i)));
+        }
+        put(key, list_.addArray(elements_));
+    }
+
+  private:
+    using Reference = BinaryPropertyListWriter::Reference;
+
+    struct ArchivedKey {
+        std::string text;
+        Reference reference;
+    };
+
+    // A class that was met, with the keys that its objects used, in order: most use the same ones.
+    struct ArchivedClass {
+        const Class* objectClass;
+        Reference reference;
+        std::vector<ArchivedKey> keys;
+    };
+
+    // An object that has its place in the archive and waits for being written there.
+    struct Pending {
+        Ref<Object> object;
+        std::uint32_t uid;
+    };
+
+    KeyedArchiver();
+
+    Reference referenceTo(RefPtr<Object> object);
+    Reference addObject(Ref<Object> object);
+    Reference addEntry(Reference contents);
+    void writePending();
+    void writeRecord(const Object& object, std::uint32_t uid);
+    ArchivedClass& archivedClass(const Class& objectClass);
+    Reference addClass(const Class& objectClass);
+    void put(std::string_view key, Reference value);
+    Reference keyReference(std::string_view key);
+    Reference nameReference(std::string_view name);
+    Ref<Data> finish(Reference root);
+
+    BinaryPropertyListWriter list_;
+    IdentityMap identities_;         // the reference of each object's UID
+    std::vector<Reference> entries_; // "$objects"
+    std::vector<Ref<Object>> plain_; // kept, so that no other object gets their address
+    std::vector<Pending> pending_;   // kept as well, when written
+    std::map<std::string, Reference, std::less<>> names_;
+    std::vector<std::unique_ptr<ArchivedClass>> classes_;
+
+    // The object being written.
+    ArchivedClass* class_ = nullptr;
+    std::vector<Reference> keys_;
+    std::vector<Reference> values_;
+    std::vector<Reference> elements_;
+};
+
+} // namespace NS

@@ -1,0 +1,177 @@
+#include "Platform/Foundation/PlainValueCoding.h"
+
+#include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Data.h"
+#include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/Dictionary.h"
+#include "Platform/Foundation/EqualityBudget.h"
+#include "Platform/Foundation/Error.h"
+#include "Platform/Foundation/KeyedArchiver.h"
+#include "Platform/Foundation/KeyedUnarchiver.h"
+#include "Platform/Foundation/Null.h"
+#include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/Set.h"
+#include "Platform/Foundation/String.h"
+#include "Platform/Foundation/URL.h"
+
+// How the classes of this folder stand in an archive: the keys and kinds of the platform.
+namespace NS {
+
+namespace {
+
+const ClassRegistration kRegistrations[] = {
+    ClassRegistration(Array::kClass),
+    ClassRegistration(MutableArray::kClass),
+    ClassRegistration(Data::kClass),
+    ClassRegistration(MutableData::kClass),
+    ClassRegistration(Date::kClass),
+    ClassRegistration(Dictionary::kClass),
+    ClassRegistration(MutableDictionary::kClass),
+    ClassRegistration(Error::kClass),
+    ClassRegistration(Null::kClass),
+    ClassRegistration(Number::kClass),
+    ClassRegistration(Set::kClass),
+    ClassRegistration(MutableSet::kClass),
+    ClassRegistration(String::kClass),
+    ClassRegistration(MutableString::kClass),
+    ClassRegistration(URL::kClass),
+};
+
+RefPtr<Object> decodeString(KeyedUnarchiver& coder) {
+    const auto text = coder.decodeObjectOfClassForKey<String>("NS.string");
+    return text ? text : RefPtr<String>(String::fromAscii(""));
+}
+
+RefPtr<Object> decodeMutableString(KeyedUnarchiver& coder) {
+    return make<MutableString>(*cast<String>(decodeString(coder)));
+}
+
+RefPtr<Object> decodeData(KeyedUnarchiver& coder) {
+    return Data::dataWithBytes(coder.decodeBytesForKey("NS.data"));
+}
+
+RefPtr<Object> decodeMutableData(KeyedUnarchiver& coder) {
+    return make<MutableData>(coder.decodeBytesForKey("NS.data"));
+}
+
+RefPtr<Object> decodeDate(KeyedUnarchiver& coder) {
+    return make<Date>(coder.decodeDoubleForKey("NS.time"));
+}
+
+RefPtr<Object> decodeNull(KeyedUnarchiver&) {
+    return Null::null();
+}
+
+struct DecoderOfClass {
+    const Class* objectClass;
+    ValueDecoder decode;
+};
+
+// Texts and data stand in archives as plain values, but other writers, and we ourselves for a text
+// that reads "$null", put them in a dictionary as well.
+constexpr DecoderOfClass kValueDecoders[] = {
+    {&String::kClass,        &decodeString       },
+    {&MutableString::kClass, &decodeMutableString},
+    {&Data::kClass,          &decodeData         },
+    {&MutableData::kClass,   &decodeMutableData  },
+    {&Date::kClass,          &decodeDate         },
+    {&Null::kClass,          &decodeNull         },
+};
+
+} // namespace
+
+ValueDecoder valueDecoderFor(const Class& objectClass) noexcept {
+    for (const DecoderOfClass& row : kValueDecoders) {
+        if (row.objectClass == &objectClass) {
+            return row.decode;
+        }
+    }
+    return nullptr;
+}
+
+void String::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeText_forKey(*this, "NS.string");
+}
+
+void Data::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeBytes_forKey(bytes(), "NS.data");
+}
+
+void Date::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeDouble_forKey(seconds_, "NS.time");
+}
+
+// There is one null and nothing to tell of it.
+void Null::encodeWithCoder(KeyedArchiver&) const {}
+
+void Array::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeObjects_forKey(
+        count(), [this](std::size_t i) { return objects_[i]; }, "NS.objects");
+}
+
+void Array::initWithCoder(KeyedUnarchiver& coder) {
+    objects_ = coder.decodeObjectsForKey("NS.objects");
+}
+
+void Set::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeObjects_forKey(
+        count(), [this](std::size_t i) { return objects_[i]; }, "NS.objects");
+}
+
+void Set::initWithCoder(KeyedUnarchiver& coder) {
+    for (Ref<Object>& object : coder.decodeKeysForKey("NS.objects")) {
+        insertWithin(coder.equalityBudget(), std::move(object));
+    }
+}
+
+void Dictionary::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeObjects_forKey(
+        count(), [this](std::size_t i) { return entries_[i].first; }, "NS.keys");
+    coder.encodeObjects_forKey(
+        count(), [this](std::size_t i) { return entries_[i].second; }, "NS.objects");
+}
+
+void Dictionary::initWithCoder(KeyedUnarchiver& coder) {
+    std::vector<Ref<Object>> keys = coder.decodeKeysForKey("NS.keys");
+    std::vector<Ref<Object>> objects = coder.decodeObjectsForKey("NS.objects");
+    if (keys.size() != objects.size()) {
+        coder.raiseRefused("it has not as many objects as keys");
+    }
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        setEntryWithin(coder.equalityBudget(), {std::move(keys[i]), std::move(objects[i])});
+    }
+}
+
+void Error::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeInt64_forKey(code_, "NSCode");
+    coder.encodeObject_forKey(domain_, "NSDomain");
+    coder.encodeObject_forKey(userInfo_, "NSUserInfo");
+}
+
+void Error::initWithCoder(KeyedUnarchiver& coder) {
+    code_ = coder.decodeInt64ForKey("NSCode");
+    if (const auto domain = coder.decodeObjectOfClassForKey<String>("NSDomain")) {
+        domain_ = Ref<String>(*domain);
+    }
+    if (const auto userInfo = coder.decodeObjectOfClassForKey<Dictionary>("NSUserInfo")) {
+        userInfo_ = Ref<Dictionary>(*userInfo);
+    }
+}
+
+void URL::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeObject_forKey(base_, "NS.base");
+    coder.encodeObject_forKey(relative_, "NS.relative");
+}
+
+void URL::initWithCoder(KeyedUnarchiver& coder) {
+    const auto base = coder.decodeObjectOfClassForKey<URL>("NS.base");
+    const auto relative = coder.decodeObjectOfClassForKey<String>("NS.relative");
+    // A base that is not complete yet, because it is based on this one, has no text either.
+    if (!relative || !isWellFormed(*relative) || (base && base->relative_->length() == 0)) {
+        coder.raiseRefused("it is no URL");
+    }
+    base_ = base;
+    relative_ = Ref<String>(*relative);
+}
+
+} // namespace NS
