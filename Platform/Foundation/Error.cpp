@@ -9,20 +9,15 @@
 
 namespace NS {
 
-namespace {
+constinit const Class Error::kClass{.name = "NSError", .superclass = &Object::kClass};
 
-Ref<Object> createError() {
-    return make<Error>(String::fromAscii(""), 0);
-}
+namespace {
 
 Ref<Dictionary> orEmpty(RefPtr<Dictionary> dictionary) {
     return dictionary ? Ref<Dictionary>(*dictionary) : make<Dictionary>();
 }
 
 } // namespace
-
-constinit const Class Error::kClass{
-    .name = "NSError", .superclass = &Object::kClass, .createForCoder = &createError};
 
 Error::Error(Ref<String> domain, std::int64_t code, RefPtr<Dictionary> userInfo)
     : domain_(std::move(domain)), code_(code), userInfo_(orEmpty(std::move(userInfo))) {}

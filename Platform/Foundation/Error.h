@@ -26,7 +26,6 @@ class Error final : public Object {
     // Error Domain=NSPOSIXErrorDomain Code=2 "No such file" UserInfo={NSFilePath=/x}
     Ref<String> description() const override;
     void encodeWithCoder(KeyedArchiver& coder) const override;
-    void initWithCoder(KeyedUnarchiver& coder) override;
 
   private:
     Ref<String> domain_;

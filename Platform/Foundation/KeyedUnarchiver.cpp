@@ -95,26 +95,11 @@ void checkIntact(const Item& item) {
     }
 }
 
-bool isCollection(const Object& object) noexcept {
-    return object.isKindOfClass(Array::kClass) || object.isKindOfClass(Set::kClass) ||
-           object.isKindOfClass(Dictionary::kClass);
-}
-
-bool hasProperties(const Object& object) noexcept {
-    for (const Class* c = &object.objectClass(); c != nullptr; c = c->superclass) {
-        if (!c->properties.empty()) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// Lets go of the collections and records that a record holds, which may lead back to it.
+// Lets go of what a record holds, which may lead back to it.
 void clearProperties(Object& object) {
     for (const Class* c = &object.objectClass(); c != nullptr; c = c->superclass) {
         for (const Property& property : c->properties) {
-            const RefPtr<Object> value = property.get(object);
-            if (value && (isCollection(*value) || hasProperties(*value))) {
+            if (!property.isScalar) {
                 property.set(object, nullptr);
             }
         }
@@ -263,13 +248,7 @@ std::size_t KeyedUnarchiver::makeRecord(std::uint64_t uid, const Item& item) {
     spendElements(item.count);
     const Nesting nesting(*this, item);
     record_.classIndex = classIndexForUid(classUidOf(item));
-    if (const ValueDecoder decode = classes_[record_.classIndex].decodeValue) {
-        return note(uid, decode(*this), true);
-    }
-    const Class& objectClass = *classes_[record_.classIndex].objectClass;
-    const Ref<Object> object = objectClass.createForCoder();
-    const std::size_t position = note(uid, object, false);
-    object->initWithCoder(*this);
+    const std::size_t position = fillRecord(uid);
     // Objects can be archived so that few stand within one another while they are decoded, and many
     // do afterwards.
     if (record_.height >= Limits::kDepth) {
@@ -277,6 +256,16 @@ std::size_t KeyedUnarchiver::makeRecord(std::uint64_t uid, const Item& item) {
     }
     made_[position].height = static_cast<std::uint16_t>(record_.height + 1);
     made_[position].isComplete = true;
+    return position;
+}
+
+std::size_t KeyedUnarchiver::fillRecord(std::uint64_t uid) {
+    if (const ValueDecoder decode = classes_[record_.classIndex].decodeValue) {
+        return note(uid, decode(*this), true);
+    }
+    const Ref<Object> object = classes_[record_.classIndex].objectClass->createForCoder();
+    const std::size_t position = note(uid, object, false);
+    object->initWithCoder(*this);
     return position;
 }
 

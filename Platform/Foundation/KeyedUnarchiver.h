@@ -116,6 +116,7 @@ class KeyedUnarchiver {
     RefPtr<Object> objectForUid(std::uint64_t uid, bool mustBeComplete);
     std::size_t makeObject(std::uint64_t uid);
     std::size_t makeRecord(std::uint64_t uid, const Item& item);
+    std::size_t fillRecord(std::uint64_t uid);
     std::size_t note(std::uint64_t uid, RefPtr<Object> object, bool isComplete);
     std::uint32_t slotOf(std::uint64_t uid) const;
     std::vector<Ref<Object>> decodeList(std::string_view key, bool mustBeComplete);

@@ -26,7 +26,4 @@ inline constexpr std::size_t kRememberedKeys = 64;
 // How many characters of a name from outside stand in an exception's reason.
 inline constexpr std::size_t kQuotedName = 100;
 
-// The largest file of user defaults that is read. Ours hold a few switches.
-inline constexpr std::size_t kUserDefaultsFile = std::size_t{1} << 20U;
-
 } // namespace NS::Limits

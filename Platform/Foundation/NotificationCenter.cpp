@@ -44,6 +44,9 @@ class NotificationCenter::Observation final : public Object {
     bool removed_ = false;
 };
 
+NotificationCenter::NotificationCenter() = default;
+NotificationCenter::~NotificationCenter() = default;
+
 void NotificationCenter::addObserver_selector_name_object(Ref<Object> observer, Selector selector,
                                                           RefPtr<String> name,
                                                           RefPtr<Object> object) {

@@ -31,6 +31,9 @@ class Notification final : public Object {
 class NotificationCenter final : public Object {
     NS_OBJECT(NotificationCenter)
   public:
+    NotificationCenter();
+    ~NotificationCenter() override;
+
     // Calls the observer's selector, which takes the Notification, for each post of the name (any
     // name when nil) about the object (any object when nil; compared by identity). Raises
     // NSInvalidArgumentException when the observer does not respond to the selector.

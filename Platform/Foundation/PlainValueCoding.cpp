@@ -62,6 +62,36 @@ RefPtr<Object> decodeNull(KeyedUnarchiver&) {
     return Null::null();
 }
 
+// Some writers box numbers into objects of their own.
+RefPtr<Object> decodeNumber(KeyedUnarchiver& coder) {
+    for (const std::string_view key : {"NS.boolval", "NS.intval", "NS.dblval"}) {
+        if (const auto number = coder.decodeObjectOfClassForKey<Number>(key)) {
+            return number;
+        }
+    }
+    coder.raiseRefused("it has no value");
+}
+
+RefPtr<Object> decodeURL(KeyedUnarchiver& coder) {
+    const auto base = coder.decodeObjectOfClassForKey<URL>("NS.base");
+    const auto relative = coder.decodeObjectOfClassForKey<String>("NS.relative");
+    const auto url = relative ? URL::URLWithString_relativeToURL(*relative, base) : nullptr;
+    if (!url) {
+        coder.raiseRefused("its text is no URL");
+    }
+    return url;
+}
+
+RefPtr<Object> decodeError(KeyedUnarchiver& coder) {
+    const std::int64_t code = coder.decodeInt64ForKey("NSCode");
+    const auto domain = coder.decodeObjectOfClassForKey<String>("NSDomain");
+    const auto userInfo = coder.decodeObjectOfClassForKey<Dictionary>("NSUserInfo");
+    if (!domain) {
+        coder.raiseRefused("it has no domain");
+    }
+    return make<Error>(Ref<String>(*domain), code, userInfo);
+}
+
 struct DecoderOfClass {
     const Class* objectClass;
     ValueDecoder decode;
@@ -76,6 +106,9 @@ constexpr DecoderOfClass kValueDecoders[] = {
     {&MutableData::kClass,   &decodeMutableData  },
     {&Date::kClass,          &decodeDate         },
     {&Null::kClass,          &decodeNull         },
+    {&Number::kClass,        &decodeNumber       },
+    {&URL::kClass,           &decodeURL          },
+    {&Error::kClass,         &decodeError        },
 };
 
 } // namespace
@@ -148,30 +181,9 @@ void Error::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeObject_forKey(userInfo_, "NSUserInfo");
 }
 
-void Error::initWithCoder(KeyedUnarchiver& coder) {
-    code_ = coder.decodeInt64ForKey("NSCode");
-    if (const auto domain = coder.decodeObjectOfClassForKey<String>("NSDomain")) {
-        domain_ = Ref<String>(*domain);
-    }
-    if (const auto userInfo = coder.decodeObjectOfClassForKey<Dictionary>("NSUserInfo")) {
-        userInfo_ = Ref<Dictionary>(*userInfo);
-    }
-}
-
 void URL::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeObject_forKey(base_, "NS.base");
-    coder.encodeObject_forKey(relative_, "NS.relative");
-}
-
-void URL::initWithCoder(KeyedUnarchiver& coder) {
-    const auto base = coder.decodeObjectOfClassForKey<URL>("NS.base");
-    const auto relative = coder.decodeObjectOfClassForKey<String>("NS.relative");
-    // A base that is not complete yet, because it is based on this one, has no text either.
-    if (!relative || !isWellFormed(*relative) || (base && base->relative_->length() == 0)) {
-        coder.raiseRefused("it is no URL");
-    }
-    base_ = base;
-    relative_ = Ref<String>(*relative);
+    coder.encodeObject_forKey(baseURL(), "NS.base");
+    coder.encodeObject_forKey(relativeString(), "NS.relative");
 }
 
 } // namespace NS

@@ -73,6 +73,7 @@ struct Property {
     std::string_view key;
     RefPtr<Object> (*get)(const Object& object);
     void (*set)(Object& object, RefPtr<Object> value);
+    bool isScalar;
 };
 
 // The line of a class's declaration that a property stands on, as a type.
@@ -127,7 +128,7 @@ struct Scalar<double> {
 
 } // namespace NS
 
-#define NS_PROPERTY_ENTRY(name, getExpression, setExpression)                                      \
+#define NS_PROPERTY_ENTRY(name, scalar, getExpression, setExpression)                              \
     static constexpr NS::Property propertyAt(NS::PropertyLine<Self_, __LINE__>) {                  \
         static_assert(__LINE__ - kFirstPropertyLine < NS::kPropertyLines,                          \
                       "a property stands too far below its class's NS_OBJECT");                    \
@@ -139,7 +140,8 @@ struct Scalar<double> {
                 [](NS::Object& object, NS::RefPtr<NS::Object> value) {                             \
                     auto& self = static_cast<Self_&>(object);                                      \
                     setExpression;                                                                 \
-                }};                                                                                \
+                },                                                                                 \
+                scalar};                                                                           \
     }
 
 // A strong, atomic property of a record. The type is what its owner expects to find there; a reply
@@ -152,7 +154,7 @@ struct Scalar<double> {
     void setName(NS::RefPtr<Type> value) {                                                         \
         name##_.store(std::move(value));                                                           \
     }                                                                                              \
-    NS_PROPERTY_ENTRY(name, self.name##_.load(), self.name##_.store(std::move(value)))             \
+    NS_PROPERTY_ENTRY(name, false, self.name##_.load(), self.name##_.store(std::move(value)))      \
                                                                                                    \
   private:                                                                                         \
     NS::AtomicRef<NS::Object> name##_;                                                             \
@@ -168,7 +170,7 @@ struct Scalar<double> {
     void setName(Type value) {                                                                     \
         name##_.store(value);                                                                      \
     }                                                                                              \
-    NS_PROPERTY_ENTRY(name, NS::Scalar<Type>::box(self.name##_.load()), {                          \
+    NS_PROPERTY_ENTRY(name, true, NS::Scalar<Type>::box(self.name##_.load()), {                    \
         if (!value) {                                                                              \
             NS::raiseNilForScalar(object, #name);                                                  \
         }                                                                                          \

@@ -1,193 +1,81 @@
 #include "Platform/Foundation/URL.h"
 
-#include "Platform/Foundation/CurrentFolder.h"
-#include "Platform/Foundation/Data.h"
-#include "Platform/Foundation/Format.h"
+#include "Platform/Foundation/Exception.h"
 
 #include <algorithm>
-#include <optional>
+#include <filesystem>
 #include <string>
+#include <string_view>
+#include <system_error>
 
 namespace NS {
 
+constinit const Class URL::kClass{.name = "NSURL", .superclass = &Object::kClass};
+
 namespace {
 
-Ref<Object> createURL();
+constexpr std::string_view kFileScheme = "file://";
 
-// The five parts of RFC 3986, appendix B. A part that is not there is not the same as an empty one,
-// except for the path.
-struct Parts {
-    std::optional<std::string_view> scheme;
-    std::optional<std::string_view> authority;
-    std::string path;
-    std::optional<std::string_view> query;
-    std::optional<std::string_view> fragment;
-};
-
-bool isLetter(char c) noexcept {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+bool isLetterOrDigit(char c) noexcept {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-bool isDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
+// What a path holds without encoding: RFC 3986's pchar and the slash, but neither ";" nor ":",
+// which some readers take for more than a part of a name.
+bool standsInPath(char c) noexcept {
+    return isLetterOrDigit(c) ||
+           std::string_view("-._~!$&'()*+,=@/").find(c) != std::string_view::npos;
 }
 
-// The value of a hexadecimal digit, or nothing.
-std::optional<unsigned> hexValue(char c) noexcept {
-    if (isDigit(c)) {
-        return static_cast<unsigned>(c - '0');
+// What a URL's text is made of: unreserved, reserved and "%".
+bool standsInURL(char c) noexcept {
+    return isLetterOrDigit(c) ||
+           std::string_view("-._~:/?#[]@!$&'()*+,;=%").find(c) != std::string_view::npos;
+}
+
+int hexValue(char c) noexcept {
+    if (c >= '0' && c <= '9') {
+        return c - '0';
     }
     const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? std::optional(static_cast<unsigned>(lower - 'a') + 10U)
-                                        : std::nullopt;
-}
-
-bool isUnreserved(char c) noexcept {
-    return isLetter(c) || isDigit(c) || std::string_view("-._~").find(c) != std::string_view::npos;
-}
-
-bool isReserved(char c) noexcept {
-    return std::string_view(":/?#[]@!$&'()*+,;=").find(c) != std::string_view::npos;
-}
-
-// What may stand in a file's path as it is. A semicolon may as well, but some readers take it for
-// the beginning of parameters.
-bool isPlainInPath(char c) noexcept {
-    return isUnreserved(c) || std::string_view("/:@!$&'()*+,=").find(c) != std::string_view::npos;
-}
-
-// Takes what stands before the first of the delimiters away from the text.
-std::string_view takeUntil(std::string_view& text, std::string_view delimiters) noexcept {
-    const std::size_t end = std::min(text.find_first_of(delimiters), text.size());
-    const std::string_view taken = text.substr(0, end);
-    text.remove_prefix(end);
-    return taken;
-}
-
-bool isScheme(std::string_view text) noexcept {
-    return !text.empty() && isLetter(text.front()) && std::ranges::all_of(text, [](char c) {
-        return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
-    });
-}
-
-Parts partsOf(std::string_view text) {
-    Parts parts;
-    std::string_view rest = text;
-    const std::string_view first = takeUntil(rest, ":/?#");
-    if (rest.starts_with(':') && isScheme(first)) {
-        parts.scheme = first;
-        text = rest.substr(1);
-    }
-    if (text.starts_with("//")) {
-        text.remove_prefix(2);
-        parts.authority = takeUntil(text, "/?#");
-    }
-    parts.path = takeUntil(text, "?#");
-    if (text.starts_with('?')) {
-        text.remove_prefix(1);
-        parts.query = takeUntil(text, "#");
-    }
-    if (text.starts_with('#')) {
-        parts.fragment = text.substr(1);
-    }
-    return parts;
-}
-
-std::string joined(const Parts& parts) {
-    std::string text;
-    if (parts.scheme) {
-        text.append(*parts.scheme).append(":");
-    }
-    if (parts.authority) {
-        text.append("//").append(*parts.authority);
-    }
-    text.append(parts.path);
-    if (parts.query) {
-        text.append("?").append(*parts.query);
-    }
-    if (parts.fragment) {
-        text.append("#").append(*parts.fragment);
-    }
-    return text;
-}
-
-// Section 5.2.4: "." and ".." taken out.
-std::string withoutDotSegments(std::string_view in) {
-    std::string out;
-    while (!in.empty()) {
-        if (in.starts_with("../")) {
-            in.remove_prefix(3);
-        } else if (in.starts_with("./") || in.starts_with("/./")) {
-            in.remove_prefix(2);
-        } else if (in == "/.") {
-            in = "/";
-        } else if (in.starts_with("/../") || in == "/..") {
-            in = in == "/.." ? "/" : in.substr(3);
-            const std::size_t slash = out.rfind('/');
-            out.resize(slash == std::string::npos ? 0 : slash);
-        } else if (in == "." || in == "..") {
-            in = {};
-        } else {
-            const std::size_t end = std::min(in.find('/', 1), in.size());
-            out.append(in.substr(0, end));
-            in.remove_prefix(end);
-        }
-    }
-    return out;
-}
-
-// Section 5.2.3.
-std::string mergedPaths(const Parts& base, std::string_view path) {
-    if (base.authority && base.path.empty()) {
-        return "/" + std::string(path);
-    }
-    const std::size_t slash = base.path.rfind('/');
-    const std::size_t kept = slash == std::string::npos ? 0 : slash + 1;
-    return base.path.substr(0, kept).append(path);
-}
-
-// Section 5.2.2.
-Parts resolved(const Parts& base, const Parts& reference) {
-    Parts target = reference;
-    if (!reference.scheme) {
-        target.scheme = base.scheme;
-        if (!reference.authority) {
-            target.authority = base.authority;
-            if (reference.path.empty()) {
-                target.path = base.path;
-                target.query = reference.query ? reference.query : base.query;
-                return target;
-            }
-            if (!reference.path.starts_with('/')) {
-                target.path = mergedPaths(base, reference.path);
-            }
-        }
-    }
-    target.path = withoutDotSegments(target.path);
-    return target;
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
 std::string percentEncoded(std::string_view bytes) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::string text;
+    text.reserve(bytes.size());
     for (const char c : bytes) {
-        if (isPlainInPath(c)) {
+        if (standsInPath(c)) {
             text.push_back(c);
         } else {
             const auto byte = static_cast<unsigned char>(c);
-            text.append({'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]});
+            text += {'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
         }
     }
     return text;
 }
 
-// Undoes percent-encoding that is known to be well-formed.
+// Nothing but digits may follow a percent sign.
+bool isWellFormed(std::string_view text) noexcept {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!standsInURL(text[i])) {
+            return false;
+        }
+        if (text[i] == '%' &&
+            (i + 2 >= text.size() || hexValue(text[i + 1]) < 0 || hexValue(text[i + 2]) < 0)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 std::string percentDecoded(std::string_view text) {
     std::string bytes;
+    bytes.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '%') {
-            bytes.push_back(
-                static_cast<char>(*hexValue(text[i + 1]) << 4U | *hexValue(text[i + 2])));
+            bytes.push_back(static_cast<char>(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2])));
             i += 2;
         } else {
             bytes.push_back(text[i]);
@@ -196,54 +84,145 @@ std::string percentDecoded(std::string_view text) {
     return bytes;
 }
 
-} // namespace
+// The parts of a URL (RFC 3986, appendix B); a part that is missing has no data.
+struct Parts {
+    std::string_view scheme;
+    std::string_view authority;
+    std::string_view path;
+    std::string_view query;
+    std::string_view fragment;
+};
 
-constinit const Class URL::kClass{
-    .name = "NSURL", .superclass = &Object::kClass, .createForCoder = &createURL};
-
-namespace {
-
-Ref<Object> createURL() {
-    return make<URL>();
+// Takes what stands before the first of some characters.
+std::string_view takeUntil(std::string_view& text, std::string_view ends) noexcept {
+    const std::string_view taken = text.substr(0, text.find_first_of(ends));
+    text.remove_prefix(taken.size());
+    return taken;
 }
 
-} // namespace
+bool accept(std::string_view& text, std::string_view prefix) noexcept {
+    const bool found = text.starts_with(prefix);
+    text.remove_prefix(found ? prefix.size() : 0);
+    return found;
+}
 
-URL::URL() : relative_(String::fromAscii("")) {}
-
-URL::URL(Ref<String> relative, RefPtr<URL> base)
-    : relative_(std::move(relative)), base_(std::move(base)) {}
-
-bool URL::isWellFormed(const String& text) {
-    if (text.length() == 0 || !text.isAscii()) {
-        return false;
+Parts partsOf(std::string_view text) noexcept {
+    Parts parts;
+    std::string_view rest = text;
+    const std::string_view scheme = takeUntil(rest, ":/?#");
+    if (!scheme.empty() && accept(rest, ":")) {
+        parts.scheme = scheme;
+    } else {
+        rest = text;
     }
-    const std::string_view characters = text.ascii();
-    for (std::size_t i = 0; i < characters.size(); ++i) {
-        const char c = characters[i];
-        const bool encoded = c == '%' && i + 2 < characters.size() && hexValue(characters[i + 1]) &&
-                             hexValue(characters[i + 2]);
-        if (!encoded && !isUnreserved(c) && !isReserved(c)) {
-            return false;
+    if (accept(rest, "//")) {
+        parts.authority = takeUntil(rest, "/?#");
+    }
+    parts.path = takeUntil(rest, "?#");
+    if (accept(rest, "?")) {
+        parts.query = takeUntil(rest, "#");
+    }
+    if (accept(rest, "#")) {
+        parts.fragment = rest;
+    }
+    return parts;
+}
+
+// RFC 3986, section 5.2.4.
+std::string withoutDotSegments(std::string_view path) {
+    std::string result;
+    while (!path.empty()) {
+        if (accept(path, "../") || accept(path, "./")) {
+            continue;
+        }
+        if (path.starts_with("/./") || path == "/.") {
+            path = path.size() == 2 ? "/" : path.substr(2);
+        } else if (path.starts_with("/../") || path == "/..") {
+            path = path.size() == 3 ? "/" : path.substr(3);
+            const std::size_t slash = result.rfind('/');
+            result.resize(slash == std::string::npos ? 0 : slash);
+        } else if (path == "." || path == "..") {
+            path = {};
+        } else {
+            const std::size_t end = path.find('/', 1);
+            result += path.substr(0, end);
+            path = end == std::string_view::npos ? std::string_view() : path.substr(end);
         }
     }
-    return true;
+    return result;
 }
 
-Ref<URL> URL::fileURLWithPath(const String& path) {
-    const std::string bytes = path.fileSystemRepresentation();
-    std::string text = percentEncoded(bytes);
-    if (!text.ends_with('/') && CurrentFolder::isFolder(bytes)) {
-        text.push_back('/');
+// RFC 3986, section 5.2.3.
+std::string merged(const Parts& base, std::string_view path) {
+    if (base.authority.data() != nullptr && base.path.empty()) {
+        return "/" + std::string(path);
     }
-    if (text.starts_with('/')) {
-        return make<URL>(String::fromAscii("file://" + text), nullptr);
+    const std::size_t slash = base.path.rfind('/');
+    const std::size_t kept = slash == std::string_view::npos ? 0 : slash + 1;
+    return std::string(base.path.substr(0, kept)) + std::string(path);
+}
+
+std::string recomposed(const Parts& parts, std::string_view path) {
+    std::string text;
+    const auto add = [&](std::string_view before, std::string_view part, std::string_view after) {
+        if (part.data() != nullptr) {
+            text.append(before).append(part).append(after);
+        }
+    };
+    add("", parts.scheme, ":");
+    add("//", parts.authority, "");
+    text += path;
+    add("?", parts.query, "");
+    add("#", parts.fragment, "");
+    return text;
+}
+
+// RFC 3986, section 5.2.2.
+std::string resolved(std::string_view reference, std::string_view baseText) {
+    const Parts base = partsOf(baseText);
+    Parts target = partsOf(reference);
+    if (target.scheme.data() != nullptr) {
+        return recomposed(target, withoutDotSegments(target.path));
     }
-    // A first component with a colon would read as a scheme.
-    const bool readsAsScheme = partsOf(text).scheme.has_value();
-    const std::string folder = percentEncoded(CurrentFolder::path());
-    return make<URL>(String::fromAscii((readsAsScheme || text.empty() ? "./" : "") + text),
-                     make<URL>(String::fromAscii("file://" + folder + "/"), nullptr));
+    target.scheme = base.scheme;
+    if (target.authority.data() != nullptr) {
+        return recomposed(target, withoutDotSegments(target.path));
+    }
+    target.authority = base.authority;
+    if (target.path.empty()) {
+        target.query = target.query.data() != nullptr ? target.query : base.query;
+        return recomposed(target, base.path);
+    }
+    const std::string path =
+        target.path.starts_with('/') ? std::string(target.path) : merged(base, target.path);
+    return recomposed(target, withoutDotSegments(path));
+}
+
+std::string absolutePath(const std::string& path) {
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(path, error);
+    return error ? path : absolute.string();
+}
+
+} // namespace
+
+URL::URL(Ref<String> text, RefPtr<URL> base) noexcept
+    : text_(std::move(text)), base_(std::move(base)) {}
+
+Ref<URL> URL::fileURLWithPath(const RefPtr<String>& path) {
+    if (!path) {
+        Exception::raise(kInvalidArgumentException,
+                         "*** -[NSURL initFileURLWithPath:]: nil string parameter");
+    }
+    std::string bytes = path->fileSystemRepresentation();
+    if (!bytes.starts_with('/')) {
+        bytes = absolutePath(bytes);
+    }
+    std::error_code ignored; // what cannot be looked at is no folder
+    if (!bytes.ends_with('/') && std::filesystem::is_directory(bytes, ignored)) {
+        bytes += '/';
+    }
+    return make<URL>(String::fromAscii(std::string(kFileScheme) + percentEncoded(bytes)), nullptr);
 }
 
 RefPtr<URL> URL::URLWithString(const String& text) {
@@ -251,44 +230,49 @@ RefPtr<URL> URL::URLWithString(const String& text) {
 }
 
 RefPtr<URL> URL::URLWithString_relativeToURL(const String& text, RefPtr<URL> base) {
-    return isWellFormed(text) ? RefPtr<URL>(make<URL>(text.description(), std::move(base)))
-                              : nullptr;
+    if (!text.isAscii() || !isWellFormed(text.ascii())) {
+        return nullptr;
+    }
+    return make<URL>(String::fromAscii(text.ascii()), std::move(base));
 }
 
 Ref<String> URL::absoluteString() const {
     if (!base_) {
-        return relative_;
+        return text_;
     }
-    const Ref<String> base = base_->absoluteString();
-    return String::fromAscii(joined(resolved(partsOf(base->ascii()), partsOf(relative_->ascii()))));
+    return String::fromAscii(resolved(text_->ascii(), base_->absoluteString()->ascii()));
 }
 
 bool URL::isFileURL() const {
-    const Ref<String> text = absoluteString();
-    const auto scheme = partsOf(text->ascii()).scheme;
-    return scheme && std::ranges::equal(*scheme, std::string_view("file"),
-                                        [](char a, char b) { return (a | 0x20) == b; });
+    return absoluteString()->lowercaseString()->hasPrefix(*String::fromAscii("file:"));
 }
 
-Ref<String> URL::path() const {
-    const Ref<String> text = absoluteString();
-    std::string bytes = percentDecoded(partsOf(text->ascii()).path);
-    while (bytes.size() > 1 && bytes.ends_with('/')) {
+RefPtr<String> URL::path() const {
+    const Ref<String> whole = absoluteString();
+    std::string bytes = percentDecoded(partsOf(whole->ascii()).path);
+    if (bytes.empty()) {
+        return nullptr;
+    }
+    while (bytes.size() > 1 && bytes.back() == '/') {
         bytes.pop_back();
     }
     return String::fromFileSystemRepresentation(bytes);
 }
 
 bool URL::isEqual(const Object* other) const {
-    const auto* url = as<URL>(other);
-    if (url == nullptr || !relative_->isEqualToString(*url->relative_)) {
+    const auto* const url = as<URL>(other);
+    if (url == nullptr || !text_->isEqualToString(*url->text_)) {
         return false;
     }
-    return base_ == url->base_ || (base_ && url->base_ && base_->isEqual(url->base_.get()));
+    return base_ == url->base_ || (base_ && base_->isEqual(url->base_.get()));
 }
 
 Ref<String> URL::description() const {
-    return base_ ? stringWithFormat("%@ -- %@", relative_, base_) : relative_;
+    if (!base_) {
+        return text_;
+    }
+    return text_->stringByAppendingString(*str(" -- "))
+        ->stringByAppendingString(*base_->description());
 }
 
 } // namespace NS

@@ -3,52 +3,43 @@
 #include "Platform/Foundation/Object.h"
 #include "Platform/Foundation/String.h"
 
-#include <string_view>
-
 namespace NS {
 
-// The name of a resource by the rules of RFC 3986, absolute or relative to a base. Its text is
-// ASCII; other bytes stand in it percent-encoded. Never changes; any thread.
+// A URL, possibly relative to another. Never changes; any thread.
 class URL final : public Object {
     NS_OBJECT(URL)
   public:
-    // The URL of a file. A folder's ends in a slash, which is added when the path leads to one now.
-    // The path's bytes are kept as they are, UTF-8 or not. A path that is not absolute is relative
-    // to the current folder, which becomes the base.
-    static Ref<URL> fileURLWithPath(const String& path);
-    // Nil when the text is empty or not well-formed.
+    // The file URL of an absolute path; a relative one is taken from the current folder. The path
+    // of a folder that exists gets a slash at its end. Every byte that a URL does not hold as it
+    // stands is percent-encoded, also in names that are not UTF-8. Raises
+    // NSInvalidArgumentException for nil.
+    static Ref<URL> fileURLWithPath(const RefPtr<String>& path);
+    // Nil for text that no URL can be.
     static RefPtr<URL> URLWithString(const String& text);
     static RefPtr<URL> URLWithString_relativeToURL(const String& text, RefPtr<URL> base);
 
-    // The text resolved against the base; the text itself where there is none.
+    // The text that it was made of.
+    const Ref<String>& relativeString() const noexcept { return text_; }
+    const RefPtr<URL>& baseURL() const noexcept { return base_; }
+    // The whole URL, resolved against its base (RFC 3986, section 5.2).
     Ref<String> absoluteString() const;
-    Ref<String> relativeString() const { return relative_; }
-    // Nil for a URL that stands for itself.
-    RefPtr<URL> baseURL() const { return base_; }
 
     bool isFileURL() const;
-    // The path of the resolved URL without percent-encoding and without a slash at its end, which
-    // only the root keeps. Empty when there is none.
-    Ref<String> path() const;
-    Ref<String> lastPathComponent() const { return path()->lastPathComponent(); }
+    // The path, decoded, without a slash at its end unless it is the root; nil where there is none.
+    RefPtr<String> path() const;
 
-    // The same text on equal bases. Different texts of one resource are not equal.
+    // The same text and equal bases.
     bool isEqual(const Object* other) const override;
-    std::size_t hash() const override { return relative_->hash(); }
-    // The text, and " -- " and the base's description where there is a base.
+    std::size_t hash() const override { return text_->hash(); }
+    // The text, and " -- " and the base where there is one.
     Ref<String> description() const override;
     void encodeWithCoder(KeyedArchiver& coder) const override;
-    void initWithCoder(KeyedUnarchiver& coder) override;
+
+    // For make(): text that has been checked.
+    URL(Ref<String> text, RefPtr<URL> base) noexcept;
 
   private:
-    template <class T, class... Args>
-    friend Ref<T> make(Args&&... args);
-
-    URL();
-    URL(Ref<String> relative, RefPtr<URL> base);
-    static bool isWellFormed(const String& text);
-
-    Ref<String> relative_;
+    Ref<String> text_;
     RefPtr<URL> base_;
 };
 

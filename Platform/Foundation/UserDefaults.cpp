@@ -1,10 +1,13 @@
 #include "Platform/Foundation/UserDefaults.h"
 
+#include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/Format.h"
 #include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/ProcessInfo.h"
 #include "Platform/Foundation/PropertyList.h"
-#include "Platform/Foundation/UserDefaultsFile.h"
+#include "Platform/Foundation/SearchPaths.h"
 
 #include <mutex>
 
@@ -14,26 +17,31 @@ constinit const Class UserDefaults::kClass{.name = "NSUserDefaults", .superclass
 
 namespace {
 
-// Held from reading the file to replacing it.
+// Held from reading the list to replacing it.
 constinit std::mutex settingMutex;
 
-Ref<MutableDictionary> readSettings() {
-    const RefPtr<Data> contents = UserDefaultsFile::read();
-    RefPtr<String> ignored; // a damaged file reads as empty, whatever is wrong with it
-    const auto settings =
-        contents ? as<Dictionary>(propertyListWithData(*contents, ignored)) : nullptr;
-    return settings ? settings->mutableCopy() : make<MutableDictionary>();
+Ref<String> listPath() {
+    const auto name =
+        ProcessInfo::processInfo()->processName()->stringByAppendingString(*str(".plist"));
+    return preferencesDirectory()->stringByAppendingPathComponent(*name);
 }
 
-Ref<Data> encoded(const Dictionary& settings) {
+Ref<MutableDictionary> storedValues() {
+    const auto data = FileManager::defaultManager().contentsAtPath(*listPath());
+    RefPtr<String> ignored; // a damaged list counts as empty, whatever is wrong with it
+    const auto values = data ? as<Dictionary>(propertyListWithData(*data, ignored)) : nullptr;
+    return values ? values->mutableCopy() : make<MutableDictionary>();
+}
+
+Ref<Data> listOf(const Dictionary& values) {
     RefPtr<String> reason;
-    const RefPtr<Data> contents = dataWithPropertyList(settings, reason);
-    if (!contents) {
+    const RefPtr<Data> list = dataWithPropertyList(values, reason);
+    if (!list) {
         Exception::raise(
             kInvalidArgumentException,
             stringWithFormat("attempt to set an object that no property list holds: %@", reason));
     }
-    return Ref<Data>(*contents);
+    return Ref<Data>(*list);
 }
 
 } // namespace
@@ -44,21 +52,22 @@ Ref<UserDefaults> UserDefaults::standardUserDefaults() {
 }
 
 RefPtr<Object> UserDefaults::objectForKey(const String& key) const {
-    return readSettings()->objectForKey(key);
+    return storedValues()->objectForKey(key);
 }
 
 bool UserDefaults::boolForKey(const String& key) const {
     const RefPtr<Object> value = objectForKey(key);
-    const bool isReadable = as<Number>(value) || as<String>(value);
-    return isReadable && boolValue(value);
+    return (as<Number>(value) || as<String>(value)) && NS::boolValue(value);
 }
 
 void UserDefaults::setObject_forKey(const RefPtr<Object>& object, const String& key) {
     const std::lock_guard lock(settingMutex);
-    const Ref<MutableDictionary> settings = readSettings();
-    settings->setValue_forKey(object, key);
-    // A setting that cannot be written is lost, as the header says.
-    (void)UserDefaultsFile::replace(encoded(*settings)->bytes());
+    const Ref<MutableDictionary> values = storedValues();
+    values->setValue_forKey(object, key);
+    FileManager& files = FileManager::defaultManager();
+    const Ref<Data> list = listOf(*values);
+    (void)files.createDirectoryAtPath(*preferencesDirectory());
+    (void)files.createFileAtPath_contents(*listPath(), list->bytes());
 }
 
 void UserDefaults::setBool_forKey(bool value, const String& key) {

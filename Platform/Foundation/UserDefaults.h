@@ -1,28 +1,24 @@
 #pragma once
 
-#include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/Object.h"
 #include "Platform/Foundation/String.h"
 
 namespace NS {
 
-// The user's settings for this program: a small property list per process name, in the folder
-// "Quorvane" of the user's configuration folder. Every call reads the file as it is now. Any
-// thread; two processes of one name that set at the same moment may lose one of the two settings,
-// but never the file.
+// Small settings of this process's program: one property list in the user's folder for them, read
+// and written at each call, so that every process sees what another stored. Failures to write are
+// silent. Any thread.
 class UserDefaults final : public Object {
     NS_OBJECT(UserDefaults)
   public:
     static Ref<UserDefaults> standardUserDefaults();
 
-    // Nil where nothing is set, also when the file is missing or damaged.
+    // Nil when nothing is stored, or the list cannot be read.
     RefPtr<Object> objectForKey(const String& key) const;
-    // False where nothing is set, or something that is neither number nor text.
+    // False when nothing is stored, or nothing that reads as a truth value.
     bool boolForKey(const String& key) const;
 
-    // Replaces the file as a whole; one that is damaged counts as empty. Raises
-    // NSInvalidArgumentException for an object that no property list holds. Where the system will
-    // not have it written, the setting is lost.
+    // Raises NSInvalidArgumentException for an object that property lists do not have.
     void setObject_forKey(const RefPtr<Object>& object, const String& key);
     void setBool_forKey(bool value, const String& key);
     void removeObjectForKey(const String& key);

@@ -34,6 +34,9 @@ class RunLoop final : public Object {
     // Serves the sources until the date, which may be past: then what is ready now is served once.
     // Returns at the date and not earlier, also when there is nothing to serve.
     void runUntilDate(const Date& date);
+    // Serves one source that is ready, or the first that becomes so; false when none is by the
+    // date.
+    bool runMode_beforeDate(RunLoopMode mode, const Date& date);
     // Serves the sources for ever.
     [[noreturn]] void run();
 

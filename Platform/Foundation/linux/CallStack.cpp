@@ -35,7 +35,7 @@ std::vector<void*> capture(std::size_t skipped) {
     const int count = ::backtrace(frames.data(), kFrames);
     const auto first =
         std::min(static_cast<std::ptrdiff_t>(skipped + 1), static_cast<std::ptrdiff_t>(count));
-    return {frames.begin() + first, frames.begin() + count};
+    return std::vector<void*>(frames.begin() + first, frames.begin() + count);
 }
 
 std::string symbol(std::size_t index, void* address) {

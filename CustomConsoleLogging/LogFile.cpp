@@ -1,0 +1,58 @@
+#include "CustomConsoleLogging/LogFile.h"
+
+#include "CustomConsoleLogging/QVLogging.h"
+#include "Platform/Foundation/Clock.h"
+#include "Platform/Foundation/FileManager.h"
+#include "Platform/Foundation/Format.h"
+
+namespace {
+
+// A line beyond this gives its memory back.
+constexpr std::size_t kKeptLine = std::size_t{64} << 10U;
+
+} // namespace
+
+void LogFile::append(const QVLogging& logging, std::string_view message, Stamp stamp) {
+    const std::lock_guard lock(mutex_);
+    if (!path_) {
+        const NS::RefPtr<NS::String> folder = logging.path();
+        if (!folder) {
+            return;
+        }
+        create(*folder, logging.prefix());
+    }
+    if (stamp == Stamp::kNone) {
+        write(message);
+    } else {
+        stampLine(message);
+    }
+}
+
+void LogFile::create(const NS::String& folder, const NS::RefPtr<NS::String>& prefix) {
+    const auto name =
+        NS::stringWithFormat("%@Log-%@.txt", prefix, formatter_.stringFromDate(*NS::Date::date()));
+    path_ = folder.stringByAppendingString(*name);
+    NS::FileManager& files = NS::FileManager::defaultManager();
+    // Where one of them fails the file cannot be opened, and the lines are lost in silence.
+    (void)files.createDirectoryAtPath(folder);
+    (void)files.createFileAtPath_contents(*path_, {});
+}
+
+void LogFile::stampLine(std::string_view message) {
+    line_.assign(1, '[');
+    formatter_.appendDate(NS::absoluteTimeGetCurrent(), line_);
+    line_ += "]: ";
+    line_ += message;
+    write(line_);
+    if (line_.capacity() > kKeptLine) {
+        std::string().swap(line_);
+    }
+}
+
+void LogFile::write(std::string_view bytes) const {
+    auto file = NS::FileHandle::fileHandleForWritingAtPath(*path_);
+    // A file without an end to go to would be overwritten from its start.
+    if (file && file->seekToEndOfFile()) {
+        (void)file->writeData(NS::bytesOf(bytes)); // a full disk loses the line
+    }
+}

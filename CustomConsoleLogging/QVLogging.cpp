@@ -1,0 +1,76 @@
+#include "CustomConsoleLogging/QVLogging.h"
+
+#include "CustomConsoleLogging/LoggingState.h"
+#include "CustomConsoleLogging/consoleLogging.h"
+#include "Platform/Foundation/SearchPaths.h"
+#include "Platform/Foundation/UserDefaults.h"
+
+constinit const NS::Class QVLogging::kClass{.name = "QVLogging", .superclass = &NS::Object::kClass};
+
+namespace {
+
+constexpr std::string_view kLogDirectory = "/Quorvane/LogDirectory/";
+constexpr std::string_view kRunningKey = "running";
+
+NS::Ref<NS::String> loggingFolder() {
+    return NS::searchPathForDirectoryInDomain(NS::SearchPathDirectory::kApplicationSupport,
+                                              NS::SearchPathDomain::kUser)
+        ->stringByAppendingString(*NS::str(kLogDirectory));
+}
+
+// Hands a text's UTF-8 to a function, in place where the text is ASCII.
+template <class Function>
+void withUtf8(const NS::String& text, Function&& function) {
+    if (text.isAscii()) {
+        function(text.ascii());
+    } else {
+        function(std::string_view(text.utf8()));
+    }
+}
+
+} // namespace
+
+void QVLogging::setupWithPrefix(NS::RefPtr<NS::String> prefix) {
+    const auto logging = NS::make<QVLogging>();
+    logging->setPrefix(std::move(prefix));
+    logging->setPath(loggingFolder());
+    LoggingState::shared().instance.store(logging);
+    NS::setUncaughtExceptionHandler(&exceptionHandler);
+}
+
+NS::RefPtr<QVLogging> QVLogging::sharedInstance() {
+    return LoggingState::shared().instance.load();
+}
+
+void QVLogging::fileMessage_succinct(const NS::RefPtr<NS::String>& message, bool succinct) {
+    if (!message) {
+        return;
+    }
+    withUtf8(*message, [&](std::string_view bytes) {
+        LoggingState::shared().file.append(
+            *this, bytes, succinct ? LogFile::Stamp::kNone : LogFile::Stamp::kFine);
+    });
+}
+
+void QVLogging::fileSuccinctMessage(const NS::RefPtr<NS::String>& message) {
+    if (!message) {
+        return;
+    }
+    withUtf8(*message, [&](std::string_view bytes) {
+        LoggingState::shared().succinctFile.append(*this, bytes, LogFile::Stamp::kNone);
+    });
+}
+
+bool QVLogging::checkQuitFlag() const {
+    return NS::UserDefaults::standardUserDefaults()->boolForKey(*NS::str(kRunningKey));
+}
+
+void QVLogging::setRunningFlag(bool flag) {
+    NS::UserDefaults::standardUserDefaults()->setBool_forKey(flag, *NS::str(kRunningKey));
+}
+
+void QVLogging::setLastCrashReportDate(const NS::RefPtr<NS::Object>&) {}
+
+NS::RefPtr<NS::Object> QVLogging::checkLastCrashReportDate() const {
+    return nullptr;
+}

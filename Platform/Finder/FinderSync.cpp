@@ -1,0 +1,12 @@
+#include "Platform/Finder/FinderSync.h"
+
+namespace FI {
+
+constinit const NS::Class FinderSync::kClass{.name = "FIFinderSync",
+                                             .superclass = &NS::Object::kClass};
+
+void FinderSync::beginObservingDirectoryAtURL(const NS::Ref<NS::URL>&) {}
+void FinderSync::endObservingDirectoryAtURL(const NS::Ref<NS::URL>&) {}
+void FinderSync::requestBadgeIdentifierForURL(const NS::Ref<NS::URL>&) {}
+
+} // namespace FI

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/String.h"
+
+#include <array>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NS {
+
+// Writes dates by a pattern, in local time and without the user's language.
+//
+// The letters of a pattern are fields of the Unicode date notation (UTS #35): yyyy, MM, dd, HH, mm,
+// ss, and S, SS or SSS for the tenths, hundredths or thousandths of a second, which are cut off and
+// not rounded. What stands between apostrophes, and all that is no letter, stands for itself; two
+// apostrophes are one.
+//
+// A second is rendered once and kept. A change of the TZ variable shows at once, a change of the
+// machine's time zone with the next second. Any thread, as long as none changes the environment at
+// that moment.
+class DateFormatter {
+  public:
+    // Raises NSInvalidArgumentException for a field that is not in the list above, for an
+    // apostrophe without its counterpart and for a pattern that gives more than kLongest
+    // characters.
+    explicit DateFormatter(std::string_view pattern);
+
+    Ref<String> stringFromDate(const Date& date);
+    // Appends a moment, in seconds since 2001-01-01 00:00:00 UTC. Years outside of 1 to 9999 stop
+    // at these limits.
+    void appendDate(double timeIntervalSinceReferenceDate, std::string& text);
+
+    static constexpr std::size_t kLongest = 64;
+
+  private:
+    struct Piece {
+        char field;        // its letter, 0 for a literal
+        std::size_t width; // in characters
+        std::string literal;
+    };
+    struct Fraction {
+        std::size_t position;
+        std::size_t digits;
+    };
+    using Text = std::array<char, kLongest>;
+    class Parser;
+
+    void renderSecond(std::int64_t secondsSince1970) noexcept;
+    bool isCurrent(std::int64_t second, std::string_view timeZone) const noexcept;
+    void keepTimeZone(std::string_view timeZone) noexcept;
+
+    std::vector<Piece> pieces_;
+    std::vector<Fraction> fractions_;
+    std::size_t length_ = 0;
+
+    // The second that was rendered last, and the zone that it was rendered for. Nothing in it
+    // allocates: an exception under the lock would find the lock taken when it is logged.
+    std::mutex mutex_;
+    Text text_{};
+    std::int64_t second_ = 0;
+    std::array<char, 64> timeZone_{};
+    std::size_t timeZoneLength_ = kUnknown;
+
+    static constexpr std::size_t kUnknown = static_cast<std::size_t>(-1);
+};
+
+} // namespace NS

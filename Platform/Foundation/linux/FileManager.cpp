@@ -1,0 +1,237 @@
+#include "Platform/Foundation/FileManager.h"
+
+#include "Platform/Foundation/linux/FileDescriptor.h"
+#include "Platform/Foundation/linux/SystemPath.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <dirent.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <vector>
+
+namespace NS {
+
+namespace {
+
+constexpr mode_t kFolderMode = 0700;
+
+Ref<Date> dateOf(const statx_timestamp& time) {
+    return Date::dateWithTimeIntervalSince1970(static_cast<double>(time.tv_sec) +
+                                               static_cast<double>(time.tv_nsec) * 1e-9);
+}
+
+Ref<Date> creationDateOf(const struct statx& status) {
+    if ((status.stx_mask & STATX_BTIME) != 0) {
+        return dateOf(status.stx_btime);
+    }
+    const Ref<Date> modified = dateOf(status.stx_mtime);
+    const Ref<Date> changed = dateOf(status.stx_ctime);
+    return modified->compare(*changed) < 0 ? modified : changed;
+}
+
+FileAttributes::Kind kindOf(mode_t mode) noexcept {
+    switch (mode & S_IFMT) {
+    case S_IFREG:
+        return FileAttributes::Kind::kRegular;
+    case S_IFDIR:
+        return FileAttributes::Kind::kDirectory;
+    case S_IFLNK:
+        return FileAttributes::Kind::kSymbolicLink;
+    default:
+        return FileAttributes::Kind::kOther;
+    }
+}
+
+bool isDirectory(const char* path) noexcept {
+    struct stat status {};
+    return ::stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool writeAll(int file, Bytes bytes) noexcept {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            return false;
+        }
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+// How many bytes were read before the end of the file; nothing on failure.
+std::optional<std::size_t> readAll(int file, std::span<std::byte> buffer) noexcept {
+    std::size_t length = 0;
+    while (length < buffer.size()) {
+        const ssize_t count = ::read(file, buffer.data() + length, buffer.size() - length);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            return std::nullopt;
+        }
+        if (count == 0) {
+            break;
+        }
+        length += static_cast<std::size_t>(count);
+    }
+    return length;
+}
+
+// The path without slashes at its end, which would make the system follow a symbolic link.
+std::string withoutSlashesAtEnd(const char* path) {
+    std::string text(path);
+    while (text.size() > 1 && text.back() == '/') {
+        text.pop_back();
+    }
+    return text;
+}
+
+// A name in the same folder, since a file can be renamed within its file system only; its length
+// does not depend on the path's own name, which may be as long as names can be.
+std::string temporaryNameBeside(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1) + ".new-XXXXXX";
+}
+
+class SystemFileManager final : public FileManager {
+  public:
+    bool fileExistsAtPath(const String& path) override {
+        return ::access(SystemPath(path).c_str(), F_OK) == 0;
+    }
+
+    std::optional<FileAttributes> attributesOfItemAtPath(const String& path) override {
+        struct statx status {};
+        if (::statx(AT_FDCWD, SystemPath(path).c_str(), AT_SYMLINK_NOFOLLOW,
+                    STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+            return std::nullopt;
+        }
+        return FileAttributes{kindOf(status.stx_mode), status.stx_size, creationDateOf(status),
+                              dateOf(status.stx_mtime)};
+    }
+
+    RefPtr<Array> contentsOfDirectoryAtPath(const String& path) override {
+        const SystemPath folderPath(path);
+        const std::unique_ptr<DIR, int (*)(DIR*)> folder(
+            folderPath.c_str() == nullptr ? nullptr : ::opendir(folderPath.c_str()), &::closedir);
+        if (!folder) {
+            return nullptr;
+        }
+        const auto names = make<MutableArray>();
+        while (const dirent* const entry = ::readdir(folder.get())) {
+            const std::string_view name(entry->d_name);
+            if (name != "." && name != "..") {
+                names->addObject(String::fromFileSystemRepresentation(name));
+            }
+        }
+        return names;
+    }
+
+    RefPtr<Data> contentsAtPath(const String& path) override {
+        // Without waiting: a named pipe that nobody writes to must not hold the caller up.
+        const FileDescriptor file(
+            ::open(SystemPath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+        struct stat status {};
+        if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+            static_cast<std::size_t>(status.st_size) > kLongestContents) {
+            return nullptr;
+        }
+        std::vector<std::byte> bytes(static_cast<std::size_t>(status.st_size));
+        const std::optional<std::size_t> length = readAll(file.get(), bytes);
+        if (!length) {
+            return nullptr;
+        }
+        bytes.resize(*length);
+        return Data::dataWithVector(std::move(bytes));
+    }
+
+    bool createDirectoryAtPath(const String& path) override {
+        const SystemPath folder(path);
+        if (folder.c_str() == nullptr) {
+            return false;
+        }
+        // Whether a folder above was there or could not be made shows at the last one.
+        const std::string text(folder.c_str());
+        for (std::size_t slash = text.find('/', 1); slash != std::string::npos;
+             slash = text.find('/', slash + 1)) {
+            (void)::mkdir(text.substr(0, slash).c_str(), kFolderMode);
+        }
+        (void)::mkdir(text.c_str(), kFolderMode);
+        return isDirectory(text.c_str());
+    }
+
+    bool createFileAtPath_contents(const String& path, Bytes contents) override {
+        const SystemPath target(path);
+        if (target.c_str() == nullptr) {
+            return false;
+        }
+        std::string temporary = temporaryNameBeside(target.c_str());
+        FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+        if (!file) {
+            return false;
+        }
+        const bool written = writeAll(file.get(), contents);
+        const bool closed = ::close(file.release()) == 0;
+        if (written && closed && ::rename(temporary.c_str(), target.c_str()) == 0) {
+            return true;
+        }
+        (void)::unlink(temporary.c_str());
+        return false;
+    }
+
+    bool removeItemAtPath(const String& path) override {
+        const SystemPath entry(path);
+        if (entry.c_str() == nullptr) {
+            return false;
+        }
+        std::error_code error;
+        const auto removed = std::filesystem::remove_all(withoutSlashesAtEnd(entry.c_str()), error);
+        return !error && removed > 0;
+    }
+
+  protected:
+    std::optional<int> openForWriting(const String& path) override {
+        // Without waiting: a named pipe that nobody reads must not hold the caller up.
+        const int file =
+            ::open(SystemPath(path).c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+        return file < 0 ? std::nullopt : std::optional<int>(file);
+    }
+
+    bool seekToEnd(int file) override { return ::lseek(file, 0, SEEK_END) >= 0; }
+
+    bool write(int file, Bytes bytes) override { return writeAll(file, bytes); }
+
+    void close(int file) noexcept override {
+        (void)::close(file); // what could not be written has been told by write()
+    }
+};
+
+// Stays usable while the process ends.
+SystemFileManager& systemFileManager() {
+    static SystemFileManager& manager = *new SystemFileManager;
+    return manager;
+}
+
+std::atomic<FileManager*> replacement{nullptr};
+
+} // namespace
+
+FileManager& FileManager::defaultManager() noexcept {
+    FileManager* const manager = replacement.load();
+    return manager != nullptr ? *manager : systemFileManager();
+}
+
+FileManager* FileManager::replace(FileManager* manager) noexcept {
+    return replacement.exchange(manager);
+}
+
+} // namespace NS

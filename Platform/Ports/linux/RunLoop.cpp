@@ -1,0 +1,185 @@
+#include "Platform/Ports/RunLoop.h"
+
+#include "Platform/Foundation/Clock.h"
+#include "Platform/Foundation/Exception.h"
+#include "Platform/Ports/linux/Endpoints.h"
+#include "Platform/Ports/linux/FileDescriptor.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <sys/epoll.h>
+#include <unordered_map>
+#include <vector>
+
+namespace NS {
+
+constinit const Class RunLoop::kClass{.name = "NSRunLoop", .superclass = &Object::kClass};
+
+namespace {
+
+using Monotonic = std::chrono::steady_clock;
+
+// Waiting in pieces of a day keeps every number of milliseconds within an int.
+constexpr double kLongestWait = 86400.0;
+
+// The moment of a date on a clock that nobody sets.
+Monotonic::time_point monotonic(const Date& date) {
+    const double seconds = date.timeIntervalSinceReferenceDate() - absoluteTimeGetCurrent();
+    const double bounded = std::clamp(seconds, 0.0, kLongestWait * 365 * 100);
+    return Monotonic::now() +
+           std::chrono::duration_cast<Monotonic::duration>(std::chrono::duration<double>(bounded));
+}
+
+// Milliseconds to wait, rounded up, so that the wait never ends early.
+int millisecondsUntil(Monotonic::time_point deadline) {
+    const std::chrono::duration<double, std::milli> left = deadline - Monotonic::now();
+    return static_cast<int>(std::ceil(std::clamp(left.count(), 0.0, kLongestWait * 1000)));
+}
+
+constexpr int kForEver = -1;
+
+} // namespace
+
+class RunLoop::System {
+  public:
+    System() : epoll_(::epoll_create1(EPOLL_CLOEXEC)) {
+        if (!epoll_) {
+            Exception::raise(kGenericException, "the system gives no descriptor for a run loop");
+        }
+    }
+
+    int descriptor() const noexcept { return epoll_.get(); }
+    std::size_t sourceCount() const noexcept { return sources_.size(); }
+
+    void add(const Ref<RunLoopSource>& source) {
+        const int descriptor = source->descriptor();
+        if (!sources_.emplace(descriptor, source).second) {
+            return;
+        }
+        epoll_event event{};
+        event.events = EPOLLIN;
+        event.data.fd = descriptor;
+        if (::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, descriptor, &event) != 0) {
+            sources_.erase(descriptor);
+            Exception::raise(kInvalidArgumentException, "a run loop cannot wait for this source");
+        }
+    }
+
+    void remove(const RunLoopSource& source) {
+        const auto found = sources_.find(source.descriptor());
+        if (found == sources_.end() || found->second.get() != &source) {
+            return;
+        }
+        (void)::epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, found->first, nullptr);
+        const Ref<RunLoopSource> kept = found->second; // its end may reach back here
+        sources_.erase(found);
+    }
+
+    // Waits for one source and calls it; false when none was ready in time. One at a time: a
+    // callback may take away any other source, or run the loop itself. The kernel gives each its
+    // turn.
+    bool serveOne(int milliseconds) {
+        epoll_event event{};
+        if (::epoll_wait(epoll_.get(), &event, 1, milliseconds) != 1) {
+            return false;
+        }
+        const auto found = sources_.find(event.data.fd);
+        if (found != sources_.end()) {
+            const Ref<RunLoopSource> source = found->second;
+            source->ready();
+        }
+        return true;
+    }
+
+    bool serveReady() {
+        bool served = false;
+        for (std::size_t i = 0; i <= sources_.size() && serveOne(0); ++i) {
+            served = true;
+        }
+        return served;
+    }
+
+    std::vector<Ref<MachPort>> ports;
+
+  private:
+    FileDescriptor epoll_;
+    std::unordered_map<int, Ref<RunLoopSource>> sources_;
+};
+
+RunLoop::RunLoop() : system_(std::make_unique<System>()) {}
+
+RunLoop::~RunLoop() {
+    for (const Ref<MachPort>& port : system_->ports) {
+        port->endpoint().local()->setRunLoop(nullptr);
+    }
+}
+
+Ref<RunLoop> RunLoop::currentRunLoop() {
+    static thread_local const Ref<RunLoop> loop = make<RunLoop>();
+    return loop;
+}
+
+void RunLoop::addPort_forMode(const Ref<MachPort>& port, RunLoopMode) {
+    // A port of another process has nothing to serve: its answers come to a port of this one.
+    LocalEndpoint* const own = port->endpoint().local();
+    if (own != nullptr && std::ranges::find(system_->ports, port) == system_->ports.end()) {
+        system_->ports.push_back(port);
+        own->setRunLoop(this);
+    }
+}
+
+void RunLoop::removePort_forMode(const Ref<MachPort>& port, RunLoopMode) {
+    const auto found = std::ranges::find(system_->ports, port);
+    if (found != system_->ports.end()) {
+        const Ref<MachPort> kept = *found;
+        system_->ports.erase(found);
+        kept->endpoint().local()->setRunLoop(nullptr);
+    }
+}
+
+void RunLoop::addSource_forMode(const Ref<RunLoopSource>& source, RunLoopMode) {
+    system_->add(source);
+}
+
+void RunLoop::removeSource_forMode(const Ref<RunLoopSource>& source, RunLoopMode) {
+    system_->remove(*source);
+}
+
+bool RunLoop::runMode_beforeDate(RunLoopMode, const Date& date) {
+    const auto deadline = monotonic(date);
+    do {
+        if (system_->serveOne(millisecondsUntil(deadline))) {
+            return true;
+        }
+    } while (Monotonic::now() < deadline);
+    return false;
+}
+
+void RunLoop::runUntilDate(const Date& date) {
+    const auto deadline = monotonic(date);
+    if (Monotonic::now() >= deadline) {
+        (void)serveReady();
+        return;
+    }
+    do {
+        (void)system_->serveOne(millisecondsUntil(deadline));
+    } while (Monotonic::now() < deadline);
+}
+
+void RunLoop::run() {
+    for (;;) {
+        (void)system_->serveOne(kForEver);
+    }
+}
+
+int RunLoop::pollDescriptor() const noexcept {
+    return system_->descriptor();
+}
+
+bool RunLoop::serveReady() {
+    return system_->serveReady();
+}
+
+} // namespace NS

@@ -1,0 +1,20 @@
+// The extension's process: one FinderSync on the main thread, then the run loop until the host, or
+// a signal, ends it.
+
+#include "Platform/Ports/RunLoop.h"
+#include "Platform/Ports/Termination.h"
+#include "QVFinderExtension/FinderSync.h"
+
+#include <CLI/CLI.hpp>
+
+int main(int argc, char** argv) {
+    CLI::App options("Gives the file manager the menus of the Quorvane drive.\n"
+                     "Waits up to 120 seconds for the host application; ends when the host does.");
+    options.set_version_flag("--version", "quorvane-finder-extension " QUORVANE_VERSION);
+    CLI11_PARSE(options, argc, argv);
+
+    NS::removeNamesOnTermination();
+    const auto extension = NS::make<FinderSync>();
+    extension->init();
+    NS::RunLoop::currentRunLoop()->run();
+}

@@ -1,0 +1,97 @@
+#include "QVFinderExtension/QVExtensionCommsServer.h"
+
+#include "Platform/Foundation/KeyedArchiver.h"
+#include "Platform/Foundation/Log.h"
+#include "QVFinderExtension/QVExtensionActions.h"
+
+namespace {
+
+constexpr NS::Method kMethods[] = {
+    NS::method<&QVExtensionCommsServer::extensionAlive>("extensionAlive:"),
+};
+
+NS::Ref<NS::MachPort> portOf(const NS::Ref<NS::Object>& entry) {
+    return NS::Ref<NS::MachPort>(*NS::cast<NS::MachPort>(entry));
+}
+
+} // namespace
+
+constinit const NS::Class QVExtensionCommsServer::kClass{
+    .name = "QVExtensionCommsServer",
+    .superclass = &QVExtensionCommsComponent::kClass,
+    .methods = kMethods,
+};
+
+NS::Ref<QVExtensionCommsServer> QVExtensionCommsServer::defaultServer() {
+    // Unguarded and never released: the first call decides the thread that serves it.
+    static NS::RefPtr<QVExtensionCommsServer>& server = *new NS::RefPtr<QVExtensionCommsServer>();
+    if (!server) {
+        server = NS::make<QVExtensionCommsServer>(NS::str(kServerPortName));
+        server->setTarget_selector_for(NS::Ref<NS::Object>(*server), {"extensionAlive:"},
+                                       NS::str(QVExtensionAction::kAlive));
+        NS::Log("started ext. server %@", server->port());
+    }
+    return NS::Ref<QVExtensionCommsServer>(*server);
+}
+
+QVExtensionCommsServer::QVExtensionCommsServer(const NS::Ref<NS::String>& name)
+    : QVExtensionCommsComponent(name) {
+    setPorts(NS::make<NS::MutableArray>());
+    setNotificationCenter(NS::make<NS::NotificationCenter>());
+}
+
+void QVExtensionCommsServer::broadcastAction_data(const NS::Ref<NS::String>& action,
+                                                  const NS::Array& data) {
+    const NS::Ref<NS::Array> snapshot = ports()->copy();
+    for (const NS::Ref<NS::Object>& entry : *snapshot) {
+        const NS::Ref<NS::MachPort> client = portOf(entry);
+        if (client->isValid()) {
+            (void)client->sendBeforeDate_components_from_reserved(
+                NS::Date::date(), *componentsFor(action, data), nullptr, 0);
+        } else {
+            removeInvalidatedPort(client);
+        }
+    }
+}
+
+void QVExtensionCommsServer::broadcastUserInfo(const NS::RefPtr<NS::Object>& info) {
+    const auto archive = NS::KeyedArchiver::archivedDataWithRootObject(info);
+    broadcastAction_data(NS::str(QVExtensionAction::kUserInfo),
+                         *NS::Array::arrayWithObjects({archive}));
+}
+
+void QVExtensionCommsServer::broadcastNetworkActivityBegin() {
+    broadcastAction_data(NS::str(QVExtensionAction::kActivityBegin), *NS::make<NS::Array>());
+}
+
+void QVExtensionCommsServer::broadcastNetworkActivityEnd() {
+    broadcastAction_data(NS::str(QVExtensionAction::kActivityEnd), *NS::make<NS::Array>());
+}
+
+void QVExtensionCommsServer::broadcastShutdown() {
+    broadcastAction_data(NS::str(QVExtensionAction::kServerShutdown), *NS::make<NS::Array>());
+}
+
+void QVExtensionCommsServer::extensionAlive(NS::RefPtr<NS::MachPort> client) {
+    ports()->addObject(client);
+}
+
+bool QVExtensionCommsServer::hasClients() {
+    bool found = false;
+    const NS::Ref<NS::Array> snapshot = ports()->copy();
+    for (const NS::Ref<NS::Object>& entry : *snapshot) {
+        const NS::Ref<NS::MachPort> client = portOf(entry);
+        if (client->isValid()) {
+            found = true;
+        } else {
+            removeInvalidatedPort(client);
+        }
+    }
+    return found;
+}
+
+void QVExtensionCommsServer::removeInvalidatedPort(const NS::Ref<NS::MachPort>& client) {
+    notificationCenter()->postNotificationName_object(NS::str(kPortInvalidatedNotification),
+                                                      client->description());
+    ports()->removeObject(*client);
+}
