@@ -14,7 +14,8 @@ namespace NS {
 class MutableDictionary;
 
 // Values by key; keys are compared with isEqual(). Enumerates in the order in which keys were first
-// set. Does not change itself, but may be a MutableDictionary that its owner changes.
+// set. Does not change itself, but may be a MutableDictionary that its owner changes. Comparing
+// goes into nested collections as Array does.
 class Dictionary : public Object {
     NS_OBJECT(Dictionary)
   public:
@@ -29,8 +30,10 @@ class Dictionary : public Object {
     std::size_t count() const noexcept { return entries_.size(); }
     // Nil when there is no such key.
     RefPtr<Object> objectForKey(const Object& key) const;
+    // The same for a key in UTF-8. Raises NSInvalidArgumentException when it is not.
     RefPtr<Object> objectForKey(std::string_view key) const;
 
+    // The entries as they are now; a dictionary that never changes gives itself.
     Ref<Dictionary> copy() const;
     Ref<MutableDictionary> mutableCopy() const;
 
@@ -46,6 +49,8 @@ class Dictionary : public Object {
   protected:
     friend class KeyedUnarchiver;
     std::size_t positionOfKey(const Object& key) const;
+    std::size_t positionOfAsciiKey(std::string_view key) const;
+    RefPtr<Object> valueAt(std::size_t position) const;
     void setEntry(Entry entry);
     std::size_t hashAt(std::size_t position) const { return entries_[position].first->hash(); }
 
@@ -60,7 +65,8 @@ class MutableDictionary final : public Dictionary {
   public:
     using Dictionary::Dictionary;
 
-    // Replaces the value of an equal key. Raises NSInvalidArgumentException for a nil object.
+    // Replaces the value of an equal key, whose key object stays. A new key is kept as a copy when
+    // it is a text. Raises NSInvalidArgumentException for a nil object.
     void setObject_forKey(const RefPtr<Object>& object, Ref<Object> key);
     void setObject_forKey(const RefPtr<Object>& object, std::string_view key);
     // Linear in the number of entries, which stay in order.

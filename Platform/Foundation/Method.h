@@ -42,7 +42,7 @@ struct MemberFunction<void (C::*)(Args...)> {
     static constexpr std::size_t arity = sizeof...(Args);
 
     template <auto function, std::size_t... I>
-    static void call(Object& target, std::span<const RefPtr<Object>> arguments,
+    static void call(Object& target, [[maybe_unused]] std::span<const RefPtr<Object>> arguments,
                      std::index_sequence<I...>) {
         (static_cast<C&>(target).*
          function)(argumentOfClass<typename ArgumentClass<std::remove_cvref_t<Args>>::Type>(
