@@ -75,7 +75,7 @@ void FinderSync::extensionInit(NS::RefPtr<NS::String> path) {
     _Log("DEBUG ", __FILE__, __LINE__, "-[FinderSync extensionInit:]", "received init at %@", path);
 }
 
-void FinderSync::receivedUserInfo(NS::RefPtr<QVUserInfoItem> info) {
+void FinderSync::receivedUserInfo(NS::RefPtr<NS::Object> info) {
     _Log("DEBUG ", __FILE__, __LINE__, "-[FinderSync receivedUserInfo:]", "received info %@", info);
     setStorageInfo(info);
 }
