@@ -11,6 +11,10 @@ namespace NS {
 
 namespace {
 
+Ref<Object> createArray() {
+    return make<Array>();
+}
+
 Ref<Object> createMutableArray() {
     return make<MutableArray>();
 }
@@ -29,9 +33,12 @@ void checkIndex(const Array& array, const char* operation, std::size_t index) {
 
 } // namespace
 
-constinit const Class Array::kClass{.name = "NSArray", .superclass = &Object::kClass};
-constinit const Class MutableArray::kClass{
-    .name = "NSMutableArray", .superclass = &Array::kClass, .create = &createMutableArray};
+constinit const Class Array::kClass{
+    .name = "NSArray", .superclass = &Object::kClass, .createForCoder = &createArray};
+constinit const Class MutableArray::kClass{.name = "NSMutableArray",
+                                           .superclass = &Array::kClass,
+                                           .create = &createMutableArray,
+                                           .createForCoder = &createMutableArray};
 
 Ref<Array> Array::arrayWithObjects(std::initializer_list<Ref<Object>> objects) {
     return make<Array>(std::vector<Ref<Object>>(objects));

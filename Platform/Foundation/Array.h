@@ -45,6 +45,7 @@ class Array : public Object {
     // Sets the value on each element.
     void setValue_forKey(RefPtr<Object> value, const String& key) override;
     void encodeWithCoder(KeyedArchiver& coder) const override;
+    void initWithCoder(KeyedUnarchiver& coder) override;
 
   protected:
     friend class KeyedUnarchiver;

@@ -1,232 +1,221 @@
 #include "Platform/Foundation/BinaryPropertyListReader.h"
 
+#include "Platform/Foundation/BigEndian.h"
+#include "Platform/Foundation/CheckedRange.h"
+
 #include <bit>
-#include <limits>
+#include <string_view>
 
 namespace NS {
 
 namespace {
 
-using Kind = PropertyListNode::Kind;
+using Item = BinaryPropertyListReader::Item;
+using Kind = BinaryPropertyListReader::Kind;
 
-constexpr std::size_t kHeaderLength = 8;
-constexpr std::size_t kTrailerLength = 32;
+constexpr std::string_view kMagic = "bplist00";
+constexpr std::uint64_t kTrailerSize = 32;
 
-std::uint64_t bigEndian(Bytes bytes) noexcept {
-    std::uint64_t value = 0;
-    for (const std::byte byte : bytes) {
-        value = value << 8U | std::to_integer<std::uint64_t>(byte);
-    }
-    return value;
+// Where the trailer holds what, from its start.
+constexpr std::size_t kOffsetWidthAt = 6;
+constexpr std::size_t kReferenceWidthAt = 7;
+constexpr std::size_t kObjectCountAt = 8;
+constexpr std::size_t kTopObjectAt = 16;
+constexpr std::size_t kTableOffsetAt = 24;
+
+// The trailer follows all that load() reads, so that its eight bytes are always there.
+static_assert(kTrailerSize >= sizeof(std::uint64_t));
+
+Item damaged(const char* reason) noexcept {
+    Item item;
+    item.reason = reason;
+    return item;
 }
 
-// The product of two sizes, or nothing when it does not fit.
-std::optional<std::size_t> checkedProduct(std::uint64_t a, std::uint64_t b) noexcept {
-    std::size_t product = 0;
-    if (__builtin_mul_overflow(a, b, &product)) {
-        return std::nullopt;
-    }
-    return product;
+Item valueItem(Kind kind, std::uint64_t bits) noexcept {
+    Item item;
+    item.kind = kind;
+    item.bits = bits;
+    return item;
 }
 
-// Takes bytes from the front of an object; fails once, and stays failed, when there are too few.
-class Cursor {
-  public:
-    explicit Cursor(Bytes rest) noexcept : rest_(rest) {}
-
-    std::optional<Bytes> take(std::uint64_t length) noexcept {
-        if (length > rest_.size()) {
-            return std::nullopt;
-        }
-        const Bytes taken = rest_.first(static_cast<std::size_t>(length));
-        rest_ = rest_.subspan(taken.size());
-        return taken;
-    }
-
-    std::optional<std::uint64_t> takeInteger(std::size_t width) noexcept {
-        const auto bytes = take(width);
-        return bytes ? std::optional(bigEndian(*bytes)) : std::nullopt;
-    }
-
-  private:
-    Bytes rest_;
-};
-
-// A count stands in the marker's low half, or, when that is 15, in an integer object that follows.
-std::optional<std::uint64_t> takeCount(Cursor& cursor, unsigned low) {
-    if (low != 0xF) {
-        return low;
-    }
-    const auto marker = cursor.takeInteger(1);
-    if (!marker || *marker < 0x10 || *marker > 0x13) {
-        return std::nullopt;
-    }
-    return cursor.takeInteger(std::size_t{1} << (*marker & 0xFU));
+Item realItem(Kind kind, double real) noexcept {
+    Item item;
+    item.kind = kind;
+    item.real = real;
+    return item;
 }
 
-using MaybeNode = std::optional<PropertyListNode>;
+bool isWidth(unsigned width) noexcept {
+    return width >= 1 && width <= 8;
+}
 
-MaybeNode takeSimple(unsigned low) {
-    PropertyListNode node;
-    switch (low) {
-    case 0x0:
-        return node;
-    case 0x8:
-        node.kind = Kind::kFalse;
-        return node;
-    case 0x9:
-        node.kind = Kind::kTrue;
-        return node;
+Item singletonItem(unsigned marker) noexcept {
+    switch (marker) {
+    case 0x00:
+        return valueItem(Kind::kNull, 0);
+    case 0x08:
+        return valueItem(Kind::kBoolean, 0);
+    case 0x09:
+        return valueItem(Kind::kBoolean, 1);
+    case 0x0F:
+        return valueItem(Kind::kFill, 0);
     default:
-        return std::nullopt;
+        return damaged("an object of an unknown kind");
     }
-}
-
-// One, two and four bytes hold what is not negative; eight hold either sign; sixteen hold what
-// eight cannot, and nothing beyond 64 bits is taken.
-MaybeNode takeInteger(Cursor& cursor, unsigned low) {
-    if (low > 4) {
-        return std::nullopt;
-    }
-    const auto high = low == 4 ? cursor.takeInteger(8) : std::optional<std::uint64_t>(0);
-    const auto value = cursor.takeInteger(low == 4 ? 8 : std::size_t{1} << low);
-    if (!high || !value) {
-        return std::nullopt;
-    }
-    PropertyListNode node;
-    node.kind = Kind::kInteger;
-    node.integer = *value;
-    const bool topBit = *value >> 63U != 0;
-    if (low == 3) {
-        node.isNegative = topBit;
-    } else if (*high == std::numeric_limits<std::uint64_t>::max() && topBit) {
-        node.isNegative = true;
-    } else if (*high != 0) {
-        return std::nullopt;
-    }
-    return node;
-}
-
-MaybeNode takeReal(Cursor& cursor, unsigned low, Kind kind) {
-    PropertyListNode node;
-    node.kind = kind;
-    if (low == 2 && kind == Kind::kReal) {
-        const auto bits = cursor.takeInteger(4);
-        node.isSinglePrecision = true;
-        node.real =
-            bits ? static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(*bits))) : 0;
-        return bits ? MaybeNode(node) : std::nullopt;
-    }
-    const auto bits = low == 3 ? cursor.takeInteger(8) : std::nullopt;
-    node.real = bits ? std::bit_cast<double>(*bits) : 0;
-    return bits ? MaybeNode(node) : std::nullopt;
-}
-
-MaybeNode takeUid(Cursor& cursor, unsigned low) {
-    // Sixteen bytes could be written, but no list has so many objects.
-    const auto value = low < 8 ? cursor.takeInteger(low + 1) : std::nullopt;
-    if (!value) {
-        return std::nullopt;
-    }
-    PropertyListNode node;
-    node.kind = Kind::kUid;
-    node.integer = *value;
-    return node;
-}
-
-// A run of count elements of some width each.
-MaybeNode takeRun(Cursor& cursor, unsigned low, Kind kind, std::size_t width) {
-    const auto count = takeCount(cursor, low);
-    const auto length = count ? checkedProduct(*count, width) : std::nullopt;
-    const auto bytes = length ? cursor.take(*length) : std::nullopt;
-    if (!bytes) {
-        return std::nullopt;
-    }
-    PropertyListNode node;
-    node.kind = kind;
-    node.count = static_cast<std::size_t>(*count);
-    node.bytes = *bytes;
-    return node;
 }
 
 } // namespace
 
-std::optional<BinaryPropertyListReader> BinaryPropertyListReader::open(Bytes bytes) {
-    if (bytes.size() < kHeaderLength + kTrailerLength ||
-        !charactersOf(bytes).starts_with("bplist0")) {
+std::optional<BinaryPropertyListReader> BinaryPropertyListReader::open(Bytes bytes,
+                                                                       const char*& reason) {
+    if (!charactersOf(bytes).starts_with(kMagic)) {
+        reason = "it does not begin with bplist00";
         return std::nullopt;
     }
-    const Bytes trailer = bytes.last(kTrailerLength);
-    const std::uint64_t objectCount = bigEndian(trailer.subspan(8, 8));
-    const std::uint64_t topObject = bigEndian(trailer.subspan(16, 8));
-    const std::uint64_t tableOffset = bigEndian(trailer.subspan(24, 8));
-
-    BinaryPropertyListReader reader;
-    reader.bytes_ = bytes;
-    reader.offsetWidth_ = std::to_integer<std::size_t>(trailer[6]);
-    reader.referenceWidth_ = std::to_integer<std::size_t>(trailer[7]);
-    const auto isWidth = [](std::size_t width) {
-        return width >= 1 && width <= 8;
-    };
-    const auto tableLength = checkedProduct(objectCount, reader.offsetWidth_);
-    const std::size_t tableEnd = bytes.size() - kTrailerLength;
-    if (!isWidth(reader.offsetWidth_) || !isWidth(reader.referenceWidth_) || !tableLength ||
-        topObject >= objectCount || tableOffset <= kHeaderLength || tableOffset > tableEnd ||
-        *tableLength > tableEnd - tableOffset) {
+    if (bytes.size() < kMagic.size() + kTrailerSize) {
+        reason = "it is too short for a trailer";
         return std::nullopt;
     }
-    reader.objectCount_ = static_cast<std::size_t>(objectCount);
-    reader.topObject_ = static_cast<std::size_t>(topObject);
-    reader.objects_ = bytes.first(static_cast<std::size_t>(tableOffset));
-    reader.offsets_ = bytes.subspan(reader.objects_.size(), *tableLength);
-    return reader;
+    const std::byte* const trailer = bytes.data() + bytes.size() - kTrailerSize;
+    BinaryPropertyListReader list;
+    list.bytes_ = bytes.data();
+    list.offsetWidth_ = std::to_integer<unsigned>(trailer[kOffsetWidthAt]);
+    list.referenceWidth_ = std::to_integer<unsigned>(trailer[kReferenceWidthAt]);
+    list.objectCount_ = BigEndian::load(trailer + kObjectCountAt, 8);
+    list.topObject_ = BigEndian::load(trailer + kTopObjectAt, 8);
+    list.tableOffset_ = BigEndian::load(trailer + kTableOffsetAt, 8);
+    if (!isWidth(list.offsetWidth_) || !isWidth(list.referenceWidth_)) {
+        reason = "its trailer names a width that is not 1 to 8 bytes";
+        return std::nullopt;
+    }
+    if (list.tableOffset_ < kMagic.size() ||
+        !rangeFits(list.tableOffset_, list.objectCount_, list.offsetWidth_,
+                   bytes.size() - kTrailerSize)) {
+        reason = "its offset table does not fit";
+        return std::nullopt;
+    }
+    return list;
 }
 
-std::optional<PropertyListNode> BinaryPropertyListReader::object(std::size_t number) const {
-    if (number >= objectCount_) {
-        return std::nullopt;
+bool BinaryPropertyListReader::fits(std::uint64_t offset, std::uint64_t count,
+                                    std::uint64_t width) const noexcept {
+    return rangeFits(offset, count, width, tableOffset_);
+}
+
+Item BinaryPropertyListReader::item(std::uint64_t object) const noexcept {
+    if (object >= objectCount_) {
+        return damaged("a reference to an object that is not there");
     }
-    const std::uint64_t offset = bigEndian(offsets_.subspan(number * offsetWidth_, offsetWidth_));
-    if (offset < kHeaderLength || offset >= objects_.size()) {
-        return std::nullopt;
+    const std::uint64_t offset =
+        BigEndian::load(bytes_ + tableOffset_ + object * offsetWidth_, offsetWidth_);
+    if (offset < kMagic.size() || offset >= tableOffset_) {
+        return damaged("an object's offset is outside of the list");
     }
-    const auto start = static_cast<std::size_t>(offset);
-    const auto marker = std::to_integer<unsigned>(objects_[start]);
-    const unsigned low = marker & 0xFU;
-    Cursor cursor(objects_.subspan(start + 1));
+    const auto marker = std::to_integer<unsigned>(bytes_[offset]);
     switch (marker >> 4U) {
     case 0x0:
-        return takeSimple(low);
+        return singletonItem(marker);
     case 0x1:
-        return takeInteger(cursor, low);
     case 0x2:
-        return takeReal(cursor, low, Kind::kReal);
     case 0x3:
-        return takeReal(cursor, low, Kind::kDate);
-    case 0x4:
-        return takeRun(cursor, low, Kind::kData, 1);
-    case 0x5:
-        return takeRun(cursor, low, Kind::kAscii, 1);
-    case 0x6:
-        return takeRun(cursor, low, Kind::kUtf16, 2);
+        return fits(offset + 1, std::uint64_t{1} << (marker & 0xFU), 1)
+                   ? numberItem(marker, bytes_ + offset + 1)
+                   : damaged("a number ends outside of the list");
     case 0x8:
-        return takeUid(cursor, low);
-    case 0xA:
-        return takeRun(cursor, low, Kind::kArray, referenceWidth_);
-    case 0xC:
-        return takeRun(cursor, low, Kind::kSet, referenceWidth_);
-    case 0xD:
-        return takeRun(cursor, low, Kind::kDictionary, referenceWidth_ * 2);
+        return fits(offset + 1, (marker & 0xFU) + 1, 1)
+                   ? uidItem((marker & 0xFU) + 1, bytes_ + offset + 1)
+                   : damaged("a UID ends outside of the list");
     default:
-        return std::nullopt;
+        return sizedItem(marker, offset + 1);
     }
 }
 
-std::optional<std::size_t> BinaryPropertyListReader::reference(const PropertyListNode& collection,
-                                                               std::size_t index) const {
-    const std::uint64_t number =
-        bigEndian(collection.bytes.subspan(index * referenceWidth_, referenceWidth_));
-    return number < objectCount_ ? std::optional(static_cast<std::size_t>(number)) : std::nullopt;
+Item BinaryPropertyListReader::numberItem(unsigned marker, const std::byte* body) const noexcept {
+    switch (marker) {
+    case 0x22:
+        return realItem(Kind::kFloat,
+                        std::bit_cast<float>(static_cast<std::uint32_t>(BigEndian::load(body, 4))));
+    case 0x23:
+        return realItem(Kind::kReal, std::bit_cast<double>(BigEndian::load(body, 8)));
+    case 0x33:
+        return realItem(Kind::kDate, std::bit_cast<double>(BigEndian::load(body, 8)));
+    default:
+        return marker >> 4U == 0x1 ? integerItem(marker & 0xFU, body)
+                                   : damaged("a real number or date of an unknown size");
+    }
+}
+
+// Integers of up to four bytes have no sign; longer ones are in two's complement.
+Item BinaryPropertyListReader::integerItem(unsigned sizeExponent,
+                                           const std::byte* body) const noexcept {
+    if (sizeExponent <= 3) {
+        return valueItem(Kind::kInteger, BigEndian::load(body, 1U << sizeExponent));
+    }
+    if (sizeExponent > 4) {
+        return damaged("an integer of an unknown size");
+    }
+    const std::uint64_t high = BigEndian::load(body, 8);
+    const std::uint64_t low = BigEndian::load(body + 8, 8);
+    const bool negative = low >> 63U != 0;
+    if (high == 0) {
+        return valueItem(negative ? Kind::kUnsigned : Kind::kInteger, low);
+    }
+    return ~high == 0 && negative ? valueItem(Kind::kInteger, low)
+                                  : damaged("an integer beyond 64 bits");
+}
+
+Item BinaryPropertyListReader::uidItem(unsigned width, const std::byte* body) const noexcept {
+    return isWidth(width) ? valueItem(Kind::kUid, BigEndian::load(body, width))
+                          : damaged("a UID of more than 8 bytes");
+}
+
+// Whatever begins with a count: in the marker's low half, or in an integer after it.
+Item BinaryPropertyListReader::sizedItem(unsigned marker, std::uint64_t bodyOffset) const noexcept {
+    struct SizedKind {
+        Kind kind;
+        std::uint64_t width;
+    };
+    const SizedKind kinds[] = {
+        {Kind::kData,       1                                 },
+        {Kind::kAscii,      1                                 },
+        {Kind::kUtf16,      2                                 },
+        {Kind::kDamaged,    0                                 },
+        {Kind::kDamaged,    0                                 },
+        {Kind::kDamaged,    0                                 },
+        {Kind::kArray,      referenceWidth_                   },
+        {Kind::kDamaged,    0                                 },
+        {Kind::kSet,        referenceWidth_                   },
+        {Kind::kDictionary, std::uint64_t{2} * referenceWidth_},
+    };
+    const std::size_t row = (marker >> 4U) - 4U;
+    if (row >= std::size(kinds) || kinds[row].kind == Kind::kDamaged) {
+        return damaged("an object of an unknown kind");
+    }
+    std::uint64_t count = marker & 0xFU;
+    if (count == 0xF) {
+        const auto size =
+            fits(bodyOffset, 1, 1) ? std::to_integer<unsigned>(bytes_[bodyOffset]) : 0U;
+        const unsigned width = 1U << (size & 0xFU);
+        if (size >> 4U != 0x1 || !isWidth(width) || !fits(bodyOffset + 1, width, 1)) {
+            return damaged("a count that is no integer");
+        }
+        count = BigEndian::load(bytes_ + bodyOffset + 1, width);
+        bodyOffset += 1 + width;
+    }
+    if (!fits(bodyOffset, count, kinds[row].width)) {
+        return damaged("an object ends outside of the list");
+    }
+    Item item;
+    item.kind = kinds[row].kind;
+    item.count = count;
+    item.body = bytes_ + bodyOffset;
+    return item;
+}
+
+std::uint64_t BinaryPropertyListReader::reference(const Item& collection,
+                                                  std::uint64_t position) const noexcept {
+    return BigEndian::load(collection.body + position * referenceWidth_, referenceWidth_);
 }
 
 } // namespace NS

@@ -2,67 +2,86 @@
 
 #include "Platform/Foundation/Data.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
 namespace NS {
 
-// One object of a binary property list, in place.
-struct PropertyListNode {
-    enum class Kind : std::uint8_t {
-        kNull,
-        kFalse,
-        kTrue,
-        kInteger,   // in integer, which is negative where isNegative says so
-        kReal,      // in real, from 4 or 8 bytes
-        kDate,      // in real, seconds since 2001-01-01
-        kData,      // bytes
-        kAscii,     // bytes
-        kUtf16,     // bytes, count units, highest byte first
-        kUid,       // in integer
-        kArray,     // bytes are count references
-        kSet,       // the same
-        kDictionary // count references to keys, then as many to values
-    };
-
-    Kind kind = Kind::kNull;
-    bool isNegative = false;
-    bool isSinglePrecision = false;
-    std::size_t count = 0;
-    std::uint64_t integer = 0; // two's complement
-    double real = 0;
-    Bytes bytes;
-};
-
-// A binary property list ("bplist00") as it lies in memory: nothing is copied, and nothing is
-// believed before it is checked. Refers to bytes that outlive it. Any thread.
-// Docs/keyed-archives.md has the layout.
+// A binary property list ("bplist00") seen in place: nothing is copied, and nothing is read before
+// it was checked. Docs/keyed-archives.md describes the format.
+//
+// The list is a table of objects, each found by its number; collections hold the numbers of their
+// elements. Numbers may be shared, form cycles and overlap: whoever follows them bounds the depth
+// and the total. The bytes must stay where they are for as long as the reader is used.
 class BinaryPropertyListReader {
   public:
-    // Nothing when the trailer or the offset table is not sound.
-    static std::optional<BinaryPropertyListReader> open(Bytes bytes);
+    enum class Kind : std::uint8_t {
+        kDamaged, // see reason
+        kNull,
+        kFill,
+        kBoolean,
+        kInteger,  // fits std::int64_t
+        kUnsigned, // fits std::uint64_t only
+        kFloat,    // a real number written in four bytes
+        kReal,
+        kDate,
+        kData,
+        kAscii, // the bytes are yet to be checked for being ASCII
+        kUtf16, // big-endian
+        kUid,
+        kArray,
+        kSet,
+        kDictionary,
+    };
 
-    std::size_t objectCount() const noexcept { return objectCount_; }
-    std::size_t topObject() const noexcept { return topObject_; }
-    std::size_t size() const noexcept { return bytes_.size(); }
+    struct Item {
+        Kind kind = Kind::kDamaged;
+        // Bytes, characters, code units, elements or entries, all of them inside of the list.
+        std::uint64_t count = 0;
+        union {
+            const char* reason = "it is missing"; // kDamaged
+            const std::byte* body;                // kData to kUtf16 and collections
+            std::uint64_t bits;                   // kBoolean, kInteger, kUnsigned, kUid
+            double real;                          // kFloat, kReal, kDate: seconds since 2001
+        };
 
-    // An object by its number; nothing when it does not lie within the list or is of no known kind.
-    std::optional<PropertyListNode> object(std::size_t number) const;
-    // The number of the object that a collection refers to at an index below its count (twice its
-    // count for a dictionary); nothing when there is no such object.
-    std::optional<std::size_t> reference(const PropertyListNode& collection,
-                                         std::size_t index) const;
+        Bytes bytes() const noexcept { return {body, static_cast<std::size_t>(count)}; }
+        bool isDamaged() const noexcept { return kind == Kind::kDamaged; }
+    };
+
+    // Nothing, and why, when header, trailer or offset table are wrong.
+    static std::optional<BinaryPropertyListReader> open(Bytes bytes, const char*& reason);
+
+    std::uint64_t topObject() const noexcept { return topObject_; }
+    std::uint64_t objectCount() const noexcept { return objectCount_; }
+
+    // The object of a number; kDamaged when there is none or it does not fit in the list.
+    Item item(std::uint64_t object) const noexcept;
+
+    // The number at a position of a collection, which must be below its count. A dictionary has its
+    // keys at these positions and its values as many positions further on.
+    std::uint64_t reference(const Item& collection, std::uint64_t position) const noexcept;
+    // The object at a position of a collection.
+    Item element(const Item& collection, std::uint64_t position) const noexcept {
+        return item(reference(collection, position));
+    }
 
   private:
     BinaryPropertyListReader() = default;
 
-    Bytes bytes_;
-    Bytes objects_; // header and objects: what lies before the offset table
-    Bytes offsets_;
-    std::size_t offsetWidth_ = 0;
-    std::size_t referenceWidth_ = 0;
-    std::size_t objectCount_ = 0;
-    std::size_t topObject_ = 0;
+    Item numberItem(unsigned marker, const std::byte* body) const noexcept;
+    Item integerItem(unsigned sizeExponent, const std::byte* body) const noexcept;
+    Item sizedItem(unsigned marker, std::uint64_t bodyOffset) const noexcept;
+    Item uidItem(unsigned width, const std::byte* body) const noexcept;
+    bool fits(std::uint64_t offset, std::uint64_t count, std::uint64_t width) const noexcept;
+
+    const std::byte* bytes_ = nullptr;
+    std::uint64_t tableOffset_ = 0; // objects end here
+    std::uint64_t objectCount_ = 0;
+    std::uint64_t topObject_ = 0;
+    unsigned offsetWidth_ = 0;
+    unsigned referenceWidth_ = 0;
 };
 
 } // namespace NS

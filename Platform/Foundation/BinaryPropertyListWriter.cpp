@@ -1,6 +1,8 @@
 #include "Platform/Foundation/BinaryPropertyListWriter.h"
 
+#include "Platform/Foundation/BigEndian.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Number.h"
 
 #include <algorithm>
 #include <bit>
@@ -11,275 +13,241 @@ namespace NS {
 
 namespace {
 
-// Integers take 1, 2, 4 or 8 bytes; fewer than 8 hold none that is negative.
-std::size_t integerWidth(std::uint64_t value) noexcept {
-    if (value <= 0xFF) {
-        return 1;
-    }
-    if (value <= 0xFFFF) {
-        return 2;
-    }
-    return value <= 0xFFFFFFFF ? 4 : 8;
+constexpr std::string_view kMagic = "bplist00";
+constexpr std::size_t kTrailerSize = 32;
+constexpr std::size_t kTapeReference = sizeof(BinaryPropertyListWriter::Reference);
+
+// An integer's size is a power of two; its marker names the exponent.
+unsigned sizeExponent(std::uint64_t value) noexcept {
+    return static_cast<unsigned>(std::bit_width(BigEndian::widthOf(value) - 1));
 }
 
-// Offsets, references and UIDs take as few bytes as hold them.
-std::size_t leastWidth(std::uint64_t value) noexcept {
-    return std::max<std::size_t>(1, (static_cast<std::size_t>(std::bit_width(value)) + 7) / 8);
+std::byte* putInteger(std::byte* out, std::uint64_t value) noexcept {
+    const unsigned exponent = sizeExponent(value);
+    *out = static_cast<std::byte>(0x10U | exponent);
+    BigEndian::store(out + 1, value, 1U << exponent);
+    return out + 1 + (1U << exponent);
 }
 
-std::size_t markerSize(std::size_t count) noexcept {
-    return count < 0xF ? 1 : 2 + integerWidth(count);
+std::size_t integerSize(std::uint64_t value) noexcept {
+    return 1 + (std::size_t{1} << sizeExponent(value));
+}
+
+template <class T>
+std::byte* putRaw(std::byte* out, std::span<const T> elements) noexcept {
+    if (!elements.empty()) {
+        std::memcpy(out, elements.data(), elements.size_bytes());
+    }
+    return out + elements.size_bytes();
 }
 
 } // namespace
 
-// Writes into room that is known to suffice.
-class BinaryPropertyListWriter::Output {
-  public:
-    Output(std::byte* next, std::size_t referenceWidth) noexcept
-        : next_(next), referenceWidth_(referenceWidth) {}
-
-    void byte(unsigned value) noexcept { *next_++ = static_cast<std::byte>(value); }
-
-    void bigEndian(std::uint64_t value, std::size_t width) noexcept {
-        for (std::size_t i = width; i-- > 0;) {
-            byte(static_cast<unsigned>(value >> (i * 8U)) & 0xFFU);
-        }
+// Begins an object and gives room for its bytes on the tape.
+std::byte* BinaryPropertyListWriter::begin(std::size_t size) {
+    const std::size_t offset = tape_.size();
+    if (size > std::numeric_limits<std::uint32_t>::max() - offset) {
+        Exception::raise(kInvalidArchiveOperationException,
+                         "a property list grew longer than 4 GiB");
     }
+    offsets_.push_back(static_cast<std::uint32_t>(offset));
+    tape_.resize(offset + size);
+    return tape_.data() + offset;
+}
 
-    void bytes(const void* contents, std::size_t length) noexcept {
-        if (length > 0) {
-            std::memcpy(next_, contents, length);
-            next_ += length;
-        }
+std::byte* BinaryPropertyListWriter::beginCounted(unsigned kind, std::uint64_t count,
+                                                  std::size_t bodySize) {
+    if (count < 0xF) {
+        std::byte* const out = begin(1 + bodySize);
+        *out = static_cast<std::byte>(kind << 4U | count);
+        return out + 1;
     }
+    std::byte* const out = begin(1 + integerSize(count) + bodySize);
+    *out = static_cast<std::byte>(kind << 4U | 0xFU);
+    return putInteger(out + 1, count);
+}
 
-    void reference(Number number) noexcept { bigEndian(number, referenceWidth_); }
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addBool(bool value) {
+    *begin(1) = value ? std::byte{0x09} : std::byte{0x08};
+    return lastAdded();
+}
 
-    void integer(std::uint64_t value, std::size_t width) noexcept {
-        byte(0x10U | static_cast<unsigned>(std::countr_zero(width)));
-        bigEndian(value, width);
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addInteger(std::int64_t value) {
+    const auto bits = static_cast<std::uint64_t>(value);
+    putInteger(begin(integerSize(bits)), bits);
+    return lastAdded();
+}
+
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addUnsigned(std::uint64_t value) {
+    if (value <= std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
+        return addInteger(static_cast<std::int64_t>(value));
     }
-
-    void marker(unsigned high, std::size_t count) noexcept {
-        if (count < 0xF) {
-            byte(high << 4U | static_cast<unsigned>(count));
-        } else {
-            byte(high << 4U | 0xFU);
-            integer(count, integerWidth(count));
-        }
-    }
-
-  private:
-    std::byte* next_;
-    std::size_t referenceWidth_;
-};
-
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::add(Kind kind, std::uint64_t bits) {
-    if (nodes_.size() >= std::numeric_limits<Number>::max()) {
-        Exception::raise(kInvalidArgumentException, "a property list has too many objects");
-    }
-    Node node{kind, 0, {}};
-    node.bits = bits;
-    nodes_.push_back(node);
-    return static_cast<Number>(nodes_.size() - 1);
+    // Eight bytes would read as a negative number.
+    std::byte* const out = begin(17);
+    *out = std::byte{0x14};
+    BigEndian::store(out + 9, value, 8);
+    return lastAdded();
 }
 
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addRun(Kind kind, const void* contents,
-                                                                  std::size_t count) {
-    if (count > std::numeric_limits<std::uint32_t>::max()) {
-        Exception::raise(kInvalidArgumentException, "an object is too long for a property list");
-    }
-    const Number number = add(kind, 0);
-    nodes_.back().count = static_cast<std::uint32_t>(count);
-    nodes_.back().contents = contents;
-    return number;
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addFloat(float value) {
+    std::byte* const out = begin(5);
+    *out = std::byte{0x22};
+    BigEndian::store(out + 1, std::bit_cast<std::uint32_t>(value), 4);
+    return lastAdded();
 }
 
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addCollection(Kind kind,
-                                                                         std::size_t count) {
-    const Number number = addRun(kind, nullptr, count);
-    nodes_.back().firstReference = references_.size();
-    return number;
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addEightBytes(unsigned marker,
+                                                                            std::uint64_t bits) {
+    std::byte* const out = begin(9);
+    *out = static_cast<std::byte>(marker);
+    BigEndian::store(out + 1, bits, 8);
+    return lastAdded();
 }
 
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addBoolean(bool value) {
-    return add(value ? Kind::kTrue : Kind::kFalse, 0);
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addReal(double value) {
+    return addEightBytes(0x23, std::bit_cast<std::uint64_t>(value));
 }
 
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addInteger(std::int64_t value) {
-    return add(Kind::kInteger, static_cast<std::uint64_t>(value));
-}
-
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addUnsigned(std::uint64_t value) {
-    // Only what a signed integer cannot hold needs the wide form.
-    return add(value >> 63U == 0 ? Kind::kInteger : Kind::kUnsigned, value);
-}
-
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addReal(double value) {
-    return add(Kind::kReal, std::bit_cast<std::uint64_t>(value));
-}
-
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addSinglePrecision(float value) {
-    return add(Kind::kSinglePrecision, std::bit_cast<std::uint32_t>(value));
-}
-
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addDate(double seconds) {
-    return add(Kind::kDate, std::bit_cast<std::uint64_t>(seconds));
-}
-
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addData(Bytes bytes) {
-    return addRun(Kind::kData, bytes.data(), bytes.size());
-}
-
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addAscii(std::string_view characters) {
-    return addRun(Kind::kAscii, characters.data(), characters.size());
-}
-
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addString(const String& text) {
-    return text.isAscii() ? addAscii(text.ascii())
-                          : addRun(Kind::kUtf16, text.utf16().data(), text.utf16().size());
-}
-
-BinaryPropertyListWriter::Number BinaryPropertyListWriter::addUid(std::uint32_t value) {
-    return add(Kind::kUid, value);
-}
-
-BinaryPropertyListWriter::Number
-BinaryPropertyListWriter::addArray(std::span<const Number> elements) {
-    const Number number = addCollection(Kind::kArray, elements.size());
-    references_.insert(references_.end(), elements.begin(), elements.end());
-    return number;
-}
-
-BinaryPropertyListWriter::Number
-BinaryPropertyListWriter::addDictionary(std::span<const Number> keys,
-                                        std::span<const Number> values) {
-    const Number number = addCollection(Kind::kDictionary, keys.size());
-    references_.insert(references_.end(), keys.begin(), keys.end());
-    references_.insert(references_.end(), values.begin(), values.end());
-    return number;
-}
-
-std::size_t BinaryPropertyListWriter::sizeOf(const Node& node,
-                                             std::size_t referenceWidth) noexcept {
-    const std::size_t count = node.count;
-    switch (node.kind) {
-    case Kind::kInteger:
-        return 1 + integerWidth(node.bits);
-    case Kind::kUnsigned:
-        return 17;
-    case Kind::kReal:
-    case Kind::kDate:
-        return 9;
-    case Kind::kSinglePrecision:
-        return 5;
-    case Kind::kData:
-    case Kind::kAscii:
-        return markerSize(count) + count;
-    case Kind::kUtf16:
-        return markerSize(count) + count * 2;
-    case Kind::kUid:
-        return 1 + leastWidth(node.bits);
-    case Kind::kArray:
-        return markerSize(count) + count * referenceWidth;
-    case Kind::kDictionary:
-        return markerSize(count) + count * 2 * referenceWidth;
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addNumber(const Number& number) {
+    switch (number.type()) {
+    case Number::Type::kBoolean:
+        return addBool(number.boolValue());
+    case Number::Type::kUnsigned:
+        return addUnsigned(number.unsignedLongLongValue());
+    case Number::Type::kFloat:
+        return addFloat(static_cast<float>(number.doubleValue()));
+    case Number::Type::kDouble:
+        return addReal(number.doubleValue());
     default:
-        return 1;
+        return addInteger(number.longLongValue());
     }
 }
 
-void BinaryPropertyListWriter::write(Output& output, const Node& node) const {
-    const auto references = [&](std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) {
-            output.reference(references_[node.firstReference + i]);
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addDate(double seconds) {
+    return addEightBytes(0x33, std::bit_cast<std::uint64_t>(seconds));
+}
+
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addData(Bytes bytes) {
+    putRaw(beginCounted(0x4, bytes.size(), bytes.size()), bytes);
+    return lastAdded();
+}
+
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addAscii(std::string_view text) {
+    putRaw(beginCounted(0x5, text.size(), text.size()), std::span(text));
+    return lastAdded();
+}
+
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addString(const String& text) {
+    if (text.isAscii()) {
+        return addAscii(text.ascii());
+    }
+    const std::u16string_view units = text.utf16();
+    std::byte* out = beginCounted(0x6, units.size(), units.size() * 2);
+    for (const char16_t unit : units) {
+        BigEndian::store(out, unit, 2);
+        out += 2;
+    }
+    return lastAdded();
+}
+
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addUid(std::uint64_t value) {
+    const unsigned width = BigEndian::widthOf(value);
+    std::byte* const out = begin(1 + width);
+    *out = static_cast<std::byte>(0x80U | (width - 1));
+    BigEndian::store(out + 1, value, width);
+    return lastAdded();
+}
+
+BinaryPropertyListWriter::Reference
+BinaryPropertyListWriter::addArray(std::span<const Reference> elements) {
+    putRaw(beginCounted(0xA, elements.size(), elements.size_bytes()), elements);
+    collections_.push_back({lastAdded(), static_cast<std::uint32_t>(elements.size())});
+    referenceCount_ += elements.size();
+    return lastAdded();
+}
+
+BinaryPropertyListWriter::Reference
+BinaryPropertyListWriter::addDictionary(std::span<const Reference> keys,
+                                        std::span<const Reference> values) {
+    std::byte* const out = beginCounted(0xD, keys.size(), keys.size_bytes() + values.size_bytes());
+    putRaw(putRaw(out, keys), values);
+    const std::size_t count = keys.size() + values.size();
+    collections_.push_back({lastAdded(), static_cast<std::uint32_t>(count)});
+    referenceCount_ += count;
+    return lastAdded();
+}
+
+std::uint64_t BinaryPropertyListWriter::endOf(Reference object) const noexcept {
+    return object + std::size_t{1} < offsets_.size() ? offsets_[object + 1] : tape_.size();
+}
+
+// Readers want the widths to hold the number of objects and the offset table's own offset, not
+// merely the largest reference and the last object's offset.
+BinaryPropertyListWriter::Layout BinaryPropertyListWriter::layout() const {
+    Layout layout{};
+    layout.referenceWidth = BigEndian::widthOf(offsets_.size());
+    layout.tableOffset = kMagic.size() + tape_.size() - referenceCount_ * kTapeReference +
+                         referenceCount_ * layout.referenceWidth;
+    layout.offsetWidth = BigEndian::widthOf(layout.tableOffset);
+    return layout;
+}
+
+std::vector<std::byte> BinaryPropertyListWriter::finish(Reference top) const {
+    const Layout list = layout();
+    const std::size_t trailer = list.tableOffset + offsets_.size() * list.offsetWidth;
+    std::vector<std::byte> bytes(trailer + kTrailerSize);
+    putRaw(bytes.data(), std::span(kMagic));
+    emitObjects(list, bytes.data() + kMagic.size());
+    emitOffsets(list, bytes.data() + list.tableOffset);
+    emitTrailer(list, top, bytes.data() + trailer);
+    return bytes;
+}
+
+// The trailer follows whatever is emitted ahead of it.
+static_assert(kTrailerSize >= sizeof(std::uint64_t));
+
+// Copies the tape, giving the collections' references their final width on the way.
+void BinaryPropertyListWriter::emitObjects(const Layout& layout, std::byte* out) const {
+    std::size_t copied = 0;
+    for (const Collection& collection : collections_) {
+        const std::size_t end = endOf(collection.object);
+        const std::size_t references = end - collection.referenceCount * kTapeReference;
+        out = putRaw(out, std::span(tape_).subspan(copied, references - copied));
+        for (std::size_t at = references; at < end; at += kTapeReference) {
+            Reference reference;
+            std::memcpy(&reference, tape_.data() + at, kTapeReference);
+            BigEndian::storeAhead(out, reference, layout.referenceWidth);
+            out += layout.referenceWidth;
+        }
+        copied = end;
+    }
+    putRaw(out, std::span(tape_).subspan(copied));
+}
+
+void BinaryPropertyListWriter::emitOffsets(const Layout& layout, std::byte* out) const {
+    std::uint64_t moved = kMagic.size(); // how far the list is ahead of the tape, modulo 2^64
+    std::size_t object = 0;
+    const auto emitUpTo = [&](std::size_t end) {
+        for (; object < end; ++object) {
+            BigEndian::storeAhead(out, offsets_[object] + moved, layout.offsetWidth);
+            out += layout.offsetWidth;
         }
     };
-    switch (node.kind) {
-    case Kind::kFalse:
-        output.byte(0x08);
-        break;
-    case Kind::kTrue:
-        output.byte(0x09);
-        break;
-    case Kind::kInteger:
-        output.integer(node.bits, integerWidth(node.bits));
-        break;
-    case Kind::kUnsigned:
-        output.byte(0x14);
-        output.bigEndian(0, 8);
-        output.bigEndian(node.bits, 8);
-        break;
-    case Kind::kReal:
-        output.byte(0x23);
-        output.bigEndian(node.bits, 8);
-        break;
-    case Kind::kSinglePrecision:
-        output.byte(0x22);
-        output.bigEndian(node.bits, 4);
-        break;
-    case Kind::kDate:
-        output.byte(0x33);
-        output.bigEndian(node.bits, 8);
-        break;
-    case Kind::kData:
-        output.marker(0x4, node.count);
-        output.bytes(node.contents, node.count);
-        break;
-    case Kind::kAscii:
-        output.marker(0x5, node.count);
-        output.bytes(node.contents, node.count);
-        break;
-    case Kind::kUtf16:
-        output.marker(0x6, node.count);
-        for (const char16_t unit :
-             std::span(static_cast<const char16_t*>(node.contents), node.count)) {
-            output.bigEndian(unit, 2);
-        }
-        break;
-    case Kind::kUid:
-        output.byte(0x80U | static_cast<unsigned>(leastWidth(node.bits) - 1));
-        output.bigEndian(node.bits, leastWidth(node.bits));
-        break;
-    case Kind::kArray:
-        output.marker(0xA, node.count);
-        references(node.count);
-        break;
-    case Kind::kDictionary:
-        output.marker(0xD, node.count);
-        references(std::size_t{node.count} * 2);
-        break;
+    for (const Collection& collection : collections_) {
+        emitUpTo(collection.object + std::size_t{1});
+        moved += std::uint64_t{collection.referenceCount} * layout.referenceWidth -
+                 std::uint64_t{collection.referenceCount} * kTapeReference;
     }
+    emitUpTo(offsets_.size());
 }
 
-Ref<Data> BinaryPropertyListWriter::finish(Number top) const {
-    constexpr std::string_view kHeader = "bplist00";
-    const std::size_t referenceWidth = leastWidth(nodes_.size() - 1);
-    std::vector<std::size_t> offsets;
-    offsets.reserve(nodes_.size());
-    std::size_t tableOffset = kHeader.size();
-    for (const Node& node : nodes_) {
-        offsets.push_back(tableOffset);
-        tableOffset += sizeOf(node, referenceWidth);
-    }
-    const std::size_t offsetWidth = leastWidth(tableOffset);
-    std::vector<std::byte> bytes(tableOffset + nodes_.size() * offsetWidth + 32);
-    Output output(bytes.data(), referenceWidth);
-    output.bytes(kHeader.data(), kHeader.size());
-    for (const Node& node : nodes_) {
-        write(output, node);
-    }
-    for (const std::size_t offset : offsets) {
-        output.bigEndian(offset, offsetWidth);
-    }
-    output.bigEndian(0, 6); // five unused bytes and the version of an order that nobody keeps
-    output.byte(static_cast<unsigned>(offsetWidth));
-    output.byte(static_cast<unsigned>(referenceWidth));
-    output.bigEndian(nodes_.size(), 8);
-    output.bigEndian(top, 8);
-    output.bigEndian(tableOffset, 8);
-    return Data::dataWithVector(std::move(bytes));
+void BinaryPropertyListWriter::emitTrailer(const Layout& layout, Reference top,
+                                           std::byte* out) const {
+    out[6] = static_cast<std::byte>(layout.offsetWidth);
+    out[7] = static_cast<std::byte>(layout.referenceWidth);
+    BigEndian::store(out + 8, offsets_.size(), 8);
+    BigEndian::store(out + 16, top, 8);
+    BigEndian::store(out + 24, layout.tableOffset, 8);
 }
 
 } // namespace NS

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/String.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -10,69 +11,65 @@
 
 namespace NS {
 
-// Puts a binary property list together: objects are added one by one, each getting a number by
-// which collections refer to it, and written in one go at the end with the least widths that hold
-// them.
-//
-// Texts, data and characters are borrowed until then.
+class Number;
+
+// Puts a binary property list ("bplist00") together, an object at a time. Objects are added before
+// the collections that hold them, and each is written once, where it was added: equal objects stay
+// two. Widths are the smallest that readers accept.
 class BinaryPropertyListWriter {
   public:
-    using Number = std::uint32_t;
+    // An object that was added, by its number; the first one has the number 0.
+    using Reference = std::uint32_t;
 
-    Number addBoolean(bool value);
-    Number addInteger(std::int64_t value);
-    Number addUnsigned(std::uint64_t value);
-    Number addReal(double value);
-    Number addSinglePrecision(float value);
-    Number addDate(double secondsSinceReferenceDate);
-    Number addData(Bytes bytes);
-    Number addAscii(std::string_view characters);
-    Number addString(const String& text);
-    Number addUid(std::uint32_t value);
-    Number addArray(std::span<const Number> elements);
+    Reference addBool(bool value);
+    Reference addInteger(std::int64_t value);
+    Reference addUnsigned(std::uint64_t value);
+    Reference addFloat(float value);
+    Reference addReal(double value);
+    // As the number's type has it.
+    Reference addNumber(const Number& number);
+    // Seconds since 2001-01-01 00:00:00 UTC.
+    Reference addDate(double seconds);
+    Reference addData(Bytes bytes);
+    Reference addString(const String& text);
+    Reference addAscii(std::string_view text);
+    Reference addUid(std::uint64_t value);
+    Reference addArray(std::span<const Reference> elements);
     // As many values as keys.
-    Number addDictionary(std::span<const Number> keys, std::span<const Number> values);
+    Reference addDictionary(std::span<const Reference> keys, std::span<const Reference> values);
 
-    // The whole list with this object at the top.
-    Ref<Data> finish(Number top) const;
+    // The whole list with this object on top. Raises NSInvalidArchiveOperationException when it
+    // would be longer than 4 GiB.
+    std::vector<std::byte> finish(Reference top) const;
 
   private:
-    class Output;
-
-    enum class Kind : std::uint8_t {
-        kFalse,
-        kTrue,
-        kInteger,
-        kUnsigned,
-        kReal,
-        kSinglePrecision,
-        kDate,
-        kData,
-        kAscii,
-        kUtf16,
-        kUid,
-        kArray,
-        kDictionary
+    // A collection keeps its references on the tape in four bytes each, in this machine's order,
+    // until their number, and with it their width in the list, is known.
+    struct Collection {
+        Reference object;
+        std::uint32_t referenceCount;
     };
 
-    struct Node {
-        Kind kind;
-        std::uint32_t count; // bytes, units, elements or pairs
-        union {
-            std::uint64_t bits;
-            const void* contents;
-            std::size_t firstReference;
-        };
+    struct Layout {
+        unsigned referenceWidth;
+        unsigned offsetWidth;
+        std::uint64_t tableOffset;
     };
 
-    Number add(Kind kind, std::uint64_t bits);
-    Number addRun(Kind kind, const void* contents, std::size_t count);
-    Number addCollection(Kind kind, std::size_t count);
-    static std::size_t sizeOf(const Node& node, std::size_t referenceWidth) noexcept;
-    void write(Output& output, const Node& node) const;
+    std::byte* begin(std::size_t size);
+    std::byte* beginCounted(unsigned kind, std::uint64_t count, std::size_t bodySize);
+    Reference lastAdded() const noexcept { return static_cast<Reference>(offsets_.size() - 1); }
+    Reference addEightBytes(unsigned marker, std::uint64_t bits);
+    std::uint64_t endOf(Reference object) const noexcept;
+    Layout layout() const;
+    void emitObjects(const Layout& layout, std::byte* out) const;
+    void emitOffsets(const Layout& layout, std::byte* out) const;
+    void emitTrailer(const Layout& layout, Reference top, std::byte* out) const;
 
-    std::vector<Node> nodes_;
-    std::vector<Number> references_;
+    std::vector<std::byte> tape_;
+    std::vector<std::uint32_t> offsets_; // of each object, on the tape
+    std::vector<Collection> collections_;
+    std::uint64_t referenceCount_ = 0;
 };
 
 } // namespace NS

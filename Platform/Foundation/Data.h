@@ -59,8 +59,6 @@ class MutableData final : public Data {
     void appendBytes(Bytes bytes);
     void setData(Bytes bytes);
 
-    void encodeWithCoder(KeyedArchiver& coder) const override;
-
   private:
     void destroy() const noexcept override { delete this; }
 

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/Dictionary.h"
 
 #include "Platform/Foundation/Description.h"
+#include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/String.h"
 
@@ -10,21 +11,33 @@ namespace NS {
 
 namespace {
 
+Ref<Object> createDictionary() {
+    return make<Dictionary>();
+}
+
 Ref<Object> createMutableDictionary() {
     return make<MutableDictionary>();
 }
 
 } // namespace
 
-constinit const Class Dictionary::kClass{.name = "NSDictionary", .superclass = &Object::kClass};
+constinit const Class Dictionary::kClass{
+    .name = "NSDictionary", .superclass = &Object::kClass, .createForCoder = &createDictionary};
 constinit const Class MutableDictionary::kClass{.name = "NSMutableDictionary",
                                                 .superclass = &Dictionary::kClass,
-                                                .create = &createMutableDictionary};
+                                                .create = &createMutableDictionary,
+                                                .createForCoder = &createMutableDictionary};
 
 Dictionary::Dictionary(std::vector<Entry> entries) {
     entries_.reserve(entries.size());
     for (Entry& entry : entries) {
         setEntry(std::move(entry));
+    }
+}
+
+Dictionary::Dictionary(std::vector<Entry> entries, EqualityBudget& budget) {
+    for (Entry& entry : entries) {
+        setEntryWithin(budget, std::move(entry));
     }
 }
 
@@ -47,6 +60,23 @@ std::size_t Dictionary::positionOfKey(const Object& key) const {
 
 void Dictionary::setEntry(Entry entry) {
     const std::size_t position = positionOfKey(*entry.first);
+    putEntry(position, std::move(entry));
+}
+
+void Dictionary::setEntryWithin(EqualityBudget& budget, Entry entry) {
+    const Object& key = *entry.first;
+    const std::uint64_t cost = budget.costOf(key);
+    const bool indexed = entries_.size() > HashIndex::kUnindexedEntries;
+    const std::size_t position =
+        index_.find(indexed ? key.hash() : 0, entries_.size(), [&](std::size_t p) {
+            budget.spend(cost);
+            return entries_[p].first->isEqual(&key);
+        });
+    putEntry(position, std::move(entry));
+}
+
+// Replaces the value at a position, or appends.
+void Dictionary::putEntry(std::size_t position, Entry entry) {
     if (position != HashIndex::kNotFound) {
         entries_[position].second = std::move(entry.second);
         return;

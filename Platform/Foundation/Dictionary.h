@@ -11,6 +11,7 @@
 
 namespace NS {
 
+class EqualityBudget;
 class MutableDictionary;
 
 // Values by key; keys are compared with isEqual(). Enumerates in the order in which keys were first
@@ -23,6 +24,9 @@ class Dictionary : public Object {
     Dictionary() = default;
     // A later entry replaces the value of an earlier one with an equal key.
     explicit Dictionary(std::vector<Entry> entries);
+    // The same for entries from outside: raises when telling the keys apart takes more than the
+    // budget.
+    Dictionary(std::vector<Entry> entries, EqualityBudget& budget);
     static Ref<Dictionary>
     dictionaryWithEntries(std::initializer_list<std::pair<std::string_view, Ref<Object>>> entries);
 
@@ -43,11 +47,14 @@ class Dictionary : public Object {
     // The value stored under the key, or nil.
     RefPtr<Object> valueForKey(const String& key) const override;
     void encodeWithCoder(KeyedArchiver& coder) const override;
+    void initWithCoder(KeyedUnarchiver& coder) override;
 
   protected:
     friend class KeyedUnarchiver;
     std::size_t positionOfKey(const Object& key) const;
     void setEntry(Entry entry);
+    void setEntryWithin(EqualityBudget& budget, Entry entry);
+    void putEntry(std::size_t position, Entry entry);
     std::size_t hashAt(std::size_t position) const { return entries_[position].first->hash(); }
 
     std::vector<Entry> entries_;

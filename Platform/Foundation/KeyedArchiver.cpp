@@ -1,132 +1,205 @@
 #include "Platform/Foundation/KeyedArchiver.h"
 
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/KeyedArchiveNames.h"
+#include "Platform/Foundation/Limits.h"
+#include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/String.h"
 
+#include <algorithm>
 #include <array>
-#include <string>
+#include <optional>
 
 namespace NS {
 
 namespace {
 
-constexpr std::int64_t kVersion = 100000;
+using Reference = BinaryPropertyListWriter::Reference;
+using namespace KeyedArchiveNames;
+
+// A text that reads as the name of nil cannot stand bare.
+bool isPlainText(const String& text) noexcept {
+    return !(text.length() == kNull.size() && text.ascii() == kNull);
+}
+
+// Adds an object that stands in the archive as a plain value; nothing for any other.
+std::optional<Reference> addPlainValue(BinaryPropertyListWriter& list, const Object& object) {
+    const Class* const objectClass = &object.objectClass();
+    if (objectClass == &String::kClass) {
+        const auto& text = static_cast<const String&>(object);
+        return isPlainText(text) ? std::optional(list.addString(text)) : std::nullopt;
+    }
+    if (objectClass == &Number::kClass) {
+        return list.addNumber(static_cast<const Number&>(object));
+    }
+    if (objectClass == &Data::kClass) {
+        return list.addData(static_cast<const Data&>(object).bytes());
+    }
+    return std::nullopt;
+}
+
+// The UID of nil, 0, is the second object of every archive's property list, after "$null".
+constexpr Reference kNilReference = 1;
 
 } // namespace
 
+KeyedArchiver::KeyedArchiver() {
+    (void)addEntry(list_.addAscii(kNull));
+}
+
 Ref<Data> KeyedArchiver::archivedDataWithRootObject(const RefPtr<Object>& root) {
-    return KeyedArchiver().archive(root);
+    KeyedArchiver archiver;
+    const Reference top = archiver.referenceTo(root);
+    archiver.writePending();
+    return archiver.finish(top);
 }
 
-Ref<Data> KeyedArchiver::archive(const RefPtr<Object>& root) {
-    objects_.emplace_back(nullptr);
-    numbers_.push_back(writer_.addAscii("$null"));
-    const Number rootUid = uidFor(root.get());
-    // Encoding one appends those that it refers to.
-    for (std::size_t index = 1; index < objects_.size(); ++index) {
-        if (numbers_[index] == kNone) {
-            encode(index);
-        }
-    }
-    const std::array<Number, 1> topKeys{writer_.addAscii("root")};
-    const std::array<Number, 1> topValues{rootUid};
-    const std::array<Number, 4> keys{writer_.addAscii("$version"), writer_.addAscii("$archiver"),
-                                     writer_.addAscii("$top"), writer_.addAscii("$objects")};
-    const std::array<Number, 4> values{
-        writer_.addInteger(kVersion), writer_.addAscii("NSKeyedArchiver"),
-        writer_.addDictionary(topKeys, topValues), writer_.addArray(numbers_)};
-    return writer_.finish(writer_.addDictionary(keys, values));
-}
-
-std::uint32_t KeyedArchiver::indexFor(const Object* object) {
-    if (object == nullptr) {
-        return 0;
-    }
-    const auto next = static_cast<std::uint32_t>(objects_.size());
-    const auto [entry, isNew] = indexes_.try_emplace(object, next);
-    if (isNew) {
-        objects_.emplace_back(const_cast<Object*>(object));
-        numbers_.push_back(kNone);
-    }
-    return entry->second;
-}
-
-KeyedArchiver::Number KeyedArchiver::uidOfIndex(std::uint32_t index) {
-    if (index >= uids_.size()) {
-        uids_.resize(objects_.size(), kNone);
-    }
-    if (uids_[index] == kNone) {
-        uids_[index] = writer_.addUid(index);
-    }
-    return uids_[index];
-}
-
-KeyedArchiver::Number KeyedArchiver::classUid(const Class& archived) {
-    const auto next = static_cast<std::uint32_t>(objects_.size());
-    const auto [entry, isNew] = classes_.try_emplace(&archived, next);
-    if (isNew) {
-        std::vector<Number> chain;
-        for (const Class* c = &archived; c != nullptr; c = c->superclass) {
-            chain.push_back(writer_.addAscii(c->name));
-        }
-        const std::array<Number, 2> keys{keyNumber("$classname"), keyNumber("$classes")};
-        const std::array<Number, 2> values{chain.front(), writer_.addArray(chain)};
-        objects_.emplace_back(nullptr);
-        numbers_.push_back(writer_.addDictionary(keys, values));
-    }
-    return uidOfIndex(entry->second);
-}
-
-KeyedArchiver::Number KeyedArchiver::keyNumber(std::string_view key) {
-    const auto known = keys_.find(key);
-    if (known != keys_.end()) {
-        return known->second;
-    }
-    const Number number = writer_.addAscii(key);
-    keys_.emplace(key, number);
-    return number;
-}
-
-void KeyedArchiver::add(std::string_view key, Number value) {
-    currentKeys_.push_back(keyNumber(key));
-    currentValues_.push_back(value);
-}
-
-void KeyedArchiver::encode(std::size_t index) {
-    const RefPtr<Object> object = objects_[index];
-    currentKeys_.clear();
-    currentValues_.clear();
-    plain_ = kNone;
-    object->encodeWithCoder(*this);
-    if (plain_ == kNone) {
-        currentKeys_.push_back(keyNumber("$class"));
-        currentValues_.push_back(classUid(object->objectClass()));
-        plain_ = writer_.addDictionary(currentKeys_, currentValues_);
-    }
-    numbers_[index] = plain_;
-}
-
-void KeyedArchiver::encodeObject_forKey(const RefPtr<Object>& object, std::string_view key) {
-    add(key, uidFor(object.get()));
+void KeyedArchiver::encodeObject_forKey(RefPtr<Object> object, std::string_view key) {
+    put(key, referenceTo(std::move(object)));
 }
 
 void KeyedArchiver::encodeDouble_forKey(double value, std::string_view key) {
-    add(key, writer_.addReal(value));
+    put(key, list_.addReal(value));
 }
 
 void KeyedArchiver::encodeInt64_forKey(std::int64_t value, std::string_view key) {
-    add(key, writer_.addInteger(value));
+    put(key, list_.addInteger(value));
 }
 
 void KeyedArchiver::encodeBool_forKey(bool value, std::string_view key) {
-    add(key, writer_.addBoolean(value));
+    put(key, list_.addBool(value));
 }
 
-void KeyedArchiver::encodeData_forKey(Bytes bytes, std::string_view key) {
-    add(key, writer_.addData(bytes));
+void KeyedArchiver::encodeBytes_forKey(Bytes bytes, std::string_view key) {
+    put(key, list_.addData(bytes));
 }
 
 void KeyedArchiver::encodeText_forKey(const String& text, std::string_view key) {
-    add(key, writer_.addString(text));
+    put(key, list_.addString(text));
+}
+
+// Adds an entry to "$objects" and returns the reference of the UID that leads there.
+Reference KeyedArchiver::addEntry(Reference contents) {
+    const auto uid = entries_.size();
+    entries_.push_back(contents);
+    return list_.addUid(uid);
+}
+
+Reference KeyedArchiver::referenceTo(RefPtr<Object> object) {
+    if (!object) {
+        return kNilReference;
+    }
+    Reference& known = identities_.numberOf(object.get());
+    if (known == 0) {
+        known = addObject(Ref<Object>(*object.leak(), kAdopt));
+    }
+    return known;
+}
+
+Reference KeyedArchiver::addObject(Ref<Object> object) {
+    if (const auto contents = addPlainValue(list_, *object)) {
+        plain_.push_back(std::move(object));
+        return addEntry(*contents);
+    }
+    pending_.push_back({std::move(object), static_cast<std::uint32_t>(entries_.size())});
+    return addEntry(0);
+}
+
+// Writes what waits, level by level: what an object of one level adds stands on the next.
+void KeyedArchiver::writePending() {
+    std::size_t level = 0;
+    std::size_t next = 0;
+    while (next < pending_.size()) {
+        if (++level > Limits::kDepth) {
+            Exception::raise(kInvalidArchiveOperationException,
+                             "*** -[NSKeyedArchiver encodeObject:forKey:]: objects stand too deep "
+                             "within one another");
+        }
+        for (const std::size_t end = pending_.size(); next < end; ++next) {
+            writeRecord(*pending_[next].object, pending_[next].uid);
+        }
+    }
+}
+
+void KeyedArchiver::writeRecord(const Object& object, std::uint32_t uid) {
+    class_ = &archivedClass(object.objectClass());
+    keys_.assign(1, nameReference(kClassKey));
+    values_.assign(1, class_->reference);
+    object.encodeWithCoder(*this);
+    entries_[uid] = list_.addDictionary(keys_, values_);
+}
+
+KeyedArchiver::ArchivedClass& KeyedArchiver::archivedClass(const Class& objectClass) {
+    if (class_ != nullptr && class_->objectClass == &objectClass) {
+        return *class_;
+    }
+    const auto known = std::ranges::find_if(
+        classes_, [&](const auto& each) { return each->objectClass == &objectClass; });
+    if (known != classes_.end()) {
+        return **known;
+    }
+    classes_.push_back(
+        std::make_unique<ArchivedClass>(ArchivedClass{&objectClass, addClass(objectClass), {}}));
+    return *classes_.back();
+}
+
+// Adds a class's record: its name and the names of its chain up to the root.
+Reference KeyedArchiver::addClass(const Class& objectClass) {
+    std::vector<Reference> chain;
+    for (const Class* c = &objectClass; c != nullptr; c = c->superclass) {
+        chain.push_back(nameReference(c->name));
+    }
+    const std::array keys{nameReference(kClassName), nameReference(kClasses)};
+    const std::array values{chain.front(), list_.addArray(chain)};
+    return addEntry(list_.addDictionary(keys, values));
+}
+
+void KeyedArchiver::put(std::string_view key, Reference value) {
+    const Reference reference = keyReference(key);
+    const auto earlier = std::ranges::find(keys_, reference);
+    if (earlier != keys_.end()) {
+        values_[static_cast<std::size_t>(earlier - keys_.begin())] = value;
+        return;
+    }
+    keys_.push_back(reference);
+    values_.push_back(value);
+}
+
+// The reference of a key's text. What the previous object of the class had at the same place is
+// most often it.
+Reference KeyedArchiver::keyReference(std::string_view key) {
+    std::vector<ArchivedKey>& expected = class_->keys;
+    const std::size_t place = keys_.size() - 1;
+    if (place < expected.size() && expected[place].text == key) {
+        return expected[place].reference;
+    }
+    const Reference reference =
+        nameReference(key.starts_with('$') ? '$' + std::string(key) : std::string(key));
+    if (place == expected.size() && place < Limits::kRememberedKeys) {
+        expected.push_back({std::string(key), reference});
+    }
+    return reference;
+}
+
+// Keys and class names are texts of the property list, not objects of the archive: one of each.
+Reference KeyedArchiver::nameReference(std::string_view name) {
+    const auto known = names_.find(name);
+    if (known != names_.end()) {
+        return known->second;
+    }
+    const Reference reference = list_.addString(str(name));
+    names_.emplace(name, reference);
+    return reference;
+}
+
+Ref<Data> KeyedArchiver::finish(Reference root) {
+    const std::array rootKey{nameReference(kRootKey)};
+    const std::array keys{nameReference(kVersionKey), nameReference(kArchiverKey),
+                          nameReference(kTopKey), nameReference(kObjectsKey)};
+    const std::array values{list_.addInteger(kVersion), list_.addAscii(kArchiverName),
+                            list_.addDictionary(rootKey, std::span(&root, 1)),
+                            list_.addArray(entries_)};
+    return Data::dataWithVector(list_.finish(list_.addDictionary(keys, values)));
 }
 
 } // namespace NS

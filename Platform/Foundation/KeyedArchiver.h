@@ -2,86 +2,109 @@
 
 #include "Platform/Foundation/BinaryPropertyListWriter.h"
 #include "Platform/Foundation/Data.h"
+#include "Platform/Foundation/IdentityMap.h"
 #include "Platform/Foundation/Object.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace NS {
 
-// Writes a graph of objects as a keyed archive in a binary property list; Docs/keyed-archives.md
-// has the layout. One archiver writes one archive.
+// Writes an object, and whatever it refers to, into one keyed archive (Docs/keyed-archives.md).
 //
-// An object met twice is written once and referred to twice; two equal objects are written twice.
-// Objects are written in the order in which they are met, each after the one that refers to it, so
-// that no depth of graph is too deep.
+// References are kept by identity: an object that is met twice is written once and comes back as
+// one; two equal objects come back as two. Texts, numbers and data stand in the archive as plain
+// values; any other object is recorded under its class's name, with its class chain and with what
+// its encodeWithCoder() hands to this coder, each value under a key. Keys are unique within one
+// object; a second value under a key replaces the first.
+//
+// Objects are written one after another and never from within each other, so that a long chain of
+// them takes no stack. Use on one thread; the objects must not change meanwhile.
 class KeyedArchiver {
   public:
-    // The archive of one object with all that it refers to; nil is a root too. Raises
-    // NSInvalidArgumentException for an object that cannot be archived.
+    // Nil is archived as a nil root. Raises NSInvalidArgumentException when an object's class is
+    // not one that archives hold, and NSInvalidArchiveOperationException when objects stand deeper
+    // within one another than Limits::kDepth or the archive would be longer than 4 GiB.
     static Ref<Data> archivedDataWithRootObject(const RefPtr<Object>& root);
 
-    // For encodeWithCoder(): write a value of the object under a key, each key once.
-    void encodeObject_forKey(const RefPtr<Object>& object, std::string_view key);
+    KeyedArchiver(const KeyedArchiver&) = delete;
+    KeyedArchiver& operator=(const KeyedArchiver&) = delete;
+
+    // The rest is for encodeWithCoder().
+
+    // Nil is kept as nil.
+    void encodeObject_forKey(RefPtr<Object> object, std::string_view key);
     void encodeDouble_forKey(double value, std::string_view key);
     void encodeInt64_forKey(std::int64_t value, std::string_view key);
     void encodeBool_forKey(bool value, std::string_view key);
-    void encodeData_forKey(Bytes bytes, std::string_view key);
-    // A text as it is, not as an object of its own.
+    // Contents without an identity of their own.
+    void encodeBytes_forKey(Bytes bytes, std::string_view key);
     void encodeText_forKey(const String& text, std::string_view key);
-    // A list of references, as collections write their elements.
-    template <class Objects, class ObjectOf>
-    void encodeObjects_forKey(const Objects& objects, ObjectOf&& objectOf, std::string_view key) {
-        const std::size_t first = scratch_.size();
-        for (const auto& each : objects) {
-            scratch_.push_back(uidFor(objectOf(each)));
+    // A list of references: objectAt(i) for every i below the count.
+    template <class ObjectAt>
+    void encodeObjects_forKey(std::size_t count, ObjectAt&& objectAt, std::string_view key) {
+        elements_.clear();
+        elements_.reserve(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            elements_.push_back(referenceTo(objectAt(i)));
         }
-        const Number list = writer_.addArray(std::span(scratch_).subspan(first));
-        scratch_.resize(first);
-        add(key, list);
+        put(key, list_.addArray(elements_));
     }
 
-    // For values that property lists have themselves: the object being encoded is just this.
-    void encodeAsString(const String& text) { plain_ = writer_.addString(text); }
-    void encodeAsData(Bytes bytes) { plain_ = writer_.addData(bytes); }
-    void encodeAsBool(bool value) { plain_ = writer_.addBoolean(value); }
-    void encodeAsInt64(std::int64_t value) { plain_ = writer_.addInteger(value); }
-    void encodeAsUInt64(std::uint64_t value) { plain_ = writer_.addUnsigned(value); }
-    void encodeAsDouble(double value) { plain_ = writer_.addReal(value); }
-    void encodeAsFloat(float value) { plain_ = writer_.addSinglePrecision(value); }
-
   private:
-    using Number = BinaryPropertyListWriter::Number;
-    static constexpr Number kNone = ~Number{0};
+    using Reference = BinaryPropertyListWriter::Reference;
 
-    Ref<Data> archive(const RefPtr<Object>& root);
-    // The index of an object in the archive's list of objects, and the list's number of a UID for
-    // it.
-    std::uint32_t indexFor(const Object* object);
-    Number uidFor(const Object* object) { return uidOfIndex(indexFor(object)); }
-    Number uidOfIndex(std::uint32_t index);
-    Number classUid(const Class& archived);
-    Number keyNumber(std::string_view key);
-    void add(std::string_view key, Number value);
-    void encode(std::size_t index);
+    struct ArchivedKey {
+        std::string text;
+        Reference reference;
+    };
 
-    BinaryPropertyListWriter writer_;
-    // What stands at each index: the object, kept alive so that its address stays its own, or
-    // nothing for a class and for the null at index 0; and its number in the property list.
-    std::vector<RefPtr<Object>> objects_;
-    std::vector<Number> numbers_;
-    std::unordered_map<const Object*, std::uint32_t> indexes_;
-    std::vector<Number> uids_; // by index, made when first asked for
-    std::unordered_map<const Class*, std::uint32_t> classes_;
-    std::unordered_map<std::string_view, Number> keys_;
-    std::vector<Number> scratch_;
+    // A class that was met, with the keys that its objects used, in order: most use the same ones.
+    struct ArchivedClass {
+        const Class* objectClass;
+        Reference reference;
+        std::vector<ArchivedKey> keys;
+    };
 
-    // The object being encoded.
-    std::vector<Number> currentKeys_;
-    std::vector<Number> currentValues_;
-    Number plain_ = kNone;
+    // An object that has its place in the archive and waits for being written there.
+    struct Pending {
+        Ref<Object> object;
+        std::uint32_t uid;
+    };
+
+    KeyedArchiver();
+
+    Reference referenceTo(RefPtr<Object> object);
+    Reference addObject(Ref<Object> object);
+    Reference addEntry(Reference contents);
+    void writePending();
+    void writeRecord(const Object& object, std::uint32_t uid);
+    ArchivedClass& archivedClass(const Class& objectClass);
+    Reference addClass(const Class& objectClass);
+    void put(std::string_view key, Reference value);
+    Reference keyReference(std::string_view key);
+    Reference nameReference(std::string_view name);
+    Ref<Data> finish(Reference root);
+
+    BinaryPropertyListWriter list_;
+    IdentityMap identities_;         // the reference of each object's UID
+    std::vector<Reference> entries_; // "$objects"
+    std::vector<Ref<Object>> plain_; // kept, so that no other object gets their address
+    std::vector<Pending> pending_;   // kept as well, when written
+    std::map<std::string, Reference, std::less<>> names_;
+    std::vector<std::unique_ptr<ArchivedClass>> classes_;
+
+    // The object being written.
+    ArchivedClass* class_ = nullptr;
+    std::vector<Reference> keys_;
+    std::vector<Reference> values_;
+    std::vector<Reference> elements_;
 };
 
 } // namespace NS

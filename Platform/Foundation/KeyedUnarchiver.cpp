@@ -1,296 +1,492 @@
 #include "Platform/Foundation/KeyedUnarchiver.h"
 
-#include "Platform/Foundation/ArchiveLimits.h"
 #include "Platform/Foundation/Array.h"
-#include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/BigEndian.h"
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Format.h"
-#include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/KeyedArchiveNames.h"
+#include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Property.h"
-#include "Platform/Foundation/PropertyListObjects.h"
 #include "Platform/Foundation/Set.h"
+#include "Platform/Foundation/String.h"
+#include "Platform/Foundation/Utf8.h"
 
-#include <string>
+#include <algorithm>
 
 namespace NS {
 
 namespace {
 
-using Kind = PropertyListNode::Kind;
+using Item = BinaryPropertyListReader::Item;
+using Kind = BinaryPropertyListReader::Kind;
+using namespace KeyedArchiveNames;
 
-[[noreturn]] void raiseNoArchive(const char* why) {
+// A slot holds the position of what was made of the UID plus one; a class's has the highest bit.
+constexpr std::uint32_t kClassSlot = std::uint32_t{1} << 31U;
+
+[[noreturn]] void raiseIncomprehensible(const char* reason) {
     Exception::raise(kInvalidArgumentException,
                      stringWithFormat("*** -[NSKeyedUnarchiver initForReadingWithData:]: "
-                                      "incomprehensible archive (%s)",
-                                      why));
+                                      "incomprehensible archive: %s",
+                                      reason));
 }
 
-[[noreturn]] void raiseDamaged(const char* why) {
+[[noreturn]] void raiseInvalid(const Ref<String>& reason) {
     Exception::raise(kInvalidUnarchiveOperationException,
-                     stringWithFormat("*** -[NSKeyedUnarchiver decodeObjectForKey:]: "
-                                      "the archive is damaged: %s",
-                                      why));
+                     stringWithFormat("*** -[NSKeyedUnarchiver decodeObjectForKey:]: %@", reason));
 }
 
-[[noreturn]] void raiseUnknownClass(std::string_view name) {
-    Exception::raise(
-        kInvalidUnarchiveOperationException,
-        stringWithFormat("*** -[NSKeyedUnarchiver decodeObjectForKey:]: cannot decode object of "
-                         "class (%@); the class may be defined in source code or a library that is "
-                         "not linked",
-                         String::fromFileSystemRepresentation(name)));
+// A name from outside, cut to a length that a log line can bear.
+Ref<String> quoted(const String& name) {
+    return name.length() <= Limits::kQuotedName
+               ? name.substringFromIndex(0)
+               : name.substringToIndex(Limits::kQuotedName)->stringByAppendingString(*str("…"));
 }
 
-bool hasText(const PropertyListNode& node, std::string_view text) noexcept {
-    return node.kind == Kind::kAscii && charactersOf(node.bytes) == text;
+Ref<String> quoted(std::string_view name) {
+    return quoted(*String::fromFileSystemRepresentation(name.substr(0, Limits::kQuotedName + 1)));
 }
 
-} // namespace
+[[noreturn]] void raiseUnknownClass(const String& name) {
+    raiseInvalid(stringWithFormat("cannot decode object of class (%@); the class may be defined in "
+                                  "a library that is not linked",
+                                  quoted(name)));
+}
 
-RefPtr<Object> KeyedUnarchiver::unarchiveObjectWithData(const Data& data) {
-    const auto list = BinaryPropertyListReader::open(data.bytes());
+BinaryPropertyListReader openList(Bytes bytes) {
+    const char* reason = nullptr;
+    auto list = BinaryPropertyListReader::open(bytes, reason);
     if (!list) {
-        raiseNoArchive("it is no binary property list");
+        raiseIncomprehensible(reason);
     }
-    KeyedUnarchiver unarchiver(*list);
-    try {
-        return unarchiver.decodeRoot();
-    } catch (...) {
-        unarchiver.letGo();
-        throw;
+    return *list;
+}
+
+bool utf16Equals(Bytes units, std::string_view utf8) noexcept {
+    std::u16string expected;
+    std::size_t position = 0;
+    while (!utf8.empty()) {
+        const Utf8::Decoded next = Utf8::decodeFirst(utf8);
+        expected.clear();
+        Utf8::appendUtf16(expected, next.codePoint);
+        for (const char16_t unit : expected) {
+            if (position + 2 > units.size() ||
+                BigEndian::load(units.data() + position, 2) != unit) {
+                return false;
+            }
+            position += 2;
+        }
+        utf8.remove_prefix(next.length);
+    }
+    return position == units.size();
+}
+
+bool isText(const Item& item, std::string_view utf8) noexcept {
+    if (item.kind == Kind::kAscii) {
+        return charactersOf(item.bytes()) == utf8;
+    }
+    return item.kind == Kind::kUtf16 && utf16Equals({item.body, item.count * 2}, utf8);
+}
+
+void checkIntact(const Item& item) {
+    if (item.isDamaged()) {
+        raiseIncomprehensible(item.reason);
     }
 }
 
-KeyedUnarchiver::KeyedUnarchiver(BinaryPropertyListReader list) : list_(list) {}
-
-RefPtr<Object> KeyedUnarchiver::decodeRoot() {
-    const auto top = list_.object(list_.topObject());
-    if (!top || top->kind != Kind::kDictionary) {
-        raiseNoArchive("its top object is no dictionary");
-    }
-    Container outer{*top};
-    container_ = &outer;
-    const auto archiver = valueForKey("$archiver");
-    const auto objects = valueForKey("$objects");
-    const auto roots = valueForKey("$top");
-    if (!archiver || !hasText(*archiver, "NSKeyedArchiver")) {
-        raiseNoArchive("it names no keyed archiver");
-    }
-    if (!objects || objects->kind != Kind::kArray || !roots || roots->kind != Kind::kDictionary) {
-        raiseNoArchive("it has no objects");
-    }
-    objects_ = *objects;
-    decoded_.resize(list_.objectCount());
-    Container inner{*roots};
-    container_ = &inner;
-    return decodeObjectForKey("root");
-}
-
-// Objects may refer to each other in circles, which nothing but taking them apart would end.
-void KeyedUnarchiver::letGo() {
-    for (const RefPtr<Object>& object : decoded_) {
-        if (!object) {
-            continue;
-        }
-        if (const auto array = as<Array>(object)) {
-            std::vector<Ref<Object>>().swap(array->objects_);
-        } else if (const auto set = as<Set>(object)) {
-            std::vector<Ref<Object>>().swap(set->objects_);
-        } else if (const auto dictionary = as<Dictionary>(object)) {
-            std::vector<Dictionary::Entry>().swap(dictionary->entries_);
-        }
-        for (const Class* c = &object->objectClass(); c != nullptr; c = c->superclass) {
-            for (const Property& property : c->properties) {
-                if (!property.isScalar) {
-                    property.set(*object, nullptr);
-                }
+// Lets go of what a record holds, which may lead back to it.
+void clearProperties(Object& object) {
+    for (const Class* c = &object.objectClass(); c != nullptr; c = c->superclass) {
+        for (const Property& property : c->properties) {
+            if (!property.isScalar) {
+                property.set(object, nullptr);
             }
         }
     }
 }
 
-KeyedUnarchiver::Node KeyedUnarchiver::nodeAt(std::size_t number) const {
-    const auto node = list_.object(number);
-    if (!node) {
-        raiseDamaged("an object lies beyond its end or is of no known kind");
+} // namespace
+
+// Makes a dictionary of the list the one being decoded, until the end of the block.
+class KeyedUnarchiver::Nesting {
+  public:
+    Nesting(KeyedUnarchiver& coder, const Item& item) : coder_(coder), outer_(coder.record_) {
+        if (coder.depth_ == Limits::kDepth) {
+            raiseIncomprehensible("objects stand too deep within one another");
+        }
+        ++coder.depth_;
+        coder.record_ = Record{.item = item};
     }
-    return *node;
+    ~Nesting() {
+        coder_.record_ = outer_;
+        --coder_.depth_;
+    }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+  private:
+    KeyedUnarchiver& coder_;
+    Record outer_;
+};
+
+RefPtr<Object> KeyedUnarchiver::unarchiveObjectWithData(const Data& data) {
+    KeyedUnarchiver coder(data.bytes());
+    try {
+        return coder.decodeRoot();
+    } catch (...) {
+        coder.breakCycles();
+        throw;
+    }
 }
 
-std::size_t KeyedUnarchiver::referenceIn(const Node& collection, std::size_t index) const {
-    const auto number = list_.reference(collection, index);
-    if (!number) {
-        raiseDamaged("a reference is to no object");
+KeyedUnarchiver::KeyedUnarchiver(Bytes bytes)
+    : list_(openList(bytes)), values_(bytes.size()), equalityBudget_(bytes.size()),
+      elementsLeft_(bytes.size()), classKeyNumber_(list_.objectCount()) {}
+
+RefPtr<Object> KeyedUnarchiver::decodeRoot() {
+    const Member whole{list_.topObject(), list_.item(list_.topObject()), true};
+    if (!isText(memberOf(whole, kArchiverKey).item, kArchiverName)) {
+        raiseIncomprehensible("it was not made by a keyed archiver");
     }
-    return *number;
+    const Item version = memberOf(whole, kVersionKey).item;
+    if (version.kind != Kind::kInteger || version.bits != kVersion) {
+        raiseIncomprehensible("it is of another version of the format");
+    }
+    objects_ = memberOf(whole, kObjectsKey).item;
+    checkIntact(objects_);
+    if (objects_.kind != Kind::kArray || objects_.count >= kClassSlot) {
+        raiseIncomprehensible("it has no list of objects");
+    }
+    slots_.resize(static_cast<std::size_t>(objects_.count));
+    return objectOf(memberOf(memberOf(whole, kTopKey), kRootKey), kRootKey);
 }
 
-std::optional<std::size_t> KeyedUnarchiver::find(Container& container, std::string_view key) const {
-    const std::size_t count = container.dictionary.count;
-    for (std::size_t step = 0; step < count; ++step) {
-        const std::size_t index = (container.next + step) % count;
-        if (hasText(nodeAt(referenceIn(container.dictionary, index)), key)) {
-            container.next = index + 1;
-            return index;
+// What was made of the objects of a failed archive may hold each other in circles. All of it is
+// still held here, so that nothing is released from within anything else.
+void KeyedUnarchiver::breakCycles() {
+    for (const Made& made : made_) {
+        Object& object = *made.object;
+        if (object.isKindOfClass(Array::kClass)) {
+            static_cast<Array&>(object).objects_.clear();
+        } else if (object.isKindOfClass(Set::kClass)) {
+            static_cast<Set&>(object).objects_.clear();
+        } else if (object.isKindOfClass(Dictionary::kClass)) {
+            static_cast<Dictionary&>(object).entries_.clear();
+        } else {
+            clearProperties(object);
         }
     }
-    return std::nullopt;
 }
 
-std::optional<KeyedUnarchiver::Node> KeyedUnarchiver::valueForKey(std::string_view key) {
-    const auto index = find(*container_, key);
-    if (!index) {
-        return std::nullopt;
+// The collections of an honest list have no more elements in all than it has bytes.
+void KeyedUnarchiver::spendElements(std::uint64_t count) {
+    if (count > elementsLeft_) {
+        raiseIncomprehensible("its collections overlap");
     }
-    const Node& dictionary = container_->dictionary;
-    return nodeAt(referenceIn(dictionary, dictionary.count + *index));
+    elementsLeft_ -= count;
 }
+
+void KeyedUnarchiver::raiseWrongKind(std::string_view key, const char* reason) {
+    raiseInvalid(stringWithFormat("value for key (%@): %s", quoted(key), reason));
+}
+
+void KeyedUnarchiver::raiseRefused(std::string_view reason) const {
+    raiseInvalid(stringWithFormat("cannot decode object of class (%s): %@",
+                                  classes_[record_.classIndex].objectClass->name, str(reason)));
+}
+
+// For a value that is not of the kind asked for: there must be none.
+void KeyedUnarchiver::checkAbsent(const Member& member, std::string_view key, const char* reason) {
+    if (member.isPresent) {
+        checkIntact(member.item);
+        raiseWrongKind(key, reason);
+    }
+}
+
+// Objects by UID.
+
+std::uint32_t KeyedUnarchiver::slotOf(std::uint64_t uid) const {
+    if (uid >= slots_.size()) {
+        raiseIncomprehensible("a UID of an object that is not there");
+    }
+    return slots_[static_cast<std::size_t>(uid)];
+}
+
+RefPtr<Object> KeyedUnarchiver::objectForUid(std::uint64_t uid, bool mustBeComplete) {
+    if (uid == 0) {
+        return nullptr;
+    }
+    const std::uint32_t slot = slotOf(uid);
+    if ((slot & kClassSlot) != 0) {
+        raiseIncomprehensible("a class where an object should be");
+    }
+    const Made& made = made_[slot == 0 ? makeObject(uid) : slot - 1];
+    if (!made.isComplete && mustBeComplete) {
+        raiseRefused("it is its own key or member");
+    }
+    record_.height = std::max(record_.height, made.height);
+    return made.object;
+}
+
+// Makes the object of a UID and returns its position among those made.
+std::size_t KeyedUnarchiver::makeObject(std::uint64_t uid) {
+    const std::uint64_t number = list_.reference(objects_, uid);
+    const Item item = list_.item(number);
+    if (item.kind == Kind::kDictionary) {
+        return makeRecord(uid, item);
+    }
+    const char* reason = nullptr;
+    RefPtr<Object> value = values_.value(item, number, reason);
+    if (!value) {
+        raiseIncomprehensible(reason);
+    }
+    return note(uid, std::move(value), true);
+}
+
+std::size_t KeyedUnarchiver::makeRecord(std::uint64_t uid, const Item& item) {
+    spendElements(item.count);
+    const Nesting nesting(*this, item);
+    record_.classIndex = classIndexForUid(classUidOf(item));
+    const std::size_t position = fillRecord(uid);
+    // Objects can be archived so that few stand within one another while they are decoded, and many
+    // do afterwards.
+    if (record_.height >= Limits::kDepth) {
+        raiseIncomprehensible("objects stand too deep within one another");
+    }
+    made_[position].height = static_cast<std::uint16_t>(record_.height + 1);
+    made_[position].isComplete = true;
+    return position;
+}
+
+std::size_t KeyedUnarchiver::fillRecord(std::uint64_t uid) {
+    if (const ValueDecoder decode = classes_[record_.classIndex].decodeValue) {
+        return note(uid, decode(*this), true);
+    }
+    const Ref<Object> object = classes_[record_.classIndex].objectClass->createForCoder();
+    const std::size_t position = note(uid, object, false);
+    object->initWithCoder(*this);
+    return position;
+}
+
+std::size_t KeyedUnarchiver::note(std::uint64_t uid, RefPtr<Object> object, bool isComplete) {
+    made_.push_back({std::move(object), 0, isComplete});
+    slots_[static_cast<std::size_t>(uid)] = static_cast<std::uint32_t>(made_.size());
+    return made_.size() - 1;
+}
+
+RefPtr<Object> KeyedUnarchiver::objectOf(const Member& member, std::string_view key) {
+    if (!member.isPresent) {
+        return nullptr;
+    }
+    if (member.item.kind == Kind::kUid) {
+        return objectForUid(member.item.bits, false);
+    }
+    const char* reason = nullptr;
+    RefPtr<Object> value = values_.value(member.item, member.number, reason);
+    if (!value) {
+        checkIntact(member.item);
+        raiseWrongKind(key, reason);
+    }
+    return value;
+}
+
+// Classes.
+
+std::uint64_t KeyedUnarchiver::classUidOf(const Item& record) {
+    for (std::uint64_t i = 0; i < record.count; ++i) {
+        const std::uint64_t number = list_.reference(record, i);
+        if (number != classKeyNumber_ && !isText(list_.item(number), kClassKey)) {
+            continue;
+        }
+        classKeyNumber_ = number;
+        const Item uid = memberAt(record, i).item;
+        if (uid.kind != Kind::kUid) {
+            raiseIncomprehensible("an object's class is no UID");
+        }
+        return uid.bits;
+    }
+    raiseIncomprehensible("an object has no class");
+}
+
+std::size_t KeyedUnarchiver::classIndexForUid(std::uint64_t uid) {
+    const std::uint32_t slot = slotOf(uid);
+    if ((slot & kClassSlot) != 0) {
+        return slot & ~kClassSlot;
+    }
+    if (slot != 0) {
+        raiseIncomprehensible("an object where a class should be");
+    }
+    classes_.push_back(readClass(uid));
+    const std::size_t index = classes_.size() - 1;
+    slots_[static_cast<std::size_t>(uid)] = kClassSlot | static_cast<std::uint32_t>(index);
+    return index;
+}
+
+KeyedUnarchiver::ArchivedClass KeyedUnarchiver::readClass(std::uint64_t uid) {
+    const std::uint64_t number = list_.reference(objects_, uid);
+    const Member record{number, list_.item(number), true};
+    if (record.item.kind == Kind::kDictionary) {
+        spendElements(record.item.count);
+    }
+    const Member member = memberOf(record, kClassName);
+    const char* reason = "a class has no name";
+    const auto name = as<String>(values_.value(member.item, member.number, reason));
+    if (!name) {
+        raiseIncomprehensible(reason);
+    }
+    const Class* const known = classNamed(name->utf8());
+    if (known == nullptr) {
+        raiseUnknownClass(*name);
+    }
+    const ValueDecoder decode = valueDecoderFor(*known);
+    if (decode == nullptr && known->createForCoder == nullptr) {
+        raiseUnknownClass(*name);
+    }
+    return {known, decode, {}};
+}
+
+// Keys.
 
 bool KeyedUnarchiver::containsValueForKey(std::string_view key) {
-    return find(*container_, key).has_value();
+    return find(key).isPresent;
 }
 
 RefPtr<Object> KeyedUnarchiver::decodeObjectForKey(std::string_view key) {
-    const auto value = valueForKey(key);
-    return value ? decodeReference(*value) : nullptr;
+    return objectOf(find(key), key);
 }
 
 double KeyedUnarchiver::decodeDoubleForKey(std::string_view key) {
-    const auto value = valueForKey(key);
-    if (!value) {
+    const Member member = find(key);
+    switch (member.item.kind) {
+    case Kind::kFloat:
+    case Kind::kReal:
+        return member.item.real;
+    case Kind::kInteger:
+        return static_cast<double>(static_cast<std::int64_t>(member.item.bits));
+    case Kind::kUnsigned:
+        return static_cast<double>(member.item.bits);
+    default:
+        checkAbsent(member, key, "no number");
         return 0;
     }
-    if (value->kind == Kind::kReal) {
-        return value->real;
-    }
-    if (value->kind != Kind::kInteger) {
-        raiseDamaged("a value is no number");
-    }
-    return value->isNegative ? static_cast<double>(static_cast<std::int64_t>(value->integer))
-                             : static_cast<double>(value->integer);
 }
 
 std::int64_t KeyedUnarchiver::decodeInt64ForKey(std::string_view key) {
-    const auto value = valueForKey(key);
-    if (!value) {
-        return 0;
+    const Member member = find(key);
+    if (member.item.kind == Kind::kInteger) {
+        return static_cast<std::int64_t>(member.item.bits);
     }
-    if (value->kind != Kind::kInteger || (!value->isNegative && value->integer >> 63U != 0)) {
-        raiseDamaged("a value is no 64-bit integer");
-    }
-    return static_cast<std::int64_t>(value->integer);
+    checkAbsent(member, key, "no integer of 64 bits");
+    return 0;
 }
 
 bool KeyedUnarchiver::decodeBoolForKey(std::string_view key) {
-    const auto value = valueForKey(key);
-    if (!value || value->kind == Kind::kFalse) {
-        return false;
+    const Member member = find(key);
+    if (member.item.kind == Kind::kBoolean || member.item.kind == Kind::kInteger) {
+        return member.item.bits != 0;
     }
-    if (value->kind != Kind::kTrue) {
-        raiseDamaged("a value is neither true nor false");
-    }
-    return true;
+    checkAbsent(member, key, "no boolean");
+    return false;
 }
 
-RefPtr<Object> KeyedUnarchiver::decodeReference(const Node& uid) {
-    if (uid.kind != Kind::kUid) {
-        raiseDamaged("a value is no reference");
+Bytes KeyedUnarchiver::decodeBytesForKey(std::string_view key) {
+    const Member member = find(key);
+    if (member.item.kind == Kind::kData) {
+        if (!values_.spendBytes(member.item.count)) {
+            raiseIncomprehensible("texts or data that overlap");
+        }
+        return member.item.bytes();
     }
-    if (uid.integer == 0) {
-        return nullptr;
-    }
-    if (uid.integer >= objects_.count) {
-        raiseDamaged("a reference is to no object");
-    }
-    return decodeObject(referenceIn(objects_, static_cast<std::size_t>(uid.integer)));
+    checkAbsent(member, key, "no data");
+    return {};
 }
 
-RefPtr<Object> KeyedUnarchiver::decodeObject(std::size_t number) {
-    if (decoded_[number]) {
-        return decoded_[number];
-    }
-    const Node node = nodeAt(number);
-    charge(node);
-    if (node.kind == Kind::kDictionary) {
-        return decodeContainer(number, node);
-    }
-    const RefPtr<Object> object = decodePlain(node);
-    keep(number, object);
-    return object;
+std::vector<Ref<Object>> KeyedUnarchiver::decodeObjectsForKey(std::string_view key) {
+    return decodeList(key, false);
 }
 
-// Objects of a sound archive do not share bytes, so that all of them together are no longer than
-// it. One that makes many objects of the same bytes would grow without measure.
-void KeyedUnarchiver::charge(const Node& node) {
-    charged_ += 1 + node.bytes.size();
-    if (charged_ > list_.size()) {
-        raiseDamaged("its objects overlap");
-    }
+std::vector<Ref<Object>> KeyedUnarchiver::decodeKeysForKey(std::string_view key) {
+    return decodeList(key, true);
 }
 
-void KeyedUnarchiver::keep(std::size_t number, const RefPtr<Object>& object) {
-    decoded_[number] = object;
+std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, bool mustBeComplete) {
+    const Member member = find(key);
+    const Item& list = member.item;
+    if (list.kind != Kind::kArray) {
+        checkAbsent(member, key, "no list of objects");
+        raiseWrongKind(key, "missing");
+    }
+    spendElements(list.count);
+    std::vector<Ref<Object>> objects;
+    objects.reserve(static_cast<std::size_t>(list.count));
+    for (std::uint64_t i = 0; i < list.count; ++i) {
+        const Item uid = list_.element(list, i);
+        if (uid.kind != Kind::kUid || uid.bits == 0) {
+            raiseWrongKind(key, "an element that is no object");
+        }
+        RefPtr<Object> object = objectForUid(uid.bits, mustBeComplete);
+        objects.emplace_back(*object.leak(), kAdopt);
+    }
+    return objects;
 }
 
-RefPtr<Object> KeyedUnarchiver::decodePlain(const Node& node) {
-    const RefPtr<Object> object = plainObject(node);
-    if (!object) {
-        raiseDamaged("a bare object is of a kind that objects are not");
-    }
-    return object;
+KeyedUnarchiver::Member KeyedUnarchiver::find(std::string_view key) {
+    return key.starts_with('$') ? findArchived('$' + std::string(key)) : findArchived(key);
 }
 
-std::string_view KeyedUnarchiver::classNameOf(Container& container) {
-    Container* const outer = container_;
-    container_ = &container;
-    const auto uid = valueForKey("$class");
-    if (!uid || uid->kind != Kind::kUid || uid->integer >= objects_.count) {
-        raiseDamaged("an object is of no class");
+// Objects are most often decoded in the order in which they were encoded: the key that is looked
+// for stands where the last one was found, or right behind it.
+KeyedUnarchiver::Member KeyedUnarchiver::findArchived(std::string_view archivedKey) {
+    const std::uint64_t count = record_.item.count;
+    for (std::uint64_t tried = 0; tried < count; ++tried) {
+        const std::uint64_t position = record_.cursor;
+        record_.cursor = position + 1 == count ? 0 : position + 1;
+        if (hasKeyAt(position, archivedKey)) {
+            return memberAt(record_.item, position);
+        }
     }
-    const std::size_t number = referenceIn(objects_, static_cast<std::size_t>(uid->integer));
-    const auto known = classNames_.find(number);
-    if (known != classNames_.end()) {
-        container_ = outer;
-        return known->second;
-    }
-    Container record{nodeAt(number)};
-    container_ = &record;
-    const auto name =
-        record.dictionary.kind == Kind::kDictionary ? valueForKey("$classname") : std::nullopt;
-    if (!name || name->kind != Kind::kAscii) {
-        raiseDamaged("a class has no name");
-    }
-    container_ = outer;
-    return classNames_.emplace(number, charactersOf(name->bytes)).first->second;
+    return {};
 }
 
-RefPtr<Object> KeyedUnarchiver::decodeContainer(std::size_t number, const Node& dictionary) {
-    if (depth_ >= ArchiveLimits::kDepth) {
-        raiseDamaged("its objects are nested too deep");
+bool KeyedUnarchiver::hasKeyAt(std::uint64_t position, std::string_view archivedKey) {
+    const std::uint64_t number = list_.reference(record_.item, position);
+    std::vector<RememberedKey>& remembered = classes_[record_.classIndex].keys;
+    if (position < remembered.size() && remembered[position].number == number) {
+        return remembered[position].text == archivedKey;
     }
-    Container container{dictionary};
-    const std::string_view className = classNameOf(container);
-    Container* const outer = container_;
-    container_ = &container;
-    ++depth_;
-    const Decoder decoder = decoderFor(className);
-    const RefPtr<Object> object =
-        decoder != nullptr ? (this->*decoder)(number) : decodeInstance(number, className);
-    --depth_;
-    container_ = outer;
-    return object;
+    const Item key = list_.item(number);
+    checkIntact(key);
+    if (key.kind == Kind::kAscii) {
+        const RememberedKey entry{number, charactersOf(key.bytes())};
+        if (position < remembered.size()) {
+            remembered[position] = entry;
+        } else if (position == remembered.size() && position < Limits::kRememberedKeys) {
+            remembered.push_back(entry);
+        }
+    }
+    return isText(key, archivedKey);
 }
 
-RefPtr<Object> KeyedUnarchiver::decodeInstance(std::size_t number, std::string_view className) {
-    const Class* const known = classNamed(className);
-    if (known == nullptr || known->createForCoder == nullptr) {
-        raiseUnknownClass(className);
+// The value under a key of a dictionary that belongs to the archive itself.
+KeyedUnarchiver::Member KeyedUnarchiver::memberOf(const Member& dictionary,
+                                                  std::string_view key) const {
+    checkIntact(dictionary.item);
+    if (dictionary.item.kind != Kind::kDictionary) {
+        raiseIncomprehensible("a dictionary is missing");
     }
-    const Ref<Object> object = known->createForCoder();
-    keep(number, object);
-    object->initWithCoder(*this);
-    return object;
+    for (std::uint64_t i = 0; i < dictionary.item.count; ++i) {
+        if (isText(list_.element(dictionary.item, i), key)) {
+            return memberAt(dictionary.item, i);
+        }
+    }
+    return {};
+}
+
+KeyedUnarchiver::Member KeyedUnarchiver::memberAt(const Item& dictionary,
+                                                  std::uint64_t position) const {
+    const std::uint64_t number = list_.reference(dictionary, dictionary.count + position);
+    return {number, list_.item(number), true};
 }
 
 } // namespace NS

@@ -2,100 +2,152 @@
 
 #include "Platform/Foundation/BinaryPropertyListReader.h"
 #include "Platform/Foundation/Data.h"
+#include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Object.h"
-#include "Platform/Foundation/String.h"
+#include "Platform/Foundation/PlainValueCoding.h"
+#include "Platform/Foundation/PropertyListValues.h"
 
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace NS {
 
-class Array;
-class Dictionary;
-class Set;
-
-// Restores a graph of objects from a keyed archive. One unarchiver reads one archive.
+// Reads a keyed archive (Docs/keyed-archives.md), its own or another implementation's, and gives
+// back the object that it holds with whatever that refers to.
 //
-// What was one object is one object again, also where it refers to itself. The archive is not
-// trusted: whatever is wrong with it raises, after everything made so far has been let go of, and
-// no archive makes it use more memory than a small multiple of the archive's size.
+// One object of the archive becomes one object, however often it is referred to, also from within
+// itself. Plain values come back as such; any other object is made by its class's createForCoder,
+// noted, and then filled by its initWithCoder() from this coder, so that a reference that leads
+// back to it finds it (as yet incomplete).
+//
+// The bytes may come from anywhere: every offset, count and width is checked, depth is bounded by
+// Limits::kDepth, and time and memory by the archive's size, also where objects overlap or are
+// shared. On one thread.
 class KeyedUnarchiver {
   public:
-    // The root object, which may be nil. Raises NSInvalidArgumentException for what is no keyed
-    // archive, and NSInvalidUnarchiveOperationException for one that holds an unknown class or is
-    // damaged within.
+    // Nil for an archived nil. Raises NSInvalidArgumentException ("incomprehensible archive") for
+    // bytes that are no keyed archive or a damaged one, and NSInvalidUnarchiveOperationException
+    // for an object of an unknown class, which the reason names, or one that its class refuses.
+    // Nothing of a failed archive stays behind.
     static RefPtr<Object> unarchiveObjectWithData(const Data& data);
 
-    // For initWithCoder(): read a value of the object under a key; nil, 0 or false when the key is
-    // missing. Raise when the value is of another kind.
+    KeyedUnarchiver(const KeyedUnarchiver&) = delete;
+    KeyedUnarchiver& operator=(const KeyedUnarchiver&) = delete;
+
+    // The rest is for initWithCoder(). A key that is not there gives nil, 0, false or nothing; a
+    // value of another kind raises NSInvalidUnarchiveOperationException.
+
+    bool containsValueForKey(std::string_view key);
     RefPtr<Object> decodeObjectForKey(std::string_view key);
     double decodeDoubleForKey(std::string_view key);
     std::int64_t decodeInt64ForKey(std::string_view key);
     bool decodeBoolForKey(std::string_view key);
-    bool containsValueForKey(std::string_view key);
+    // The object when it is nil or of the class; another one raises as above.
+    template <class T>
+    RefPtr<T> decodeObjectOfClassForKey(std::string_view key) {
+        const RefPtr<Object> object = decodeObjectForKey(key);
+        if (object && !object->isKindOfClass(T::kClass)) {
+            raiseWrongKind(key, "an object of another class");
+        }
+        return RefPtr<T>(static_cast<T*>(object.get()));
+    }
+
+    // Contents without an identity of their own, in place for the length of the call of
+    // initWithCoder(). All calls together give no more bytes than the archive has, so that copies
+    // stay in proportion to it.
+    Bytes decodeBytesForKey(std::string_view key);
+    // A list of references. A list that is missing, or has nil in it, raises as above.
+    std::vector<Ref<Object>> decodeObjectsForKey(std::string_view key);
+    // The same for objects that are to be told apart by isEqual(): one that is not complete yet,
+    // because it holds what is being decoded, raises as above.
+    std::vector<Ref<Object>> decodeKeysForKey(std::string_view key);
+
+    // What comparing such objects may cost.
+    EqualityBudget& equalityBudget() noexcept { return equalityBudget_; }
+
+    // Raises NSInvalidUnarchiveOperationException for an object that its class refuses.
+    [[noreturn]] void raiseRefused(std::string_view reason) const;
 
   private:
-    using Node = PropertyListNode;
+    using Item = BinaryPropertyListReader::Item;
 
-    // The dictionary of the object being decoded, and where in it the last key was found: keys are
-    // mostly asked for in the order in which they were written.
-    struct Container {
-        Node dictionary;
-        std::size_t next = 0;
+    // An object that was made. Its height is one more than that of the highest object below it.
+    struct Made {
+        RefPtr<Object> object;
+        std::uint16_t height;
+        bool isComplete;
     };
 
-    explicit KeyedUnarchiver(BinaryPropertyListReader list);
+    struct RememberedKey {
+        std::uint64_t number;
+        std::string_view text;
+    };
+
+    // A class of the archive and the keys of its objects by position: most have the same ones.
+    struct ArchivedClass {
+        const Class* objectClass;
+        ValueDecoder decodeValue; // null for a class whose objects are made and then filled
+        std::vector<RememberedKey> keys;
+    };
+
+    // The object being decoded: its dictionary in the list, and where its next key is looked for.
+    struct Record {
+        Item item;
+        std::size_t classIndex = 0;
+        std::uint64_t cursor = 0;
+        std::uint16_t height = 0;
+    };
+
+    // A value in a dictionary of the list, with its number there.
+    struct Member {
+        std::uint64_t number = 0;
+        Item item; // damaged when there is none
+        bool isPresent = false;
+    };
+
+    class Nesting;
+
+    explicit KeyedUnarchiver(Bytes bytes);
+
     RefPtr<Object> decodeRoot();
-    void letGo();
+    RefPtr<Object> objectOf(const Member& member, std::string_view key);
+    RefPtr<Object> objectForUid(std::uint64_t uid, bool mustBeComplete);
+    std::size_t makeObject(std::uint64_t uid);
+    std::size_t makeRecord(std::uint64_t uid, const Item& item);
+    std::size_t fillRecord(std::uint64_t uid);
+    std::size_t note(std::uint64_t uid, RefPtr<Object> object, bool isComplete);
+    std::uint32_t slotOf(std::uint64_t uid) const;
+    std::vector<Ref<Object>> decodeList(std::string_view key, bool mustBeComplete);
 
-    Node nodeAt(std::size_t number) const;
-    std::size_t referenceIn(const Node& collection, std::size_t index) const;
-    std::optional<std::size_t> find(Container& container, std::string_view key) const;
-    std::optional<Node> valueForKey(std::string_view key);
-    Node collectionForKey(std::string_view key);
+    std::uint64_t classUidOf(const Item& record);
+    std::size_t classIndexForUid(std::uint64_t uid);
+    ArchivedClass readClass(std::uint64_t uid);
 
-    RefPtr<Object> decodeReference(const Node& uid);
-    RefPtr<Object> decodeObject(std::size_t number);
-    Ref<Object> decodeRequired(const Node& list, std::size_t index);
-    RefPtr<Object> decodePlain(const Node& node);
-    RefPtr<Object> decodeContainer(std::size_t number, const Node& dictionary);
-    RefPtr<Object> decodeInstance(std::size_t number, std::string_view className);
-    std::string_view classNameOf(Container& container);
-    void charge(const Node& node);
-    void keep(std::size_t number, const RefPtr<Object>& object);
+    Member find(std::string_view key);
+    Member findArchived(std::string_view archivedKey);
+    bool hasKeyAt(std::uint64_t position, std::string_view archivedKey);
+    Member memberOf(const Member& dictionary, std::string_view key) const;
+    Member memberAt(const Item& dictionary, std::uint64_t position) const;
 
-    // Of the platform's own classes; null for others.
-    using Decoder = RefPtr<Object> (KeyedUnarchiver::*)(std::size_t number);
-    static Decoder decoderFor(std::string_view className) noexcept;
-    RefPtr<Object> decodeArray(std::size_t number);
-    RefPtr<Object> decodeMutableArray(std::size_t number);
-    RefPtr<Object> decodeSet(std::size_t number);
-    RefPtr<Object> decodeMutableSet(std::size_t number);
-    RefPtr<Object> decodeDictionary(std::size_t number);
-    RefPtr<Object> decodeMutableDictionary(std::size_t number);
-    RefPtr<Object> decodeString(std::size_t number);
-    RefPtr<Object> decodeMutableString(std::size_t number);
-    RefPtr<Object> decodeData(std::size_t number);
-    RefPtr<Object> decodeMutableData(std::size_t number);
-    RefPtr<Object> decodeNumber(std::size_t number);
-    RefPtr<Object> decodeDate(std::size_t number);
-    RefPtr<Object> decodeNull(std::size_t number);
-    RefPtr<Object> decodeURL(std::size_t number);
-    RefPtr<Object> decodeError(std::size_t number);
-    void fill(Array& array, std::size_t number);
-    void fill(Set& set, std::size_t number);
-    void fill(Dictionary& dictionary, std::size_t number);
+    void spendElements(std::uint64_t count);
+    static void checkAbsent(const Member& member, std::string_view key, const char* reason);
+    [[noreturn]] static void raiseWrongKind(std::string_view key, const char* reason);
+    void breakCycles();
 
     BinaryPropertyListReader list_;
-    Node objects_;                        // the archive's list of objects
-    std::vector<RefPtr<Object>> decoded_; // by number in the property list
-    std::unordered_map<std::size_t, std::string_view> classNames_;
-    Container* container_ = nullptr;
-    int depth_ = 0;
-    std::size_t charged_ = 0;
+    PropertyListValues values_;
+    EqualityBudget equalityBudget_;
+    std::uint64_t elementsLeft_;
+
+    Item objects_;                     // "$objects"
+    std::vector<std::uint32_t> slots_; // by UID: what was made of it
+    std::vector<Made> made_;
+    std::vector<ArchivedClass> classes_;
+    std::uint64_t classKeyNumber_; // of the "$class" that was met last
+    Record record_;
+    std::size_t depth_ = 0;
 };
 
 } // namespace NS

@@ -37,7 +37,6 @@ class Number final : public Object {
     bool isEqual(const Object* other) const override;
     std::size_t hash() const override;
     Ref<String> description() const override;
-    void encodeWithCoder(KeyedArchiver& coder) const override;
 
   private:
     template <class T, class... Args>

@@ -1,159 +1,194 @@
 #include "Platform/Foundation/PropertyList.h"
 
-#include "Platform/Foundation/ArchiveLimits.h"
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/BinaryPropertyListReader.h"
 #include "Platform/Foundation/BinaryPropertyListWriter.h"
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Dictionary.h"
+#include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Format.h"
+#include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Number.h"
-#include "Platform/Foundation/PropertyListObjects.h"
+#include "Platform/Foundation/PropertyListValues.h"
+
+#include <optional>
+#include <vector>
 
 namespace NS {
 
 namespace {
 
-using Kind = PropertyListNode::Kind;
-using ListNumber = BinaryPropertyListWriter::Number;
+using Item = BinaryPropertyListReader::Item;
+using Kind = BinaryPropertyListReader::Kind;
+using Reference = BinaryPropertyListWriter::Reference;
 
-class Writer {
+// Both directions recurse over the collections; the first thing that is wrong ends them by this
+// exception, which does not leave the file.
+struct Refusal {
+    Ref<String> reason;
+};
+
+[[noreturn]] void refuse(const char* reason) {
+    throw Refusal{str(reason)};
+}
+
+void checkDepth(std::size_t depth) {
+    if (depth > Limits::kDepth) {
+        refuse("collections stand too deep within one another");
+    }
+}
+
+class Writing {
   public:
-    Ref<Data> finish(const Object& value) { return writer_.finish(add(value, 0)); }
-
-  private:
-    ListNumber add(const Object& value, int depth) {
-        if (depth > ArchiveLimits::kDepth) {
-            Exception::raise(kInvalidArgumentException, "a property list is nested too deep");
-        }
-        if (const auto* text = as<String>(&value)) {
-            return writer_.addString(*text);
-        }
-        if (const auto* number = as<Number>(&value)) {
-            return addNumber(*number);
-        }
-        if (const auto* date = as<Date>(&value)) {
-            return writer_.addDate(date->timeIntervalSinceReferenceDate());
-        }
-        if (const auto* data = as<Data>(&value)) {
-            return writer_.addData(data->bytes());
-        }
-        if (const auto* array = as<Array>(&value)) {
+    Reference add(const Object& object, std::size_t depth) {
+        checkDepth(depth);
+        if (const auto* array = as<Array>(&object)) {
             return addArray(*array, depth);
         }
-        if (const auto* dictionary = as<Dictionary>(&value)) {
+        if (const auto* dictionary = as<Dictionary>(&object)) {
             return addDictionary(*dictionary, depth);
         }
-        Exception::raise(kInvalidArgumentException,
-                         stringWithFormat("property lists have no values of class %s",
-                                          value.objectClass().name));
+        return addValue(object);
     }
 
-    ListNumber addNumber(const Number& number) {
-        switch (number.type()) {
-        case Number::Type::kBoolean:
-            return writer_.addBoolean(number.boolValue());
-        case Number::Type::kInteger:
-            return writer_.addInteger(number.longLongValue());
-        case Number::Type::kUnsigned:
-            return writer_.addUnsigned(number.unsignedLongLongValue());
-        case Number::Type::kFloat:
-            return writer_.addSinglePrecision(static_cast<float>(number.doubleValue()));
-        default:
-            return writer_.addReal(number.doubleValue());
-        }
-    }
+    Ref<Data> finish(Reference top) const { return Data::dataWithVector(list_.finish(top)); }
 
-    ListNumber addArray(const Array& array, int depth) {
-        std::vector<ListNumber> elements;
+  private:
+    Reference addArray(const Array& array, std::size_t depth) {
+        std::vector<Reference> elements;
+        elements.reserve(array.count());
         for (const Ref<Object>& element : array) {
             elements.push_back(add(*element, depth + 1));
         }
-        return writer_.addArray(elements);
+        return list_.addArray(elements);
     }
 
-    ListNumber addDictionary(const Dictionary& dictionary, int depth) {
-        std::vector<ListNumber> keys;
-        std::vector<ListNumber> values;
+    Reference addDictionary(const Dictionary& dictionary, std::size_t depth) {
+        std::vector<Reference> keys;
+        std::vector<Reference> values;
         for (const auto& [key, value] : dictionary) {
-            if (as<String>(key.get()) == nullptr) {
-                Exception::raise(kInvalidArgumentException,
-                                 "a key of a property list's dictionary is no text");
+            const auto* text = as<String>(key.get());
+            if (text == nullptr) {
+                refuse("a key that is no text");
             }
-            keys.push_back(add(*key, depth + 1));
+            keys.push_back(list_.addString(*text));
             values.push_back(add(*value, depth + 1));
         }
-        return writer_.addDictionary(keys, values);
+        return list_.addDictionary(keys, values);
     }
 
-    BinaryPropertyListWriter writer_;
+    Reference addValue(const Object& object) {
+        if (const auto* text = as<String>(&object)) {
+            return list_.addString(*text);
+        }
+        if (const auto* number = as<Number>(&object)) {
+            return list_.addNumber(*number);
+        }
+        if (const auto* data = as<Data>(&object)) {
+            return list_.addData(data->bytes());
+        }
+        if (const auto* date = as<Date>(&object)) {
+            return list_.addDate(date->timeIntervalSinceReferenceDate());
+        }
+        throw Refusal{stringWithFormat("an object of class %s", object.objectClass().name)};
+    }
+
+    BinaryPropertyListWriter list_;
 };
 
-class Reader {
+class Reading {
   public:
-    explicit Reader(const BinaryPropertyListReader& list) : list_(list) {}
+    Reading(BinaryPropertyListReader list, std::size_t size)
+        : list_(list), values_(size), equalityBudget_(size), elementsLeft_(size) {}
 
-    RefPtr<Object> value(std::size_t number, int depth) {
-        const auto node = list_.object(number);
-        // Objects of a sound list do not share bytes; those of one that unfolds without end do.
-        charged_ += node ? 1 + node->bytes.size() : 0;
-        if (!node || depth > ArchiveLimits::kDepth || charged_ > list_.size() * kSharing) {
-            return nullptr;
+    Ref<Object> object(std::uint64_t number, std::size_t depth) {
+        checkDepth(depth);
+        const Item item = list_.item(number);
+        if (item.kind == Kind::kArray) {
+            return array(item, depth);
         }
-        if (node->kind == Kind::kArray || node->kind == Kind::kSet) {
-            return array(*node, depth);
+        if (item.kind == Kind::kDictionary) {
+            return dictionary(item, depth);
         }
-        return node->kind == Kind::kDictionary ? dictionary(*node, depth) : plainObject(*node);
+        const char* reason = nullptr;
+        const RefPtr<Object> value = values_.value(item, number, reason);
+        if (!value) {
+            refuse(reason);
+        }
+        return Ref<Object>(*value);
     }
 
   private:
-    // Writers may share equal values, and each is made anew where it is referred to.
-    static constexpr std::size_t kSharing = 16;
-
-    RefPtr<Object> element(const PropertyListNode& collection, std::size_t index, int depth) {
-        const auto number = list_.reference(collection, index);
-        return number ? value(*number, depth + 1) : nullptr;
-    }
-
-    RefPtr<Object> array(const PropertyListNode& node, int depth) {
-        const auto result = make<MutableArray>();
-        for (std::size_t i = 0; i < node.count; ++i) {
-            const auto object = element(node, i, depth);
-            if (!object) {
-                return nullptr;
-            }
-            result->addObject(object);
+    // The collections of an honest list have no more elements in all than it has bytes.
+    void spendElements(std::uint64_t count) {
+        if (count > elementsLeft_) {
+            refuse("collections that overlap");
         }
-        return result;
+        elementsLeft_ -= count;
     }
 
-    RefPtr<Object> dictionary(const PropertyListNode& node, int depth) {
-        const auto result = make<MutableDictionary>();
-        for (std::size_t i = 0; i < node.count; ++i) {
-            const auto key = as<String>(element(node, i, depth));
-            const auto object = key ? element(node, node.count + i, depth) : nullptr;
-            if (!object) {
-                return nullptr;
-            }
-            result->setObject_forKey(object, Ref<Object>(*key));
+    Ref<Object> array(const Item& item, std::size_t depth) {
+        spendElements(item.count);
+        std::vector<Ref<Object>> elements;
+        elements.reserve(static_cast<std::size_t>(item.count));
+        for (std::uint64_t i = 0; i < item.count; ++i) {
+            elements.push_back(object(list_.reference(item, i), depth + 1));
         }
-        return result;
+        return make<Array>(std::move(elements));
     }
 
-    const BinaryPropertyListReader& list_;
-    std::size_t charged_ = 0;
+    Ref<Object> dictionary(const Item& item, std::size_t depth) {
+        spendElements(item.count);
+        std::vector<Dictionary::Entry> entries;
+        entries.reserve(static_cast<std::size_t>(item.count));
+        for (std::uint64_t i = 0; i < item.count; ++i) {
+            Ref<Object> key = object(list_.reference(item, i), depth + 1);
+            if (!key->isKindOfClass(String::kClass)) {
+                refuse("a key that is no text");
+            }
+            entries.emplace_back(std::move(key),
+                                 object(list_.reference(item, item.count + i), depth + 1));
+        }
+        return make<Dictionary>(std::move(entries), equalityBudget_);
+    }
+
+    BinaryPropertyListReader list_;
+    PropertyListValues values_;
+    EqualityBudget equalityBudget_;
+    std::uint64_t elementsLeft_;
 };
 
 } // namespace
 
-Ref<Data> propertyListData(const Object& value) {
-    return Writer().finish(value);
+RefPtr<Data> dataWithPropertyList(const Object& object, RefPtr<String>& reason) {
+    try {
+        Writing list;
+        const Reference top = list.add(object, 0);
+        return list.finish(top);
+    } catch (const Refusal& refusal) {
+        reason = refusal.reason;
+    } catch (const Exception& exception) {
+        reason = exception.reason();
+    }
+    return nullptr;
 }
 
-RefPtr<Object> propertyListValue(const Data& data) {
-    const auto list = BinaryPropertyListReader::open(data.bytes());
-    return list ? Reader(*list).value(list->topObject(), 0) : nullptr;
+RefPtr<Object> propertyListWithData(const Data& data, RefPtr<String>& reason) {
+    const char* damage = nullptr;
+    const auto list = BinaryPropertyListReader::open(data.bytes(), damage);
+    if (!list) {
+        reason = str(damage);
+        return nullptr;
+    }
+    try {
+        return Reading(*list, data.length()).object(list->topObject(), 0);
+    } catch (const Refusal& refusal) {
+        reason = refusal.reason;
+    } catch (const Exception& exception) {
+        reason = exception.reason();
+    }
+    return nullptr;
 }
 
 } // namespace NS

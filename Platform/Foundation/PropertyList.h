@@ -5,14 +5,15 @@
 
 namespace NS {
 
-// A property list of plain values: texts, numbers, dates, data, and arrays and dictionaries of
-// them.
+// Plain property lists in the binary form: texts, numbers, dates, data, and arrays and dictionaries
+// of them whose keys are texts. No identity: an object that stands in it twice is written twice.
 
-// The value as a binary property list. Raises NSInvalidArgumentException for an object that
-// property lists do not have, a dictionary's key that is no text, and collections nested too deep.
-Ref<Data> propertyListData(const Object& value);
+// Nil, and why, when something in the object is of another class, a key is no text, or collections
+// stand deeper within one another than Limits::kDepth.
+RefPtr<Data> dataWithPropertyList(const Object& object, RefPtr<String>& reason);
 
-// The value of a binary property list; nil when it is damaged, or nested too deep.
-RefPtr<Object> propertyListValue(const Data& data);
+// Nil, and why, when the bytes are no property list, a damaged one, or one with anything else in
+// it. The bytes may come from anywhere.
+RefPtr<Object> propertyListWithData(const Data& data, RefPtr<String>& reason);
 
 } // namespace NS

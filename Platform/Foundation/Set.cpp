@@ -1,14 +1,29 @@
 #include "Platform/Foundation/Set.h"
 
 #include "Platform/Foundation/Description.h"
+#include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Exception.h"
 
 #include <algorithm>
 
 namespace NS {
 
-constinit const Class Set::kClass{.name = "NSSet", .superclass = &Object::kClass};
-constinit const Class MutableSet::kClass{.name = "NSMutableSet", .superclass = &Set::kClass};
+namespace {
+
+Ref<Object> createSet() {
+    return make<Set>();
+}
+
+Ref<Object> createMutableSet() {
+    return make<MutableSet>();
+}
+
+} // namespace
+
+constinit const Class Set::kClass{
+    .name = "NSSet", .superclass = &Object::kClass, .createForCoder = &createSet};
+constinit const Class MutableSet::kClass{
+    .name = "NSMutableSet", .superclass = &Set::kClass, .createForCoder = &createMutableSet};
 
 Set::Set(const std::vector<Ref<Object>>& objects) {
     objects_.reserve(objects.size());
@@ -33,6 +48,20 @@ void Set::insert(Ref<Object> object) {
     }
     objects_.push_back(std::move(object));
     index_.appended(objects_.size(), [this](std::size_t p) { return hashAt(p); });
+}
+
+void Set::insertWithin(EqualityBudget& budget, Ref<Object> object) {
+    const std::uint64_t cost = budget.costOf(*object);
+    const bool indexed = objects_.size() > HashIndex::kUnindexedEntries;
+    const std::size_t position =
+        index_.find(indexed ? object->hash() : 0, objects_.size(), [&](std::size_t p) {
+            budget.spend(cost);
+            return objects_[p]->isEqual(object.get());
+        });
+    if (position == HashIndex::kNotFound) {
+        objects_.push_back(std::move(object));
+        index_.appended(objects_.size(), [this](std::size_t p) { return hashAt(p); });
+    }
 }
 
 bool Set::containsObject(const Object& object) const {

@@ -8,6 +8,8 @@
 
 namespace NS {
 
+class EqualityBudget;
+
 // Objects without order, no two of them equal. Enumerates in the order in which they came.
 class Set : public Object {
     NS_OBJECT(Set)
@@ -28,11 +30,14 @@ class Set : public Object {
     std::size_t hash() const override { return count(); }
     Ref<String> description() const override;
     void encodeWithCoder(KeyedArchiver& coder) const override;
+    void initWithCoder(KeyedUnarchiver& coder) override;
 
   protected:
     friend class KeyedUnarchiver;
     std::size_t positionOf(const Object& object) const;
     void insert(Ref<Object> object);
+    // For objects from outside: raises when telling them apart takes more than the budget.
+    void insertWithin(EqualityBudget& budget, Ref<Object> object);
     std::size_t hashAt(std::size_t position) const { return objects_[position]->hash(); }
 
     std::vector<Ref<Object>> objects_;

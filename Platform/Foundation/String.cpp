@@ -263,11 +263,10 @@ Ref<String> String::description() const {
     return Ref<String>(const_cast<String&>(contents()));
 }
 
-MutableString::MutableString(const String& text)
-    : String(kIndirect), text_(text.substringFromIndex(0)) {}
+MutableString::MutableString(const String& text) : String(kIndirect), text_(text.description()) {}
 
 void MutableString::setString(const String& text) {
-    text_ = text.substringFromIndex(0);
+    text_ = text.description();
 }
 
 void MutableString::appendString(const String& text) {

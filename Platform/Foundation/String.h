@@ -123,8 +123,6 @@ class MutableString final : public String {
     void setString(const String& text);
     void appendString(const String& text);
 
-    void encodeWithCoder(KeyedArchiver& coder) const override;
-
   private:
     friend class String;
     void destroy() const noexcept override { delete this; }

@@ -17,11 +17,6 @@ constexpr std::string_view kSynchedArchived[] = {"dateModified"};
 const NS::ClassRegistration kRegistration(QVContentItem::kClass);
 const NS::ClassRegistration kSynchedRegistration(QVSynchedItem::kClass);
 
-NS::RefPtr<NS::Object> passThrough(const NS::RefPtr<NS::Object>& value, std::string_view,
-                                   NS::RefPtr<NS::Error>*) {
-    return value;
-}
-
 // The nearest class, from a class upwards, that has something of its own.
 template <class Has>
 const QVContentClass* nearest(const QVContentClass& itemClass, Has&& has) {
@@ -56,7 +51,6 @@ constinit const NS::Class QVContentItem::kClass{
 };
 constinit const QVContentClass QVContentItem::kContentClass{
     .objectClass = QVContentItem::kClass,
-    .parseValue = &passThrough,
     .create = &qvCreate<QVContentItem>,
     .archivedProperties = &qvArchivedProperties<QVContentItem>,
 };
@@ -122,7 +116,7 @@ NS::RefPtr<NS::Object> QVContentItem::parseValue_forKey_error(const QVContentCla
                                                               NS::RefPtr<NS::Error>* error) {
     const auto* const owner =
         nearest(itemClass, [](const QVContentClass& c) { return c.parseValue != nullptr; });
-    return owner->parseValue(value, key, error);
+    return owner == nullptr ? value : owner->parseValue(value, key, error);
 }
 
 NS::Ref<NS::Dictionary> QVContentItem::mappingDict(const QVContentClass& itemClass) {

@@ -38,7 +38,8 @@ struct QVContentClass {
     QVArchiveList archiveList = QVArchiveList::kInherited;
     std::span<const std::string_view> archived = {};
     // Turns a raw value of a reply (nil when the reply lacks it) into the property's; nil fails the
-    // item. The error location is handed down and not written. Null for the superclass's.
+    // item. The error location is handed down and not written. Null for the superclass's; the root
+    // passes every value through.
     ParseValue parseValue = nullptr;
     // A new item with the class's initialiser.
     NS::Ref<QVContentItem> (*create)() = nullptr;

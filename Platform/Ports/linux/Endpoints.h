@@ -7,16 +7,13 @@
 #include "Platform/Ports/linux/PortIdentity.h"
 
 #include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
+#include <string_view>
 #include <sys/types.h>
+#include <vector>
 
 namespace NS {
 
-// What a MachPort is made of: one for a port of this process, one for a port of another.
+// What a MachPort is made of: one kind for a port of this process, one for a port of another.
 class MachPort::Endpoint {
   public:
     virtual ~Endpoint() = default;
@@ -63,13 +60,16 @@ class LocalEndpoint final : public MachPort::Endpoint {
     void setRunLoop(RunLoop* loop);
     bool isScheduled() const noexcept { return loop_ != nullptr; }
 
-    // A connection's messages arrive here from now on, or no more. False when there are too many.
+    // A connection's messages arrive here from now on, or no more. False, with the drop noted, when
+    // there are too many.
     bool attach(const Ref<Connection>& connection);
     void detach(const Connection& connection);
+    // An open connection between this port and another, if there is one.
+    RefPtr<Connection> connectionTo(const Endpoint& peer) const;
 
-    // A name's listening socket; belongs to the port from now on.
+    // A name of the port; belongs to it from now on.
     void addRegistration(std::unique_ptr<Registration> registration);
-    // Gives up a name that any port of this process holds.
+    // Gives up a name that any port of this process holds. Who has connected stays connected.
     static bool removeName(std::string_view name);
 
     // Hands a message to the delegate.
@@ -77,39 +77,32 @@ class LocalEndpoint final : public MachPort::Endpoint {
 
   private:
     bool removeRegistration(std::string_view name);
-    RefPtr<Connection> loopbackFor(const RefPtr<MachPort>& from);
+    void serve(RunLoopSource& source);
+    void stopServing(RunLoopSource& source);
+    RefPtr<Connection> loopbackFrom(LocalEndpoint* sender);
 
     MachPort* port_ = nullptr;
     MachPortDelegate* delegate_ = nullptr;
     RunLoop* loop_ = nullptr;
     std::vector<std::unique_ptr<Registration>> registrations_;
     std::vector<Ref<Connection>> connections_;
-    // Messages of this process to its own port, by the port that they are to be answered to.
-    std::vector<std::pair<PortIdentity, Ref<Connection>>> loopbacks_;
+    // The way of messages of this process that ask for no answer.
+    RefPtr<Connection> loopback_;
 };
 
 // A port of another process, or of this one found by its name.
 class RemoteEndpoint final : public MachPort::Endpoint {
   public:
-    // A port that came with a message, or was looked up.
-    RemoteEndpoint(const PortIdentity& identity, Ref<Connection> connection);
-    // The same with the socket that further connections can be made to.
-    RemoteEndpoint(const PortIdentity& identity, Ref<Connection> connection, RuntimeFolder folder,
-                   std::string socketName);
-    ~RemoteEndpoint() override;
+    RemoteEndpoint(const PortIdentity& identity, Ref<Connection> connection) noexcept;
 
     bool send(const Array& components, const RefPtr<MachPort>& from) override;
-    // The first connection pins the very process that was found.
+    // The connection pins the very process that was found.
     bool isValid() const override { return connection_->isOpen(); }
 
   private:
     RefPtr<Connection> connectionFor(LocalEndpoint& receiver);
 
     Ref<Connection> connection_;
-    // One more for each further port of this process that wants its answers.
-    std::vector<Ref<Connection>> others_;
-    std::optional<RuntimeFolder> folder_;
-    std::string socketName_;
 };
 
 } // namespace NS

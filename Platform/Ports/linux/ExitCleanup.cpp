@@ -7,38 +7,42 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
+#include <sys/types.h>
 #include <unistd.h>
 
 namespace NS {
 
 namespace {
 
-enum class SlotState : int { kFree, kTaken, kInUse };
-
-// Fixed storage, since a signal handler reads it.
+// In fixed storage, since a signal handler reads it.
 struct Slot {
-    std::atomic<SlotState> state{SlotState::kFree};
+    std::atomic<bool> taken{false};
+    // The process whose name it is, once the rest is filled in: a child of a fork has the table but
+    // not the names.
+    std::atomic<pid_t> owner{0};
     int folder = -1;
+    int file = -1;
     std::array<char, PortLimits::kName + 1> name{};
     std::array<char, 33> socketName{};
 };
+static_assert(std::atomic<pid_t>::is_always_lock_free, "a signal handler reads it");
 
-std::array<Slot, 64> slots;
-// A child of a fork has the table but not the names.
-std::atomic<pid_t> owner{0};
+std::array<Slot, ExitCleanup::kSlots> slots;
 
-static_assert(std::atomic<SlotState>::is_always_lock_free, "a signal handler reads it");
+template <std::size_t size>
+void put(std::array<char, size>& place, const std::string& text) noexcept {
+    place[text.copy(place.data(), size - 1)] = '\0';
+}
 
 // Uses nothing but what a signal handler may use.
 void removeAll() noexcept {
-    if (owner.load() != ::getpid()) {
-        return;
-    }
-    for (Slot& slot : slots) {
-        if (slot.state.load() == SlotState::kInUse) {
+    const pid_t process = ::getpid();
+    for (const Slot& slot : slots) {
+        if (slot.owner.load(std::memory_order_acquire) == process) {
             (void)::unlinkat(slot.folder, slot.socketName.data(), 0);
-            (void)::unlinkat(slot.folder, slot.name.data(), 0);
+            if (isNamed(slot.folder, slot.name.data(), slot.file)) {
+                (void)::unlinkat(slot.folder, slot.name.data(), 0);
+            }
         }
     }
 }
@@ -56,18 +60,17 @@ void onSignal(int number) {
 
 } // namespace
 
-std::size_t ExitCleanup::add(int folder, const char* name, const char* socketName) {
+std::size_t ExitCleanup::add(const NameFile& file, const std::string& socketName) {
     static const bool registered = std::atexit(&removeAllAtExit) == 0;
     (void)registered; // without it the names stay until somebody tidies up
-    owner.store(::getpid());
     for (std::size_t i = 0; i < slots.size(); ++i) {
         Slot& slot = slots[i];
-        SlotState expected = SlotState::kFree;
-        if (slot.state.compare_exchange_strong(expected, SlotState::kTaken)) {
-            slot.folder = folder;
-            std::strncpy(slot.name.data(), name, slot.name.size() - 1);
-            std::strncpy(slot.socketName.data(), socketName, slot.socketName.size() - 1);
-            slot.state.store(SlotState::kInUse);
+        if (!slot.taken.exchange(true)) {
+            slot.folder = file.folder().descriptor();
+            slot.file = file.descriptor();
+            put(slot.name, file.name());
+            put(slot.socketName, socketName);
+            slot.owner.store(::getpid(), std::memory_order_release);
             return i;
         }
     }
@@ -76,21 +79,20 @@ std::size_t ExitCleanup::add(int folder, const char* name, const char* socketNam
 
 void ExitCleanup::remove(std::size_t slot) noexcept {
     if (slot < slots.size()) {
-        slots[slot].name.fill('\0');
-        slots[slot].socketName.fill('\0');
-        slots[slot].state.store(SlotState::kFree);
+        slots[slot].owner.store(0);
+        slots[slot].taken.store(false);
     }
 }
 
 void removeNamesOnTermination() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction action {};
-        (void)::sigaction(number, nullptr, &action);
         // What was ignored from the start, as under nohup, stays ignored.
-        if (action.sa_handler != SIG_IGN) {
+        if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+            action = {};
             action.sa_handler = &onSignal;
             action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
-            (void)::sigaction(number, &action, nullptr);
+            (void)::sigaction(number, &action, nullptr); // then it ends the process as before
         }
     }
 }

@@ -1,13 +1,19 @@
 #pragma once
 
-#include <cstddef>
+#include "Platform/Ports/linux/NameFile.h"
 
-// The entries of the run-time folder that are to go with this process.
+#include <cstddef>
+#include <string>
+
+// The entries of the run-time folder that are to go with this process. What finds no room here is
+// left for the next registration of any process to tidy up.
 namespace NS::ExitCleanup {
 
-// Notes a name and its socket; the folder stays open until they are removed again. What finds no
-// slot is left for the next registration of any process to tidy up.
-std::size_t add(int folder, const char* name, const char* socketName);
+inline constexpr std::size_t kSlots = 64;
+
+// Notes a name and its socket, and returns the slot. The name's file stays open until the slot is
+// given up again.
+std::size_t add(const NameFile& file, const std::string& socketName);
 void remove(std::size_t slot) noexcept;
 
 } // namespace NS::ExitCleanup

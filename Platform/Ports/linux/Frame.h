@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Platform/Foundation/Array.h"
-#include "Platform/Foundation/Data.h"
 #include "Platform/Ports/PortDrops.h"
 #include "Platform/Ports/linux/FileDescriptor.h"
 #include "Platform/Ports/linux/PortIdentity.h"
@@ -9,11 +8,11 @@
 #include <cstdint>
 #include <optional>
 #include <variant>
-#include <vector>
 
 // Messages as packets of a SOCK_SEQPACKET connection; Docs/port-frames.md has the layout.
 namespace NS {
 
+// Begins every packet. Numbers lie as the machine has them: both ends are on one.
 struct FrameHeader {
     std::uint32_t magic;
     std::uint32_t flags;
@@ -24,9 +23,30 @@ struct FrameHeader {
 };
 static_assert(sizeof(FrameHeader) == 40, "the header is laid out without gaps");
 
-inline constexpr std::uint32_t kFrameMagic = 0x31505651; // "QVP1", lowest byte first
+// "QVP1": the kind of packet and the version of its layout.
+inline constexpr std::uint32_t kFrameMagic = 0x31505651;
 // The body does not follow the header but is the content of a memory file sent along.
 inline constexpr std::uint32_t kFrameInMemoryFile = 1;
+// No message: a further connection to the same port is sent along.
+inline constexpr std::uint32_t kFrameWithConnection = 2;
+
+// What waits in a connection's memory files at most, as its sender knows it.
+class WaitingFiles {
+  public:
+    // True when there is room for so much more, behind what the socket still holds.
+    bool hasRoomFor(int socket, std::uint64_t length) noexcept;
+    void add(std::uint64_t length) noexcept { length_ += length; }
+
+  private:
+    std::uint64_t length_ = 0;
+};
+
+// Queues a message as one packet, or says why not. Components are Data objects; anything else
+// raises NSInvalidArgumentException.
+std::optional<PortDrop> sendFrame(int socket, const Array& components,
+                                  const PortIdentity& replyPort, WaitingFiles& waiting);
+// Queues one end of a further connection, or says why not.
+std::optional<PortDrop> sendConnectionFrame(int socket, const FileDescriptor& end);
 
 // A message taken apart.
 struct Frame {
@@ -34,16 +54,16 @@ struct Frame {
     Ref<Array> components;
 };
 
-// Queues a message as one packet, or says why not. Components are Data objects; anything else
-// raises NSInvalidArgumentException.
-std::optional<PortDrop> sendFrame(int socket, const Array& components,
-                                  const PortIdentity& replyPort);
+enum class ReceiveState : std::uint8_t {
+    kNothing, // there is nothing now
+    kEnd,     // the peer is gone and everything that it sent has been received
+    kLost,    // a message was taken, but this process had no room for what came with it
+};
 
-// Nothing to receive now; the peer is gone and everything it sent has been received; the
-// descriptors that came with a packet could not be taken, so that its message is lost.
-enum class ReceiveState : std::uint8_t { kNothing, kEnd, kLost };
+// A message, a further connection, a state, or why the peer must be cut off.
+using Received = std::variant<Frame, FileDescriptor, ReceiveState, PortDrop>;
 
-// Takes the next message, a state, or why the peer must be cut off.
-std::variant<Frame, ReceiveState, PortDrop> receiveFrame(int socket);
+// Takes the next packet. Never waits.
+Received receiveFrame(int socket);
 
 } // namespace NS

@@ -23,14 +23,17 @@ FileDescriptor& spareDescriptor() {
     return spare;
 }
 
-void turnAway(int listener) {
+// True when a peer was turned away.
+bool turnAway(int listener) {
     spareDescriptor().reset();
-    const FileDescriptor refused(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
-    notePortDrop(PortDrop::kTooManyPeers);
-}
-
-void restoreSpareDescriptor() {
+    FileDescriptor refused(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
+    const bool turned = static_cast<bool>(refused);
+    refused.reset();
     spareDescriptor().reset(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (turned) {
+        notePortDrop(PortDrop::kTooManyPeers);
+    }
+    return turned;
 }
 
 } // namespace
@@ -57,6 +60,11 @@ void Listener::ready() {
     }
 }
 
+void Listener::acceptAll() {
+    while (acceptOne()) {
+    }
+}
+
 bool Listener::acceptOne() {
     if (owner_ == nullptr) {
         return false;
@@ -64,15 +72,12 @@ bool Listener::acceptOne() {
     FileDescriptor socket(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!socket) {
         if (errno == EMFILE || errno == ENFILE) {
-            turnAway(socket_.get());
-            restoreSpareDescriptor();
-            return true;
+            return turnAway(socket_.get());
         }
         return errno == EINTR || errno == ECONNABORTED;
     }
-    const RefPtr<Connection> connection = Connection::fromSocket(std::move(socket));
-    if (connection && !owner_->attach(Ref<Connection>(*connection))) {
-        notePortDrop(PortDrop::kTooManyPeers);
+    if (const RefPtr<Connection> connection = Connection::fromPeer(std::move(socket))) {
+        (void)owner_->attach(Ref<Connection>(*connection)); // one too many is closed and noted
     }
     return true;
 }

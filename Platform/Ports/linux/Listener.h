@@ -18,6 +18,8 @@ class Listener final : public RunLoopSource {
     static RefPtr<Listener> listenOn(const RuntimeFolder& folder, std::string_view socketName,
                                      LocalEndpoint& owner);
 
+    // Takes in every peer that is waiting.
+    void acceptAll();
     // Called by the owner when it goes.
     void forgetOwner() noexcept { owner_ = nullptr; }
 

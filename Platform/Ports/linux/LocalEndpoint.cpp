@@ -4,9 +4,7 @@
 #include "Platform/Ports/linux/Registration.h"
 
 #include <algorithm>
-#include <array>
 #include <mutex>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace NS {
@@ -19,6 +17,7 @@ struct Ports {
     std::vector<LocalEndpoint*> all;
 };
 
+// Never destroyed: a port may outlive every static object.
 Ports& processPorts() {
     static Ports& ports = *new Ports;
     return ports;
@@ -43,62 +42,73 @@ LocalEndpoint::~LocalEndpoint() {
     }
 }
 
+void LocalEndpoint::serve(RunLoopSource& source) {
+    if (loop_ != nullptr) {
+        loop_->addSource_forMode(Ref<RunLoopSource>(source), RunLoopMode::kDefault);
+    }
+}
+
+void LocalEndpoint::stopServing(RunLoopSource& source) {
+    if (loop_ != nullptr) {
+        loop_->removeSource_forMode(Ref<RunLoopSource>(source), RunLoopMode::kDefault);
+    }
+}
+
 void LocalEndpoint::setRunLoop(RunLoop* loop) {
-    const auto forEachSource = [this](auto&& act) {
+    const auto forEachSource = [this](void (LocalEndpoint::*act)(RunLoopSource&)) {
         for (const auto& registration : registrations_) {
-            act(Ref<RunLoopSource>(registration->listener()));
+            (this->*act)(registration->listener());
         }
         for (const Ref<Connection>& connection : connections_) {
-            act(Ref<RunLoopSource>(connection));
+            (this->*act)(connection);
         }
     };
-    if (loop_ != nullptr) {
-        forEachSource([this](const Ref<RunLoopSource>& source) {
-            loop_->removeSource_forMode(source, RunLoopMode::kDefault);
-        });
-    }
+    forEachSource(&LocalEndpoint::stopServing);
     loop_ = loop;
-    if (loop_ != nullptr) {
-        forEachSource([this](const Ref<RunLoopSource>& source) {
-            loop_->addSource_forMode(source, RunLoopMode::kDefault);
-        });
-    }
+    forEachSource(&LocalEndpoint::serve);
 }
 
 bool LocalEndpoint::attach(const Ref<Connection>& connection) {
     if (connections_.size() >= PortLimits::kConnections) {
+        notePortDrop(PortDrop::kTooManyPeers);
         return false;
     }
+    serve(connection);
     connection->setReceiver(this);
     connections_.push_back(connection);
-    if (loop_ != nullptr) {
-        loop_->addSource_forMode(connection, RunLoopMode::kDefault);
-    }
     return true;
 }
 
 void LocalEndpoint::detach(const Connection& connection) {
     const auto found = std::ranges::find(connections_, &connection,
                                          [](const Ref<Connection>& each) { return each.get(); });
-    if (found == connections_.end()) {
-        return;
+    if (found != connections_.end()) {
+        const Ref<Connection> kept = *found;
+        connections_.erase(found);
+        stopServing(kept);
     }
-    if (loop_ != nullptr) {
-        loop_->removeSource_forMode(*found, RunLoopMode::kDefault);
-    }
-    connections_.erase(found);
+}
+
+RefPtr<Connection> LocalEndpoint::connectionTo(const Endpoint& peer) const {
+    const auto found = std::ranges::find_if(connections_, [&](const Ref<Connection>& each) {
+        return each->peerPort() == peer.identity() && each->peerProcess() == peer.process() &&
+               each->isOpen();
+    });
+    return found == connections_.end() ? RefPtr<Connection>() : RefPtr<Connection>(*found);
 }
 
 void LocalEndpoint::addRegistration(std::unique_ptr<Registration> registration) {
-    if (loop_ != nullptr) {
-        loop_->addSource_forMode(registration->listener(), RunLoopMode::kDefault);
-    }
+    serve(registration->listener());
     registrations_.push_back(std::move(registration));
 }
 
 bool LocalEndpoint::removeName(std::string_view name) {
-    const std::scoped_lock lock(processPorts().mutex);
-    return std::ranges::any_of(processPorts().all,
+    std::vector<LocalEndpoint*> ports;
+    {
+        const std::scoped_lock lock(processPorts().mutex);
+        ports = processPorts().all;
+    }
+    return std::ranges::any_of(ports,
                                [&](LocalEndpoint* each) { return each->removeRegistration(name); });
 }
 
@@ -108,10 +118,11 @@ bool LocalEndpoint::removeRegistration(std::string_view name) {
     if (found == registrations_.end()) {
         return false;
     }
-    if (loop_ != nullptr) {
-        loop_->removeSource_forMode((*found)->listener(), RunLoopMode::kDefault);
-    }
+    const std::unique_ptr<Registration> removed = std::move(*found);
     registrations_.erase(found);
+    stopServing(removed->listener());
+    // Who has found the port by its name keeps it, also when nobody has looked at the door yet.
+    removed->listener()->acceptAll();
     return true;
 }
 
@@ -125,42 +136,36 @@ void LocalEndpoint::deliver(const Ref<PortMessage>& message) {
     delegate->handlePortMessage(message);
 }
 
-RefPtr<Connection> LocalEndpoint::loopbackFor(const RefPtr<MachPort>& from) {
-    const PortIdentity answers = from ? from->endpoint().identity() : PortIdentity{};
-    const auto found =
-        std::ranges::find(loopbacks_, answers, [](const auto& e) { return e.first; });
-    if (found != loopbacks_.end() && found->second->isOpen()) {
-        return found->second;
-    }
-    if (found != loopbacks_.end()) {
-        loopbacks_.erase(found);
-    }
-    std::array<int, 2> ends{-1, -1};
-    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()) != 0) {
-        return nullptr;
-    }
-    const auto outgoing = Connection::fromSocket(FileDescriptor(ends[0]));
-    const auto incoming = Connection::fromSocket(FileDescriptor(ends[1]));
-    LocalEndpoint* const answered = from ? from->endpoint().local() : nullptr;
-    if (!outgoing || !incoming || !attach(Ref<Connection>(*incoming)) ||
-        (answered != nullptr && !answered->attach(Ref<Connection>(*outgoing)))) {
-        return nullptr;
-    }
-    loopbacks_.emplace_back(answers, Ref<Connection>(*outgoing));
-    return outgoing;
-}
-
 bool LocalEndpoint::send(const Array& components, const RefPtr<MachPort>& from) {
-    if (from && from->endpoint().local() == nullptr) {
+    LocalEndpoint* const sender = from ? from->endpoint().local() : nullptr;
+    const RefPtr<Connection> connection =
+        from && sender == nullptr ? RefPtr<Connection>() : loopbackFrom(sender);
+    if (!connection) {
         notePortDrop(PortDrop::kNoReplyRoute);
         return false;
     }
-    const RefPtr<Connection> connection = loopbackFor(from);
-    if (!connection) {
-        notePortDrop(PortDrop::kTooManyPeers);
-        return false;
+    return connection->send(components, from ? sender->identity() : PortIdentity{});
+}
+
+// Messages between ports of one process go through the kernel as all others do: they arrive when
+// the loop runs, and a queue that is full is full.
+RefPtr<Connection> LocalEndpoint::loopbackFrom(LocalEndpoint* sender) {
+    RefPtr<Connection> known = sender != nullptr ? sender->connectionTo(*this) : loopback_;
+    if (known && known->isOpen()) {
+        return known;
     }
-    return connection->send(components, from ? from->endpoint().identity() : PortIdentity{});
+    const auto ends = Connection::pair(identity());
+    if (!ends || !attach(ends->second)) {
+        return nullptr;
+    }
+    if (sender != nullptr && !sender->attach(ends->first)) {
+        ends->second->close();
+        return nullptr;
+    }
+    if (sender == nullptr) {
+        loopback_ = ends->first;
+    }
+    return ends->first;
 }
 
 } // namespace NS

@@ -31,19 +31,17 @@ bool MachBootstrapServer::registerPort_name(const Ref<MachPort>& port, const Str
 }
 
 RefPtr<MachPort> MachBootstrapServer::portForName(const String& name) {
-    std::optional<RuntimeFolder> folder = RuntimeFolder::open();
-    if (!folder) {
-        return nullptr;
-    }
-    std::optional<NameEntry> entry = NameEntry::read(*folder, name.fileSystemRepresentation());
+    const std::optional<RuntimeFolder> folder = RuntimeFolder::open();
+    const std::optional<NameEntry> entry =
+        folder ? NameEntry::read(*folder, name.fileSystemRepresentation()) : std::nullopt;
     const RefPtr<Connection> connection =
-        entry ? Connection::connectTo(*folder, entry->socketName) : RefPtr<Connection>();
+        entry ? Connection::connectTo(*folder, entry->socketName, entry->port)
+              : RefPtr<Connection>();
     if (!connection) {
         return nullptr;
     }
     return make<MachPort>(
-        std::make_unique<RemoteEndpoint>(entry->port, Ref<Connection>(*connection),
-                                         std::move(*folder), std::move(entry->socketName)));
+        std::make_unique<RemoteEndpoint>(entry->port, Ref<Connection>(*connection)));
 }
 
 bool MachBootstrapServer::removePortForName(const String& name) {

@@ -52,18 +52,25 @@ FileDescriptor makeMemoryFile(std::span<const iovec> pieces) {
             return {};
         }
     }
-    return ::fcntl(file.get(), F_ADD_SEALS, kSeals | F_SEAL_SEAL) == 0 ? std::move(file)
-                                                                       : FileDescriptor();
+    const bool sealed = ::fcntl(file.get(), F_ADD_SEALS, kSeals | F_SEAL_SEAL) == 0;
+    return sealed ? std::move(file) : FileDescriptor();
 }
 
-RefPtr<Data> mapMemoryFile(const FileDescriptor& file, std::uint64_t length) {
+bool isSealedMemoryFile(const FileDescriptor& file, std::uint64_t length) noexcept {
+    constexpr std::uint64_t kBlock = 512; // the unit of st_blocks, whatever the file system
     // Fails for anything that is no memory file.
     const int seals = ::fcntl(file.get(), F_GET_SEALS);
     struct stat status {};
-    if (seals < 0 || (seals & kSeals) != kSeals || ::fstat(file.get(), &status) != 0 ||
-        static_cast<std::uint64_t>(status.st_size) != length || length == 0) {
-        return nullptr;
+    if (seals < 0 || (seals & kSeals) != kSeals || ::fstat(file.get(), &status) != 0) {
+        return false;
     }
+    // A file with holes would ask for its memory when it is read, and a read that gets none ends
+    // the process.
+    return length != 0 && static_cast<std::uint64_t>(status.st_size) == length &&
+           static_cast<std::uint64_t>(status.st_blocks) * kBlock >= length;
+}
+
+RefPtr<Data> mapMemoryFile(const FileDescriptor& file, std::uint64_t length) {
     void* const address = ::mmap(nullptr, length, PROT_READ, MAP_PRIVATE, file.get(), 0);
     if (address == MAP_FAILED) {
         return nullptr;

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <span>
-
 #include <sys/uio.h>
 
 namespace NS {
@@ -13,8 +12,12 @@ namespace NS {
 // A sealed memory file with the pieces one after the other; none when the system refuses it.
 FileDescriptor makeMemoryFile(std::span<const iovec> pieces);
 
-// The content of a memory file of exactly this length, mapped for as long as the result lives. Nil
-// unless the file is one that nobody can change, shorten or lengthen any more.
+// True for a memory file of exactly this length, all of it there, that nobody can change, shorten
+// or lengthen any more.
+bool isSealedMemoryFile(const FileDescriptor& file, std::uint64_t length) noexcept;
+
+// The content of a sealed memory file, mapped for as long as the result lives. Nil when there is no
+// room for it.
 RefPtr<Data> mapMemoryFile(const FileDescriptor& file, std::uint64_t length);
 
 } // namespace NS

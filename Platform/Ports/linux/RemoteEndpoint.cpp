@@ -1,19 +1,10 @@
 #include "Platform/Ports/PortDrops.h"
 #include "Platform/Ports/linux/Endpoints.h"
 
-#include <algorithm>
-
 namespace NS {
 
-RemoteEndpoint::RemoteEndpoint(const PortIdentity& identity, Ref<Connection> connection)
+RemoteEndpoint::RemoteEndpoint(const PortIdentity& identity, Ref<Connection> connection) noexcept
     : Endpoint(identity, connection->peerProcess()), connection_(std::move(connection)) {}
-
-RemoteEndpoint::RemoteEndpoint(const PortIdentity& identity, Ref<Connection> connection,
-                               RuntimeFolder folder, std::string socketName)
-    : Endpoint(identity, connection->peerProcess()), connection_(std::move(connection)),
-      folder_(std::move(folder)), socketName_(std::move(socketName)) {}
-
-RemoteEndpoint::~RemoteEndpoint() = default;
 
 bool RemoteEndpoint::send(const Array& components, const RefPtr<MachPort>& from) {
     if (!from) {
@@ -29,30 +20,22 @@ bool RemoteEndpoint::send(const Array& components, const RefPtr<MachPort>& from)
     return connection->send(components, receiver->identity());
 }
 
-// What comes back on a connection goes to one port. The first port that wants answers has the
-// connection that the look-up made.
+// What comes back on a connection goes to one port. The first that wants answers from a peer has
+// the connection that the look-up made, and keeps it for every other look-up of the same peer.
 RefPtr<Connection> RemoteEndpoint::connectionFor(LocalEndpoint& receiver) {
     if (connection_->receiver() == &receiver) {
         return connection_;
     }
-    const auto known = std::ranges::find(others_, &receiver,
-                                         [](const Ref<Connection>& c) { return c->receiver(); });
-    if (known != others_.end()) {
-        return *known;
-    }
-    if (!folder_ || !connection_->isOpen()) {
+    if (!connection_->isOpen()) {
         return nullptr;
     }
-    if (connection_->receiver() == nullptr) {
-        return receiver.attach(connection_) ? RefPtr<Connection>(connection_) : nullptr;
+    if (const RefPtr<Connection> known = receiver.connectionTo(*this)) {
+        return known;
     }
-    const RefPtr<Connection> added = Connection::connectTo(*folder_, socketName_);
-    if (!added || !receiver.attach(Ref<Connection>(*added))) {
-        return nullptr;
-    }
-    std::erase_if(others_, [](const Ref<Connection>& each) { return !each->isOpen(); });
-    others_.emplace_back(*added);
-    return added;
+    const RefPtr<Connection> fresh = connection_->receiver() == nullptr
+                                         ? RefPtr<Connection>(connection_)
+                                         : connection_->openFurther();
+    return fresh && receiver.attach(Ref<Connection>(*fresh)) ? fresh : nullptr;
 }
 
 } // namespace NS

@@ -23,13 +23,18 @@ using Monotonic = std::chrono::steady_clock;
 
 // Waiting in pieces of a day keeps every number of milliseconds within an int.
 constexpr double kLongestWait = 86400.0;
+// Seconds since 2001 as a floating-point number come in steps of a tenth of this.
+constexpr double kPrecisionOfDates = 1e-6;
 
 // The moment of a date on a clock that nobody sets.
 Monotonic::time_point monotonic(const Date& date) {
     const double seconds = date.timeIntervalSinceReferenceDate() - absoluteTimeGetCurrent();
-    const double bounded = std::clamp(seconds, 0.0, kLongestWait * 365 * 100);
-    return Monotonic::now() +
-           std::chrono::duration_cast<Monotonic::duration>(std::chrono::duration<double>(bounded));
+    if (!(seconds > 0)) {
+        return Monotonic::now();
+    }
+    const std::chrono::duration<double> wait(std::min(seconds, kLongestWait * 365 * 100) +
+                                             kPrecisionOfDates);
+    return Monotonic::now() + std::chrono::duration_cast<Monotonic::duration>(wait);
 }
 
 // Milliseconds to wait, rounded up, so that the wait never ends early.
@@ -94,11 +99,14 @@ class RunLoop::System {
     }
 
     bool serveReady() {
-        bool served = false;
-        for (std::size_t i = 0; i <= sources_.size() && serveOne(0); ++i) {
-            served = true;
+        // Each source once, as far as the kernel's own order of turns goes; no more, since those
+        // that are served may bring others.
+        const std::size_t turns = sources_.size();
+        std::size_t served = 0;
+        while (served < turns && serveOne(0)) {
+            ++served;
         }
-        return served;
+        return served > 0;
     }
 
     std::vector<Ref<MachPort>> ports;

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// How far input from outside the process is followed. Everything beyond is refused with an
+// exception or an error, never followed until memory or the stack runs out.
+namespace NS::Limits {
+
+// How deep collections and records may stand within one another. Reading, comparing and releasing
+// them recurse once or a few times a level, so that this bounds the stack: half a megabyte where
+// the default stack has eight. People nest a handful of levels.
+inline constexpr std::size_t kDepth = 512;
+
+// How many units of work an archive may cost in looking for equal keys and equal members of sets,
+// for each of its bytes and at least. A unit is a small object compared or hashed, or 64 bytes of a
+// long one. An honest archive takes a unit or two for each key, and a key takes more than six
+// bytes; a hostile one can make the work grow with the square of its size, or exponentially.
+inline constexpr std::uint64_t kEqualityWorkPerByte = 8;
+inline constexpr std::uint64_t kEqualityWorkAtLeast = 65536;
+
+// How many positions of a class's records have their keys remembered between records. The longest
+// record of the system has 16 keys.
+inline constexpr std::size_t kRememberedKeys = 64;
+
+// How many characters of a name from outside stand in an exception's reason.
+inline constexpr std::size_t kQuotedName = 100;
+
+} // namespace NS::Limits

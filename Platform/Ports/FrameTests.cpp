@@ -1,0 +1,199 @@
+#include "Platform/Ports/linux/Frame.h"
+
+#include "Platform/Ports/PortLimits.h"
+#include "Platform/Ports/Testing/PortFixture.h"
+#include "Platform/Ports/linux/RuntimeFolder.h"
+
+#include <array>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <sys/mman.h>
+#include <sys/socket.h>
+
+namespace {
+
+using Tests::TestPort;
+
+// Talks to a port's socket byte by byte.
+class Frame : public Tests::PortTest {
+  protected:
+    void SetUp() override { ASSERT_TRUE(registerPort(receiver, "receiver")); }
+
+    // A connection as any process of this user could make it.
+    NS::FileDescriptor connect() const {
+        const std::string entry = Tests::contentsOf(folder() / "receiver");
+        const auto open = NS::RuntimeFolder::open();
+        NS::FileDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        const sockaddr_un address = open->address(entry.substr(0, 32));
+        EXPECT_EQ(
+            ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+            0);
+        return socket;
+    }
+
+    static NS::FrameHeader header(std::uint32_t count, std::uint64_t bodyLength) {
+        return {NS::kFrameMagic, 0, {}, count, 0, bodyLength};
+    }
+    static std::string packet(const NS::FrameHeader& header,
+                              const std::vector<std::uint64_t>& lengths, std::string_view bytes) {
+        std::string text(reinterpret_cast<const char*>(&header), sizeof header);
+        text.append(reinterpret_cast<const char*>(lengths.data()), lengths.size() * 8);
+        return text.append(bytes);
+    }
+    static void sendRaw(const NS::FileDescriptor& socket, std::string_view bytes, int file = -1) {
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control{};
+        iovec piece{const_cast<char*>(bytes.data()), bytes.size()};
+        msghdr message{};
+        message.msg_iov = &piece;
+        message.msg_iovlen = 1;
+        if (file >= 0) {
+            message.msg_control = control.data();
+            message.msg_controllen = control.size();
+            cmsghdr* const rights = CMSG_FIRSTHDR(&message);
+            rights->cmsg_level = SOL_SOCKET;
+            rights->cmsg_type = SCM_RIGHTS;
+            rights->cmsg_len = CMSG_LEN(sizeof file);
+            std::memcpy(CMSG_DATA(rights), &file, sizeof file);
+        }
+        ASSERT_EQ(::sendmsg(socket.get(), &message, MSG_NOSIGNAL),
+                  static_cast<ssize_t>(bytes.size()));
+    }
+    static bool isCutOff(const NS::FileDescriptor& socket) {
+        char byte = 0;
+        return ::recv(socket.get(), &byte, 1, MSG_DONTWAIT) == 0;
+    }
+    void expectCutOff(std::string_view bytes, NS::PortDrop reason, int file = -1) {
+        const NS::FileDescriptor socket = connect();
+        const auto before = NS::portDropCount(reason);
+        sendRaw(socket, bytes, file);
+        serveAll();
+        EXPECT_EQ(NS::portDropCount(reason), before + 1);
+        EXPECT_TRUE(isCutOff(socket));
+        EXPECT_TRUE(receiver.collector->messages.empty());
+    }
+    static NS::FileDescriptor memoryFile(std::string_view content, unsigned seals) {
+        NS::FileDescriptor file(::memfd_create("test", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+        EXPECT_EQ(::write(file.get(), content.data(), content.size()),
+                  static_cast<ssize_t>(content.size()));
+        EXPECT_EQ(::fcntl(file.get(), F_ADD_SEALS, seals), 0);
+        return file;
+    }
+    static NS::FrameHeader fileHeader(std::uint32_t count, std::uint64_t bodyLength) {
+        NS::FrameHeader result = header(count, bodyLength);
+        result.flags = NS::kFrameInMemoryFile;
+        return result;
+    }
+
+    static constexpr unsigned kSealed = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
+    TestPort receiver;
+};
+
+TEST_F(Frame, IsDeliveredWhenItIsSound) {
+    const NS::FileDescriptor socket = connect();
+    sendRaw(socket, packet(header(2, 16 + 5), {3, 2}, "abcde"));
+    ASSERT_TRUE(pump([&] { return receiver.collector->messages.size() == 1; }));
+    EXPECT_EQ(receiver.collector->text(0, 0), "abc");
+    EXPECT_EQ(receiver.collector->text(0, 1), "de");
+}
+
+TEST_F(Frame, CutsThePeerOffWhenItIsMalformed) {
+    NS::FrameHeader badMagic = header(1, 9);
+    badMagic.magic ^= 1;
+    NS::FrameHeader badFlags = header(1, 9);
+    badFlags.flags = 2;
+    NS::FrameHeader badReserved = header(1, 9);
+    badReserved.reserved = 1;
+    const std::vector<std::string> malformed = {
+        "x",
+        packet(header(1, 9), {1}, "a").substr(0, sizeof(NS::FrameHeader) - 1),
+        packet(badMagic, {1}, "a"),
+        packet(badFlags, {1}, "a"),
+        packet(badReserved, {1}, "a"),
+        packet(header(1, 9), {1}, ""),
+        packet(header(1, 9), {1}, "ab"),
+        packet(header(1, 9), {2}, "a"),
+        packet(header(1, 9), {0}, "a"),
+        packet(header(1, 9), {~std::uint64_t{0}}, "a"),
+        packet(header(2, 17), {~std::uint64_t{0}, 2}, "a"),
+        packet(header(2, 9), {1}, "a"),
+        packet(header(0, 1), {}, "a"),
+        packet(header(0xFFFFFFFF, 9), {1}, "a"),
+        packet(header(1, ~std::uint64_t{0}), {1}, "a"),
+        packet(fileHeader(1, 9), {}, ""),
+        packet(header(1, 8 + 140'000), {140'000}, std::string(140'000, 'x')),
+    };
+    for (const std::string& bytes : malformed) {
+        expectCutOff(bytes, NS::PortDrop::kMalformedFrame);
+    }
+}
+
+TEST_F(Frame, CutsOffNobodyButItsSender) {
+    const NS::FileDescriptor good = connect();
+    expectCutOff("x", NS::PortDrop::kMalformedFrame);
+    sendRaw(good, packet(header(1, 9), {1}, "a"));
+    EXPECT_TRUE(pump([&] { return receiver.collector->messages.size() == 1; }));
+}
+
+TEST_F(Frame, IsDeliveredFromASealedMemoryFile) {
+    const NS::FileDescriptor socket = connect();
+    const std::string body = packet(header(1, 0), {3}, "abc").substr(sizeof(NS::FrameHeader));
+    const auto file = memoryFile(body, kSealed);
+    sendRaw(socket, packet(fileHeader(1, body.size()), {}, ""), file.get());
+    ASSERT_TRUE(pump([&] { return receiver.collector->messages.size() == 1; }));
+    EXPECT_EQ(receiver.collector->text(0), "abc");
+}
+
+TEST_F(Frame, IsRefusedFromAMemoryFileThatCanStillChange) {
+    const std::string body = packet(header(1, 0), {3}, "abc").substr(sizeof(NS::FrameHeader));
+    for (const unsigned seals :
+         {0U, unsigned{F_SEAL_SHRINK | F_SEAL_GROW}, unsigned{F_SEAL_WRITE | F_SEAL_GROW},
+          unsigned{F_SEAL_WRITE | F_SEAL_SHRINK}}) {
+        const auto file = memoryFile(body, seals);
+        expectCutOff(packet(fileHeader(1, body.size()), {}, ""), NS::PortDrop::kBadMemoryFile,
+                     file.get());
+    }
+}
+
+TEST_F(Frame, IsRefusedFromAMemoryFileOfAnotherLength) {
+    const auto file = memoryFile("1234567890", kSealed);
+    expectCutOff(packet(fileHeader(1, 11), {}, ""), NS::PortDrop::kBadMemoryFile, file.get());
+    expectCutOff(packet(fileHeader(1, 9), {}, ""), NS::PortDrop::kBadMemoryFile, file.get());
+}
+
+TEST_F(Frame, IsRefusedFromAFileThatIsNoMemoryFile) {
+    std::ofstream(folders.root() / "file") << "1234567890";
+    const NS::FileDescriptor file(::open((folders.root() / "file").c_str(), O_RDONLY | O_CLOEXEC));
+    expectCutOff(packet(fileHeader(1, 10), {}, ""), NS::PortDrop::kBadMemoryFile, file.get());
+}
+
+TEST_F(Frame, IsRefusedWithADescriptorThatItDoesNotNeed) {
+    const auto file = memoryFile("x", kSealed);
+    expectCutOff(packet(header(1, 9), {1}, "a"), NS::PortDrop::kMalformedFrame, file.get());
+}
+
+TEST_F(Frame, LooksAsTheDocumentSays) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+    const NS::FileDescriptor out(ends[0]);
+    const NS::FileDescriptor in(ends[1]);
+    NS::PortIdentity reply;
+    for (std::size_t i = 0; i < reply.bytes.size(); ++i) {
+        reply.bytes[i] = static_cast<std::byte>(0xA0 + i);
+    }
+    NS::WaitingFiles waiting;
+    ASSERT_FALSE(NS::sendFrame(out.get(), *components({"ext_share", "..."}), reply, waiting));
+    std::array<char, 256> bytes{};
+    const ssize_t length = ::recv(in.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    const std::string expected("QVP1\0\0\0\0"
+                               "\xA0\xA1\xA2\xA3\xA4\xA5\xA6\xA7\xA8\xA9\xAA\xAB\xAC\xAD\xAE\xAF"
+                               "\2\0\0\0\0\0\0\0"
+                               "\x1C\0\0\0\0\0\0\0"
+                               "\x09\0\0\0\0\0\0\0"
+                               "\3\0\0\0\0\0\0\0"
+                               "ext_share...",
+                               68);
+    EXPECT_EQ(std::string(bytes.data(), static_cast<std::size_t>(length)), expected);
+}
+
+} // namespace

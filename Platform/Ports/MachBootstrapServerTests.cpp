@@ -1,0 +1,226 @@
+#include "Platform/Ports/MachBootstrapServer.h"
+
+#include "Platform/Ports/Testing/PortFixture.h"
+#include "Platform/Ports/linux/Connection.h"
+
+#include <algorithm>
+#include <csignal>
+#include <fstream>
+#include <memory>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Tests::TestPort;
+
+class BootstrapServer : public Tests::PortTest {
+  protected:
+    std::size_t entries() const {
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(folder()), fs::directory_iterator()));
+    }
+};
+
+TEST_F(BootstrapServer, FindsAPortByItsName) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    EXPECT_TRUE(lookUp("a.name")->isEqual(port.port.get()));
+    EXPECT_FALSE(lookUp("another.name"));
+}
+
+TEST_F(BootstrapServer, TakesNamesLongerThanASocketsAddress) {
+    TestPort port;
+    const std::string name(200, 'n');
+    ASSERT_TRUE(registerPort(port, name));
+    EXPECT_TRUE(lookUp(name));
+}
+
+TEST_F(BootstrapServer, WorksInAFolderWithALongPath) {
+    const fs::path deep = folders.root() / std::string(200, 'd');
+    fs::create_directories(deep);
+    ::setenv("XDG_RUNTIME_DIR", deep.c_str(), 1);
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    EXPECT_TRUE(lookUp("a.name"));
+}
+
+TEST_F(BootstrapServer, RefusesNamesThatAreNone) {
+    TestPort port;
+    for (const std::string& name : {std::string(), std::string(201, 'n'), std::string("a/b"),
+                                    std::string(".hidden"), std::string("..")}) {
+        EXPECT_FALSE(registerPort(port, name)) << name;
+        EXPECT_FALSE(lookUp(name)) << name;
+    }
+}
+
+TEST_F(BootstrapServer, KeepsANameForItsLiveOwner) {
+    TestPort owner;
+    TestPort other;
+    ASSERT_TRUE(registerPort(owner, "a.name"));
+    EXPECT_FALSE(registerPort(other, "a.name"));
+    EXPECT_TRUE(lookUp("a.name")->isEqual(owner.port.get()));
+}
+
+TEST_F(BootstrapServer, KeepsANameForALiveOwnerInAnotherProcessEvenAStoppedOne) {
+    auto peer = startPeer("a.name");
+    ASSERT_TRUE(says(peer, "registered"));
+    TestPort other;
+    EXPECT_FALSE(registerPort(other, "a.name"));
+    peer.signal(SIGSTOP);
+    ASSERT_TRUE(peer.waitForState('T'));
+    EXPECT_FALSE(registerPort(other, "a.name"));
+    EXPECT_FALSE(names()->removePortForName(*NS::str("a.name")));
+}
+
+TEST_F(BootstrapServer, GivesANameLeftBehindToTheNext) {
+    {
+        auto peer = startPeer("a.name");
+        ASSERT_TRUE(says(peer, "registered"));
+        peer.signal(SIGKILL);
+        ASSERT_TRUE(peer.waitForExit());
+    }
+    EXPECT_FALSE(lookUp("a.name"));
+    TestPort port;
+    EXPECT_TRUE(registerPort(port, "a.name"));
+    EXPECT_TRUE(lookUp("a.name"));
+}
+
+TEST_F(BootstrapServer, LetsExactlyOneOfManyWinARace) {
+    std::vector<std::unique_ptr<Tests::Process>> peers;
+    for (int i = 0; i < 12; ++i) {
+        const std::string file = "peer" + std::to_string(i);
+        peers.push_back(std::make_unique<Tests::Process>(
+            PEER_PROGRAM, std::vector<std::string>{"echo", "a.name"},
+            folders.root() / (file + ".out"), folders.root() / (file + ".err")));
+    }
+    for (const auto& peer : peers) {
+        ASSERT_TRUE(Tests::waitUntil([&] { return peer->output().ends_with('\n'); }));
+    }
+    EXPECT_EQ(std::ranges::count(peers, "registered\n", [](auto& p) { return p->output(); }), 1);
+    EXPECT_TRUE(lookUp("a.name"));
+}
+
+TEST_F(BootstrapServer, GivesANameUpOnRequest) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    EXPECT_TRUE(names()->removePortForName(*NS::str("a.name")));
+    EXPECT_FALSE(lookUp("a.name"));
+    EXPECT_FALSE(names()->removePortForName(*NS::str("a.name")));
+    EXPECT_EQ(entries(), 0U);
+}
+
+TEST_F(BootstrapServer, GivesANameUpWithItsPort) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    port.end();
+    EXPECT_FALSE(lookUp("a.name"));
+    EXPECT_EQ(entries(), 0U);
+}
+
+TEST_F(BootstrapServer, KeepsANameWhenAForkedChildExits) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    EXPECT_EXIT(std::exit(0), testing::ExitedWithCode(0), "");
+    EXPECT_TRUE(lookUp("a.name"));
+}
+
+TEST_F(BootstrapServer, TidiesUpWhatDeadProcessesLeftBehind) {
+    {
+        auto peer = startPeer("a.dead.name");
+        ASSERT_TRUE(says(peer, "registered"));
+        peer.signal(SIGKILL);
+        ASSERT_TRUE(peer.waitForExit());
+    }
+    ASSERT_EQ(entries(), 2U);
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "another.name"));
+    EXPECT_EQ(entries(), 2U);
+    EXPECT_FALSE(fs::exists(folder() / "a.dead.name"));
+}
+
+TEST_F(BootstrapServer, LooksNothingUpInAFileThatIsNoEntry) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    const std::string sound = Tests::contentsOf(folder() / "a.name");
+    for (const std::string& text :
+         {std::string(), sound.substr(1), sound + "x", std::string(66, 'z'),
+          "../" + sound.substr(3), std::string(100'000, '0')}) {
+        std::ofstream(folder() / "forged") << text;
+        EXPECT_FALSE(lookUp("forged"));
+    }
+}
+
+TEST_F(BootstrapServer, MakesItsFolderForTheUserAlone) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    EXPECT_EQ(fs::status(folder()).permissions(), fs::perms::owner_all);
+}
+
+TEST_F(BootstrapServer, RefusesAFolderThatOthersCanEnter) {
+    fs::create_directories(folder());
+    TestPort port;
+    for (const fs::perms more : {fs::perms::group_read, fs::perms::others_exec}) {
+        fs::permissions(folder(), fs::perms::owner_all | more);
+        EXPECT_FALSE(registerPort(port, "a.name"));
+    }
+    fs::permissions(folder(), fs::perms::owner_all);
+    EXPECT_TRUE(registerPort(port, "a.name"));
+}
+
+TEST_F(BootstrapServer, RefusesAFolderThatIsALink) {
+    fs::create_directories(folders.root() / "elsewhere");
+    fs::permissions(folders.root() / "elsewhere", fs::perms::owner_all);
+    fs::create_directory_symlink(folders.root() / "elsewhere", folder());
+    TestPort port;
+    EXPECT_FALSE(registerPort(port, "a.name"));
+    EXPECT_FALSE(lookUp("a.name"));
+}
+
+TEST_F(BootstrapServer, RefusesAFileInTheFoldersPlace) {
+    std::ofstream(folder()) << "x";
+    TestPort port;
+    EXPECT_FALSE(registerPort(port, "a.name"));
+}
+
+TEST_F(BootstrapServer, UsesTheStateFolderWhereThereIsNoRuntimeFolder) {
+    ::unsetenv("XDG_RUNTIME_DIR");
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "quorvane.test.a.name"));
+    const fs::path ofUser = "/run/user/" + std::to_string(::geteuid());
+    const fs::path expected =
+        fs::is_directory(ofUser) ? ofUser / "Quorvane" : folders.state() / "Quorvane" / "run";
+    EXPECT_TRUE(fs::exists(expected / "quorvane.test.a.name"));
+}
+
+// Everybody but this user.
+class ForeignUser : public BootstrapServer {
+  protected:
+    ForeignUser() { NS::setExpectedPeerUser(::geteuid() + 1); }
+    ~ForeignUser() override { NS::setExpectedPeerUser(::geteuid()); }
+};
+
+TEST_F(ForeignUser, IsNotConnectedTo) {
+    auto peer = startPeer("a.name");
+    ASSERT_TRUE(says(peer, "registered"));
+    const auto before = NS::portDropCount(NS::PortDrop::kForeignUser);
+    EXPECT_FALSE(lookUp("a.name"));
+    EXPECT_EQ(NS::portDropCount(NS::PortDrop::kForeignUser), before + 1);
+}
+
+TEST_F(ForeignUser, IsNotLetIn) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    NS::setExpectedPeerUser(::geteuid());
+    const auto found = lookUp("a.name");
+    ASSERT_TRUE(send(found, {"x"}));
+    NS::setExpectedPeerUser(::geteuid() + 1);
+    const auto before = NS::portDropCount(NS::PortDrop::kForeignUser);
+    serveAll();
+    EXPECT_EQ(NS::portDropCount(NS::PortDrop::kForeignUser), before + 1);
+    EXPECT_FALSE(found->isValid());
+    EXPECT_TRUE(port.collector->messages.empty());
+}
+
+} // namespace
