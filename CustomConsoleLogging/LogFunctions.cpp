@@ -7,6 +7,9 @@
 
 namespace {
 
+// "[2026-11-16 06:56:27]: "
+constexpr std::size_t kCoarseHead = 23;
+
 void appendUtf8(std::string& line, const NS::String& text) {
     if (text.isAscii()) {
         line += text.ascii();
@@ -26,7 +29,9 @@ void append(std::string_view line, LogFile::Stamp stamp) {
 
 void logLine(std::string_view format, std::span<const NS::FormatArgument> arguments) {
     const auto message = NS::stringWithFormatArguments(format, arguments);
-    std::string line("[");
+    std::string line;
+    line.reserve(kCoarseHead + message->length() + 1);
+    line += '[';
     // The clock is read here, and once more for the outer stamp: the two may differ by a second.
     LoggingState::shared().coarseStamp.appendDate(NS::absoluteTimeGetCurrent(), line);
     line += "]: ";

@@ -181,9 +181,7 @@ TEST_F(UncaughtException, IsLoggedWithItsReasonUserInfoAndEachFrame) {
 
 TEST_F(UncaughtException, ShowsWhereItWasRaised) {
     (void)runToItsEnd({folders.root() / "frames"});
-    const std::vector<std::string> logged = loggedMessages();
-    ASSERT_GT(logged.size(), 5U);
-    EXPECT_NE(logged[5].find("raiseDeepInside"), std::string::npos) << logged[5];
+    EXPECT_NE(log().find(" Raising::raiseDeepInside("), std::string::npos) << log();
 }
 
 TEST_F(UncaughtException, OfTheLanguagesOwnKindIsLoggedToo) {
@@ -193,6 +191,14 @@ TEST_F(UncaughtException, OfTheLanguagesOwnKindIsLoggedToo) {
     EXPECT_EQ(logged[0], "================= Exception: no file for the frames");
     EXPECT_EQ(logged[1], "(null)");
     EXPECT_NE(logged[2].find(" :: 0 "), std::string::npos) << logged[2];
+}
+
+TEST_F(UncaughtException, FromWithinALineIsLoggedToo) {
+    EXPECT_EQ(runToItsEnd({"--while-logging"}), 128 + SIGABRT);
+    const std::vector<std::string> logged = loggedMessages();
+    ASSERT_GT(logged.size(), 2U);
+    EXPECT_EQ(logged[0], "started");
+    EXPECT_EQ(logged[1], "================= Exception: the clock stands still");
 }
 
 TEST_F(UncaughtException, GivesNPlusTwoMessagesForNFrames) {

@@ -1,5 +1,6 @@
 #include "QVFinderExtension/FinderSync.h"
 
+#include "CustomConsoleLogging/LoggingState.h"
 #include "CustomConsoleLogging/consoleLogging.h"
 #include "Platform/Finder/FinderSyncController.h"
 #include "Platform/Foundation/Clock.h"
@@ -109,6 +110,7 @@ class FinderSyncTest : public Tests::LinkTest {
     }
     std::string driveURL() const { return "file://" + drive.string() + "/"; }
 
+    ScopedLoggingState logging;
     fs::path drive = folders.root() / "drive";
     NotingClock clock{NS::Clock::current()};
     NS::ScopedClock scoped{clock};

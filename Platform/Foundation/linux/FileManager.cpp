@@ -120,9 +120,8 @@ class SystemFileManager final : public FileManager {
     }
 
     RefPtr<Array> contentsOfDirectoryAtPath(const String& path) override {
-        const SystemPath folderPath(path);
-        const std::unique_ptr<DIR, int (*)(DIR*)> folder(
-            folderPath.c_str() == nullptr ? nullptr : ::opendir(folderPath.c_str()), &::closedir);
+        const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(SystemPath(path).c_str()),
+                                                         &::closedir);
         if (!folder) {
             return nullptr;
         }
@@ -155,12 +154,8 @@ class SystemFileManager final : public FileManager {
     }
 
     bool createDirectoryAtPath(const String& path) override {
-        const SystemPath folder(path);
-        if (folder.c_str() == nullptr) {
-            return false;
-        }
+        const std::string text(SystemPath(path).c_str());
         // Whether a folder above was there or could not be made shows at the last one.
-        const std::string text(folder.c_str());
         for (std::size_t slash = text.find('/', 1); slash != std::string::npos;
              slash = text.find('/', slash + 1)) {
             (void)::mkdir(text.substr(0, slash).c_str(), kFolderMode);
@@ -171,7 +166,7 @@ class SystemFileManager final : public FileManager {
 
     bool createFileAtPath_contents(const String& path, Bytes contents) override {
         const SystemPath target(path);
-        if (target.c_str() == nullptr) {
+        if (*target.c_str() == '\0') {
             return false;
         }
         std::string temporary = temporaryNameBeside(target.c_str());
@@ -189,12 +184,9 @@ class SystemFileManager final : public FileManager {
     }
 
     bool removeItemAtPath(const String& path) override {
-        const SystemPath entry(path);
-        if (entry.c_str() == nullptr) {
-            return false;
-        }
         std::error_code error;
-        const auto removed = std::filesystem::remove_all(withoutSlashesAtEnd(entry.c_str()), error);
+        const auto removed =
+            std::filesystem::remove_all(withoutSlashesAtEnd(SystemPath(path).c_str()), error);
         return !error && removed > 0;
     }
 

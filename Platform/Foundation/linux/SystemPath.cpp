@@ -16,7 +16,7 @@ SystemPath::SystemPath(const String& path) {
         text_ = long_.c_str();
     }
     if (std::string_view(text_).size() != length) {
-        text_ = nullptr;
+        text_ = "";
     }
 }
 

@@ -15,8 +15,8 @@ class SystemPath {
     SystemPath(const SystemPath&) = delete;
     SystemPath& operator=(const SystemPath&) = delete;
 
-    // Null for a path that holds a NUL, which would name another file; a system call given null
-    // fails by itself.
+    // Empty for a path that holds a NUL, which would name another file: system calls find nothing
+    // at an empty path.
     const char* c_str() const noexcept { return text_; }
 
   private:
