@@ -14,4 +14,6 @@ constexpr const QVContentClass* kClasses[] = {
 
 } // namespace
 
-std::span<const QVContentClass* const> qvContentClasses() { return kClasses; }
+std::span<const QVContentClass* const> qvContentClasses() {
+    return kClasses;
+}
