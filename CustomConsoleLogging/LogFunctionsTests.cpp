@@ -127,6 +127,26 @@ TEST_F(LogFunctions, KnowWhereTheyAreCalled) {
     EXPECT_STREQ(kOrigin.function, "-[Test body]");
 }
 
+// The bytes that the page on log files shows: hexadecimal pairs in the columns of a dump.
+std::string exampleOfThePage() {
+    std::istringstream page(Tests::contentsOf(LOG_FILES_PAGE));
+    std::string bytes;
+    for (std::string line; std::getline(page, line);) {
+        const bool isDump = line.size() > 58 && line.starts_with("    00") && line[8] == ' ';
+        std::istringstream pairs(isDump ? line.substr(10, 48) : "");
+        for (std::string pair; pairs >> pair;) {
+            bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
+        }
+    }
+    return bytes;
+}
+
+TEST_F(LogFunctions, WriteTheExampleOfThePage) {
+    setUp();
+    _Log("DEBUG ", nullptr, 0, nullptr, "received init at %@", NS::str("/home/mia/Drive"));
+    EXPECT_EQ(log(), exampleOfThePage());
+}
+
 // An exception in a process of its own.
 class UncaughtException : public Tests::LoggingTest {
   protected:

@@ -7,6 +7,7 @@
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/URL.h"
 #include "Platform/Ports/RunLoop.h"
+#include "QVApi/Content/QVContentClasses.h"
 #include "QVFinderExtension/QVExtensionActions.h"
 
 #include <cstdlib>
@@ -41,6 +42,7 @@ FinderSync::~FinderSync() {
 void FinderSync::init() {
     QVLogging::setupWithPrefix(NS::str("FE"));
     QVLogging::sharedInstance()->cleanup();
+    (void)qvContentClasses(); // the host's records can be restored only by classes that are linked
     setComms(QVExtensionCommsClient::new_());
     registerHandlers();
     waitForDrivePath();
@@ -75,7 +77,7 @@ void FinderSync::extensionInit(NS::RefPtr<NS::String> path) {
     _Log("DEBUG ", __FILE__, __LINE__, "-[FinderSync extensionInit:]", "received init at %@", path);
 }
 
-void FinderSync::receivedUserInfo(NS::RefPtr<QVUserInfoItem> info) {
+void FinderSync::receivedUserInfo(NS::RefPtr<NS::Object> info) {
     _Log("DEBUG ", __FILE__, __LINE__, "-[FinderSync receivedUserInfo:]", "received info %@", info);
     setStorageInfo(info);
 }

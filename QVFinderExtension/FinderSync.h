@@ -24,14 +24,15 @@ class FinderSync final : public FI::FinderSync {
     // Messages of the host. The mount path (which may come again) becomes the watched folder; the
     // account record replaces the one before; shutdown ends the process with status 0 at once.
     void extensionInit(NS::RefPtr<NS::String> path);
-    void receivedUserInfo(NS::RefPtr<QVUserInfoItem> info);
+    void receivedUserInfo(NS::RefPtr<NS::Object> info);
     [[noreturn]] void shutdown();
 
     // Files carry no badges: does nothing.
     void requestBadgeIdentifierForURL(const NS::Ref<NS::URL>& url) override;
 
-    // The latest account record; nil until the first one arrives.
-    NS_PROPERTY(QVUserInfoItem, storageInfo, setStorageInfo)
+    // The latest account record, a QVUserInfoItem unless the host sent something else: it is kept
+    // as it came. Nil until the first one arrives.
+    NS_PROPERTY(NS::Object, storageInfo, setStorageInfo)
     // The link to the host; made by init() and never replaced.
     NS_PROPERTY(QVExtensionCommsClient, comms, setComms)
     // Where the drive is mounted, as the host sent it; nil until it does.

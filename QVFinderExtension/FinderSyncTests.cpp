@@ -180,7 +180,8 @@ TEST_F(FinderSyncTest, TakesTheAccountRecordWhileItWaits) {
         }
     };
     extension->init();
-    EXPECT_EQ(NS::longLongValue(extension->storageInfo()->trashCount()), 3);
+    EXPECT_EQ(NS::longLongValue(NS::cast<QVUserInfoItem>(extension->storageInfo())->trashCount()),
+              3);
 }
 
 TEST_F(FinderSyncTest, AsksForTheAccountRecordWhenItHasTheMountPath) {
@@ -223,6 +224,21 @@ TEST_F(FinderSyncTest, TakesNoRecordForARecord) {
     send("ext_bc_userinfo", payload({archived(nullptr)}));
     ASSERT_TRUE(pump([&] { return !extension->storageInfo(); }));
     EXPECT_NE(log().find("]: received info (null)\n"), std::string::npos);
+}
+
+TEST_F(FinderSyncTest, KeepsARecordAsItCameWhateverItIs) {
+    start();
+    send("ext_bc_userinfo", payload({archived(NS::str("no record"))}));
+    ASSERT_TRUE(pump([&] { return static_cast<bool>(extension->storageInfo()); }));
+    EXPECT_TRUE(extension->storageInfo()->isEqual(NS::str("no record").get()));
+    EXPECT_NE(log().find("]: received info no record\n"), std::string::npos);
+}
+
+TEST_F(FinderSyncTest, RaisesForAMountPathThatIsNoText) {
+    start();
+    send("ext_init", payload({archived(NS::Number::numberWithInt(1))}));
+    EXPECT_THROW(pump([&] { return host->requests == 2; }), NS::Exception);
+    EXPECT_EQ(extension->drivePath()->utf8(), drive.string());
 }
 
 TEST_F(FinderSyncTest, RaisesForAMountPathThatIsNil) {

@@ -103,6 +103,7 @@ TEST_F(CommsClient, SendsObservedFoldersWithTheirPathAndItsPort) {
     ASSERT_TRUE(pump([&] { return recorder->calls == 2; }));
     EXPECT_TRUE(recorder->objects[0]->isEqual(NS::str("/").get()));
     EXPECT_FALSE(recorder->objects[1]);
+    EXPECT_TRUE(recorder->ports[0]->isEqual(client->port().get()));
     EXPECT_TRUE(recorder->ports[1]->isEqual(client->port().get()));
 }
 
@@ -148,10 +149,11 @@ TEST_F(CommsClientLookUp, EndsTheProcessWithStatus1AfterAHundredAndTwentySeconds
                 }
             };
             Scheduled<QVExtensionCommsClient> client;
-            std::atexit([] { std::fputs("ended\n", stderr); });
+            static const std::vector<double>* sleeps = &clock.sleeps;
+            std::atexit([] { std::fprintf(stderr, "%zu look-ups\n", sleeps->size()); });
             client->init();
         },
-        testing::ExitedWithCode(1), "ended");
+        testing::ExitedWithCode(1), "^120 look-ups\n$");
 }
 
 TEST_F(CommsClientLookUp, IsNotMadeAtAllWithoutTime) {
@@ -177,7 +179,10 @@ TEST_F(CommsClientLookUp, FindsAHostThatComesAfterThirtySeconds) {
         }
     };
     Scheduled<QVExtensionCommsClient> client;
+    testing::internal::CaptureStderr();
     client->init();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("connected to server port"),
+              std::string::npos);
     EXPECT_EQ(clock.sleeps.size(), 30U);
     ASSERT_TRUE(pump([&] { return recorder->calls > 0; }));
     NS::RunLoop::currentRunLoop()->serveReady();

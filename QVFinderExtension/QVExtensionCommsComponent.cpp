@@ -83,7 +83,10 @@ QVExtensionCommsComponent::~QVExtensionCommsComponent() {
 void QVExtensionCommsComponent::setTarget_selector_for(const NS::Ref<NS::Object>& target,
                                                        NS::Selector selector,
                                                        const NS::Ref<NS::String>& action) {
-    actions()->setObject_forKey(callRecord(*target, selector), action);
+    const NS::Ref<NS::Invocation> handler = callRecord(*target, selector);
+    if (const auto handlers = actions()) {
+        handlers->setObject_forKey(handler, action);
+    }
 }
 
 NS::Ref<NS::Array> QVExtensionCommsComponent::componentsFor(const NS::String& action,
@@ -111,7 +114,9 @@ void QVExtensionCommsComponent::handlePortMessage(const NS::Ref<NS::PortMessage>
     if (entry == nullptr) {
         return;
     }
-    const auto handler = NS::cast<NS::Invocation>(actions()->objectForKey(*action));
+    const auto handlers = actions();
+    const auto handler =
+        handlers ? NS::cast<NS::Invocation>(handlers->objectForKey(*action)) : nullptr;
     if (!handler) {
         return;
     }

@@ -130,9 +130,12 @@ TEST_F(CommsComponent, IgnoresThePayloadOfAnAnnouncement) {
 }
 
 TEST_F(CommsComponent, DropsAKnownActionWithoutAHandler) {
+    handle(LinkRecorder::kNothing, "ext_act_end");
+    testing::internal::CaptureStderr();
     send("ext_act_beg");
     EXPECT_TRUE(pumpToEnd());
     EXPECT_EQ(recorder->calls, 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(CommsComponent, KeepsAHandlerOfAnUnknownActionButNeverCallsIt) {

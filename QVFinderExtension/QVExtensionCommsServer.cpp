@@ -10,6 +10,11 @@ constexpr NS::Method kMethods[] = {
     NS::method<&QVExtensionCommsServer::extensionAlive>("extensionAlive:"),
 };
 
+// The clients as they are now, so that those found dead can leave the list meanwhile.
+NS::Ref<NS::Array> snapshotOf(const NS::RefPtr<NS::MutableArray>& ports) {
+    return ports ? ports->copy() : NS::make<NS::Array>();
+}
+
 NS::Ref<NS::MachPort> portOf(const NS::Ref<NS::Object>& entry) {
     return NS::Ref<NS::MachPort>(*NS::cast<NS::MachPort>(entry));
 }
@@ -42,7 +47,7 @@ QVExtensionCommsServer::QVExtensionCommsServer(const NS::Ref<NS::String>& name)
 
 void QVExtensionCommsServer::broadcastAction_data(const NS::Ref<NS::String>& action,
                                                   const NS::Array& data) {
-    const NS::Ref<NS::Array> snapshot = ports()->copy();
+    const NS::Ref<NS::Array> snapshot = snapshotOf(ports());
     for (const NS::Ref<NS::Object>& entry : *snapshot) {
         const NS::Ref<NS::MachPort> client = portOf(entry);
         if (client->isValid()) {
@@ -73,12 +78,14 @@ void QVExtensionCommsServer::broadcastShutdown() {
 }
 
 void QVExtensionCommsServer::extensionAlive(NS::RefPtr<NS::MachPort> client) {
-    ports()->addObject(client);
+    if (const auto clients = ports()) {
+        clients->addObject(client);
+    }
 }
 
 bool QVExtensionCommsServer::hasClients() {
     bool found = false;
-    const NS::Ref<NS::Array> snapshot = ports()->copy();
+    const NS::Ref<NS::Array> snapshot = snapshotOf(ports());
     for (const NS::Ref<NS::Object>& entry : *snapshot) {
         const NS::Ref<NS::MachPort> client = portOf(entry);
         if (client->isValid()) {
@@ -91,7 +98,11 @@ bool QVExtensionCommsServer::hasClients() {
 }
 
 void QVExtensionCommsServer::removeInvalidatedPort(const NS::Ref<NS::MachPort>& client) {
-    notificationCenter()->postNotificationName_object(NS::str(kPortInvalidatedNotification),
-                                                      client->description());
-    ports()->removeObject(*client);
+    if (const auto center = notificationCenter()) {
+        center->postNotificationName_object(NS::str(kPortInvalidatedNotification),
+                                            client->description());
+    }
+    if (const auto clients = ports()) {
+        clients->removeObject(*client);
+    }
 }

@@ -1,9 +1,11 @@
 #include "QVFinderExtension/QVExtensionCommsServer.h"
 
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Ports/MachBootstrapServer.h"
 #include "QVApi/Content/QVUserInfoItem.h"
 #include "QVFinderExtension/Testing/LinkFixture.h"
 
+#include <functional>
 #include <memory>
 
 namespace {
@@ -15,8 +17,14 @@ using ClientEndpoint = Scheduled<QVExtensionCommsComponent>;
 class NoticeRecorder final : public NS::Object {
     NS_OBJECT(NoticeRecorder)
   public:
-    void posted(NS::RefPtr<NS::Notification> notice) { notices.push_back(notice); }
+    void posted(NS::RefPtr<NS::Notification> notice) {
+        notices.push_back(notice);
+        if (onNotice) {
+            onNotice();
+        }
+    }
     std::vector<NS::RefPtr<NS::Notification>> notices;
+    std::function<void()> onNotice;
 };
 
 constexpr NS::Method kNoticeMethods[] = {NS::method<&NoticeRecorder::posted>("posted:")};
@@ -165,16 +173,25 @@ TEST_F(CommsServer, PostsTheNoticeBeforeThePortLeavesTheList) {
     const auto client = newClient("test.1");
     const auto port =
         NS::Ref<NS::MachPort>(*NS::cast<NS::MachPort>(server->ports()->objectAtIndex(0)));
+    std::size_t countAtNotice = 0;
+    notices->onNotice = [&] {
+        countAtNotice = server->ports()->count();
+    };
     server->removeInvalidatedPort(port);
-    EXPECT_EQ(notices->notices.size(), 1U);
+    EXPECT_EQ(countAtNotice, 1U);
     EXPECT_EQ(server->ports()->count(), 0U);
 }
 
 TEST_F(CommsServer, KeepsAClientWhoseQueueIsFull) {
     const auto client = newClient("test.1");
+    const auto recorder = record(*client, "ext_act_beg");
     for (int i = 0; i < 5000; ++i) {
         server->broadcastNetworkActivityBegin();
     }
+    while (NS::RunLoop::currentRunLoop()->serveReady()) {
+    }
+    EXPECT_GE(recorder->calls, 256);
+    EXPECT_LT(recorder->calls, 5000);
     EXPECT_TRUE(server->hasClients());
     EXPECT_EQ(server->ports()->count(), 1U);
     EXPECT_TRUE(notices->notices.empty());
@@ -185,6 +202,19 @@ TEST_F(CommsServer, AppendsAClientThatAnnouncesItselfAfterTheShutdown) {
     server->broadcastShutdown();
     announce(*client);
     EXPECT_EQ(server->ports()->count(), 2U);
+}
+
+TEST_F(CommsServer, IsNotFoundUnderANameThatAnotherHas) {
+    Scheduled<QVExtensionCommsServer> second(NS::str("test.server"));
+    const auto found =
+        NS::MachBootstrapServer::sharedInstance()->portForName(*NS::str("test.server"));
+    EXPECT_TRUE(found->isEqual(server->port().get()));
+    EXPECT_FALSE(found->isEqual(second->port().get()));
+    second->setPortName(nullptr); // or its end would take the first one's name
+}
+
+TEST_F(CommsServer, RaisesForAnAnnouncementWithoutAPort) {
+    EXPECT_THROW(server->extensionAlive(nullptr), NS::Exception);
 }
 
 TEST_F(CommsServer, HasANotificationCentreOfItsOwn) {

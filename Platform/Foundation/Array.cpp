@@ -3,9 +3,11 @@
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Format.h"
+#include "Platform/Foundation/Nesting.h"
 #include "Platform/Foundation/Null.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace NS {
 
@@ -74,7 +76,8 @@ Ref<Array> Array::arrayByAddingObjectsFromArray(const Array& other) const {
 }
 
 Ref<Array> Array::copy() const {
-    return make<Array>(objects_);
+    const bool changes = isKindOfClass(MutableArray::kClass);
+    return changes ? make<Array>(objects_) : Ref<Array>(const_cast<Array&>(*this));
 }
 
 Ref<MutableArray> Array::mutableCopy() const {
@@ -86,6 +89,7 @@ bool Array::isEqual(const Object* other) const {
         return true;
     }
     const auto* array = as<Array>(other);
+    const NestedVisit visit;
     return array != nullptr &&
            std::ranges::equal(*this, *array, [](const Ref<Object>& a, const Ref<Object>& b) {
                return a == b || a->isEqual(b.get());
@@ -97,15 +101,18 @@ Ref<String> Array::description() const {
 }
 
 RefPtr<Object> Array::valueForKey(const String& key) const {
-    const auto values = make<MutableArray>();
+    const NestedVisit visit;
+    std::vector<Ref<Object>> values;
+    values.reserve(count());
     for (const Ref<Object>& each : *this) {
         const RefPtr<Object> value = each->valueForKey(key);
-        values->addObject(value ? value : RefPtr<Object>(Null::null()));
+        values.push_back(value ? Ref<Object>(*value) : Ref<Object>(Null::null()));
     }
-    return values;
+    return make<Array>(std::move(values));
 }
 
 void Array::setValue_forKey(RefPtr<Object> value, const String& key) {
+    const NestedVisit visit;
     for (const Ref<Object>& each : *this) {
         each->setValue_forKey(value, key);
     }
@@ -119,18 +126,28 @@ void MutableArray::addObject(const RefPtr<Object>& object) {
     objects_.emplace_back(*object);
 }
 
+// Takes the elements out before it lets go of them: an object that ends may use the array.
+template <class Predicate>
+void MutableArray::removeIf(Predicate&& goes) {
+    std::vector<Ref<Object>> kept;
+    std::vector<Ref<Object>> removed;
+    for (const Ref<Object>& each : objects_) {
+        (goes(*each) ? removed : kept).push_back(each);
+    }
+    objects_.swap(kept);
+}
+
 void MutableArray::removeObject(const Object& object) {
-    // The object may be held by nothing but this array.
-    const Ref<Object> kept(const_cast<Object&>(object));
-    std::erase_if(objects_, [&](const auto& each) { return each->isEqual(kept.get()); });
+    removeIf([&](const Object& each) { return each.isEqual(&object); });
 }
 
 void MutableArray::removeObjectIdenticalTo(const Object& object) {
-    std::erase_if(objects_, [&](const auto& each) { return each.get() == &object; });
+    removeIf([&](const Object& each) { return &each == &object; });
 }
 
 void MutableArray::removeObjectAtIndex(std::size_t index) {
     checkIndex(*this, "removeObjectAtIndex:", index);
+    const Ref<Object> removed = objects_[index];
     objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(index));
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <utility>
 #include <vector>
 
 namespace NS {
@@ -12,6 +13,9 @@ class MutableArray;
 
 // Objects in order; the same object may stand in it more than once. Never nil. Does not change
 // itself, but may be a MutableArray that its owner changes.
+//
+// Comparing and key-value coding go into nested collections; they raise NSGenericException for one
+// that holds itself, or that nests too deeply.
 class Array : public Object {
     NS_OBJECT(Array)
   public:
@@ -29,7 +33,8 @@ class Array : public Object {
 
     Ref<Array> arrayByAddingObject(const Ref<Object>& object) const;
     Ref<Array> arrayByAddingObjectsFromArray(const Array& other) const;
-    // The elements as they are now, unaffected by later changes of this array.
+    // The elements as they are now, unaffected by later changes of this array; an array that never
+    // changes gives itself.
     Ref<Array> copy() const;
     Ref<MutableArray> mutableCopy() const;
 
@@ -68,6 +73,10 @@ class MutableArray final : public Array {
     // Raises NSRangeException for an index that is not below the count.
     void removeObjectAtIndex(std::size_t index);
     void removeAllObjects();
+
+  private:
+    template <class Predicate>
+    void removeIf(Predicate&& goes);
 };
 
 } // namespace NS

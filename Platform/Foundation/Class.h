@@ -9,7 +9,6 @@
 namespace NS {
 
 class Object;
-class KeyedUnarchiver;
 struct Property;
 
 // What the program knows of a class at run time: its name, its superclass, the methods that can be

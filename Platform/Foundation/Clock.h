@@ -2,6 +2,10 @@
 
 namespace NS {
 
+// Seconds from 1970-01-01 to 2001-01-01, both at midnight UTC: from the zero of the system's clock
+// to the zero of dates.
+inline constexpr double kTimeIntervalSince1970 = 978307200.0;
+
 // Where the time comes from, so that a test can move it. Any thread.
 class Clock {
   public:

@@ -1,10 +1,13 @@
 #include "Platform/Foundation/Data.h"
 
+#include "Platform/Foundation/Hashing.h"
 #include "Platform/Foundation/StringBuilder.h"
 
 #include <algorithm>
 #include <functional>
 #include <new>
+#include <string>
+#include <utility>
 
 namespace NS {
 
@@ -27,6 +30,20 @@ void appendHex(StringBuilder& builder, Bytes bytes) {
     for (const std::byte byte : bytes) {
         builder.append(kDigits[std::to_integer<std::size_t>(byte >> 4)]);
         builder.append(kDigits[std::to_integer<std::size_t>(byte & std::byte{0xF})]);
+    }
+}
+
+bool isWithin(Bytes part, Bytes whole) noexcept {
+    return !std::less<>{}(part.data(), whole.data()) &&
+           std::less<>{}(part.data(), whole.data() + whole.size());
+}
+
+// Words of four bytes with a blank after each.
+void appendHexWords(StringBuilder& builder, Bytes bytes) {
+    constexpr std::size_t kWord = 4;
+    for (; !bytes.empty(); bytes = bytes.subspan(kWord)) {
+        appendHex(builder, bytes.first(kWord));
+        builder.append(' ');
     }
 }
 
@@ -60,7 +77,7 @@ bool Data::isEqual(const Object* other) const {
 }
 
 std::size_t Data::hash() const {
-    return std::hash<std::string_view>{}(charactersOf(bytes_));
+    return hashOfBytes(charactersOf(bytes_));
 }
 
 Ref<String> Data::description() const {
@@ -71,9 +88,9 @@ Ref<String> Data::description() const {
     if (length() <= kHead + kTail) {
         appendHex(builder, bytes_);
     } else {
-        appendHex(builder, bytes_.first(kHead));
-        builder.appendAscii(" ... ");
-        appendHex(builder, bytes_.last(kTail));
+        appendHexWords(builder, bytes_.first(kHead));
+        builder.appendAscii("... ");
+        appendHexWords(builder, bytes_.last(kTail));
     }
     builder.append('}');
     return builder.string();
@@ -84,12 +101,17 @@ MutableData::MutableData(Bytes bytes) : Data({}, nullptr) {
 }
 
 void MutableData::appendBytes(Bytes bytes) {
-    storage_.insert(storage_.end(), bytes.begin(), bytes.end());
+    if (isWithin(bytes, storage_)) { // they move when the storage grows
+        const std::vector<std::byte> copied(bytes.begin(), bytes.end());
+        storage_.insert(storage_.end(), copied.begin(), copied.end());
+    } else {
+        storage_.insert(storage_.end(), bytes.begin(), bytes.end());
+    }
     setBytes(storage_);
 }
 
 void MutableData::setData(Bytes bytes) {
-    storage_.assign(bytes.begin(), bytes.end());
+    storage_ = std::vector<std::byte>(bytes.begin(), bytes.end());
     setBytes(storage_);
 }
 

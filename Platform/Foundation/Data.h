@@ -4,8 +4,8 @@
 
 #include <cstddef>
 #include <span>
-#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace NS {
@@ -36,7 +36,8 @@ class Data : public Object {
 
     bool isEqual(const Object* other) const override;
     std::size_t hash() const override;
-    // "{length = 5, bytes = 0x68656c6c6f}"; more than 24 bytes show their first 16 and last 8.
+    // "{length = 5, bytes = 0x68656c6c6f}"; of more than 24 bytes the first 16 and the last 8, in
+    // words: "{length = 25, bytes = 0x00010203 04050607 08090a0b 0c0d0e0f ... 11121314 15161718 }".
     Ref<String> description() const override;
     void encodeWithCoder(KeyedArchiver& coder) const override;
 
@@ -56,6 +57,7 @@ class MutableData final : public Data {
     NS_OBJECT(MutableData)
   public:
     explicit MutableData(Bytes bytes = {});
+    // The bytes may be some of its own.
     void appendBytes(Bytes bytes);
     void setData(Bytes bytes);
 

@@ -2,10 +2,11 @@
 
 #include "Platform/Foundation/Clock.h"
 #include "Platform/Foundation/Format.h"
+#include "Platform/Foundation/Hashing.h"
 
 #include <chrono>
 #include <cmath>
-#include <functional>
+#include <cstdint>
 
 namespace NS {
 
@@ -13,11 +14,9 @@ constinit const Class Date::kClass{.name = "NSDate", .superclass = &Object::kCla
 
 namespace {
 
-// Seconds from 1970-01-01 to 2001-01-01, both at midnight UTC.
-constexpr double kReferenceDate = 978307200.0;
 // Years beyond four digits are no dates that anyone means; the number itself tells more.
-constexpr double kLastSecondOfYear9999 = 252423993599.0;
-constexpr double kFirstSecondOfYear1 = -63113904000.0;
+constexpr double kStartOfYear1 = -63113904000.0;
+constexpr double kStartOfYear10000 = 252423993600.0;
 
 } // namespace
 
@@ -30,11 +29,11 @@ Ref<Date> Date::dateWithTimeIntervalSinceNow(double seconds) {
 }
 
 Ref<Date> Date::dateWithTimeIntervalSince1970(double seconds) {
-    return make<Date>(seconds - kReferenceDate);
+    return make<Date>(seconds - kTimeIntervalSince1970);
 }
 
 double Date::timeIntervalSince1970() const noexcept {
-    return seconds_ + kReferenceDate;
+    return seconds_ + kTimeIntervalSince1970;
 }
 
 int Date::compare(const Date& other) const noexcept {
@@ -43,20 +42,21 @@ int Date::compare(const Date& other) const noexcept {
 
 bool Date::isEqual(const Object* other) const {
     const auto* date = as<Date>(other);
-    return date != nullptr && seconds_ == date->seconds_;
+    return this == other || (date != nullptr && seconds_ == date->seconds_);
 }
 
 std::size_t Date::hash() const {
-    return std::hash<double>{}(seconds_);
+    return hashOfReal(seconds_);
 }
 
 Ref<String> Date::description() const {
     using namespace std::chrono;
-    if (!(seconds_ >= kFirstSecondOfYear1 && seconds_ <= kLastSecondOfYear9999 + 1)) {
+    if (!(seconds_ >= kStartOfYear1 && seconds_ < kStartOfYear10000)) {
         return stringWithFormat("%0.16g seconds since 2001-01-01 00:00:00 +0000", seconds_);
     }
+    // Whole seconds first: the sum could round a fraction up to the next of them.
     const sys_seconds moment{
-        seconds(static_cast<std::int64_t>(std::floor(timeIntervalSince1970())))};
+        seconds(static_cast<std::int64_t>(std::floor(seconds_) + kTimeIntervalSince1970))};
     const sys_days day = floor<days>(moment);
     const year_month_day date{day};
     const hh_mm_ss time{moment - day};

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/Description.h"
 
 #include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/StringBuilder.h"
@@ -59,10 +60,17 @@ void appendEscaped(StringBuilder& out, char16_t unit) {
         out.append(static_cast<char>(unit));
     } else {
         std::array<char, 16> text{};
-        (void)std::snprintf(text.data(), text.size(), unit < 0x80 ? "\\%03o" : "\\U%04x",
-                            static_cast<unsigned>(unit));
+        const char* const format = unit < 0x80 ? "\\%03o" : "\\U%04x";
+        (void)std::snprintf(text.data(), text.size(), format, unsigned{unit});
         out.appendAscii(text.data());
     }
+}
+
+// Each quoting doubles the backslashes of the one before, so that also a leaf has its limit.
+Ref<String> withinLimit(const String& text) {
+    return text.length() <= kLengthLimit
+               ? text.copy()
+               : text.substringToIndex(kLengthLimit)->stringByAppendingString(*str("..."));
 }
 
 // Writes one collection and what it holds. A nested collection is indented before its opening
@@ -78,7 +86,7 @@ class CollectionWriter {
     void write(const Dictionary& dictionary, std::size_t level) {
         open("{");
         for (const Dictionary::Entry* entry : sortedEntries(dictionary)) {
-            if (isFull()) {
+            if (breaksOff()) {
                 break;
             }
             indent(level + 1);
@@ -97,7 +105,7 @@ class CollectionWriter {
         open(opening);
         const char* separator = "";
         for (const Ref<Object>& object : objects) {
-            if (isFull()) {
+            if (breaksOff()) {
                 break;
             }
             out_.appendAscii(separator);
@@ -134,9 +142,9 @@ class CollectionWriter {
     }
 
     void writeLeaf(const Object& object) {
-        const Ref<String> text = object.description();
+        const Ref<String> text = withinLimit(*object.description());
         // A data's description has brackets of its own and is shown as it is.
-        const bool bracketed = text->hasPrefix(*str("{length = "));
+        const bool bracketed = as<Data>(&object) != nullptr;
         out_.append(bracketed ? *text : *quotedForDescription(*text));
     }
 
@@ -165,7 +173,8 @@ class CollectionWriter {
     }
     void indent(std::size_t level) { out_.appendRepeated(' ', level * kIndent); }
 
-    bool isFull() {
+    // True when there is text enough; marks the place where it ends.
+    bool breaksOff() {
         if (out_.length() < kLengthLimit) {
             return false;
         }
@@ -180,6 +189,7 @@ class CollectionWriter {
     bool cut_ = false;
 };
 
+// A call of description() from within another one's.
 class NestedCall {
   public:
     NestedCall() { ++depth_; }
@@ -189,10 +199,10 @@ class NestedCall {
     static bool isTooDeep() { return depth_ > kNestedCallLimit; }
 
   private:
-    static thread_local int depth_;
+    static constinit thread_local int depth_;
 };
 
-thread_local int NestedCall::depth_ = 0;
+constinit thread_local int NestedCall::depth_ = 0;
 
 template <class Collection>
 Ref<String> describeCollection(const Collection& collection) {
@@ -229,9 +239,9 @@ Ref<String> describeUserInfo(const Dictionary& userInfo) {
         }
         out.appendAscii(separator);
         separator = ", ";
-        out.append(*key->description());
+        out.append(*withinLimit(*key->description()));
         out.append('=');
-        out.append(*value->description());
+        out.append(*withinLimit(*value->description()));
     }
     out.append('}');
     return out.string();

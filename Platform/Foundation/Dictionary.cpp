@@ -3,7 +3,9 @@
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Nesting.h"
 #include "Platform/Foundation/String.h"
+#include "Platform/Foundation/Utf8.h"
 
 #include <algorithm>
 
@@ -52,10 +54,17 @@ Ref<Dictionary> Dictionary::dictionaryWithEntries(
 }
 
 std::size_t Dictionary::positionOfKey(const Object& key) const {
-    const bool indexed = entries_.size() > HashIndex::kUnindexedEntries;
-    return index_.find(indexed ? key.hash() : 0, entries_.size(), [&](std::size_t position) {
-        return entries_[position].first->isEqual(&key);
-    });
+    return index_.find([&] { return key.hash(); }, entries_.size(),
+                       [&](std::size_t p) { return entries_[p].first->isEqual(&key); });
+}
+
+// Finds what the same text as a String would find, without making one.
+std::size_t Dictionary::positionOfAsciiKey(std::string_view key) const {
+    return index_.find([&] { return String::hashOfAscii(key); }, entries_.size(),
+                       [&](std::size_t p) {
+                           const auto* text = as<String>(entries_[p].first.get());
+                           return text != nullptr && text->isAscii() && text->ascii() == key;
+                       });
 }
 
 void Dictionary::setEntry(Entry entry) {
@@ -66,12 +75,11 @@ void Dictionary::setEntry(Entry entry) {
 void Dictionary::setEntryWithin(EqualityBudget& budget, Entry entry) {
     const Object& key = *entry.first;
     const std::uint64_t cost = budget.costOf(key);
-    const bool indexed = entries_.size() > HashIndex::kUnindexedEntries;
-    const std::size_t position =
-        index_.find(indexed ? key.hash() : 0, entries_.size(), [&](std::size_t p) {
-            budget.spend(cost);
-            return entries_[p].first->isEqual(&key);
-        });
+    const std::size_t position = index_.find([&] { return key.hash(); }, entries_.size(),
+                                             [&](std::size_t p) {
+                                                 budget.spend(cost);
+                                                 return entries_[p].first->isEqual(&key);
+                                             });
     putEntry(position, std::move(entry));
 }
 
@@ -81,22 +89,29 @@ void Dictionary::putEntry(std::size_t position, Entry entry) {
         entries_[position].second = std::move(entry.second);
         return;
     }
+    if (const auto text = as<String>(entry.first)) {
+        entry.first = text->copy();
+    }
     entries_.push_back(std::move(entry));
     index_.appended(entries_.size(), [this](std::size_t p) { return hashAt(p); });
 }
 
 RefPtr<Object> Dictionary::objectForKey(const Object& key) const {
-    const std::size_t position = positionOfKey(key);
+    return valueAt(positionOfKey(key));
+}
+
+RefPtr<Object> Dictionary::objectForKey(std::string_view key) const {
+    return Utf8::isAscii(key) ? valueAt(positionOfAsciiKey(key)) : objectForKey(*str(key));
+}
+
+RefPtr<Object> Dictionary::valueAt(std::size_t position) const {
     return position == HashIndex::kNotFound ? RefPtr<Object>()
                                             : RefPtr<Object>(entries_[position].second);
 }
 
-RefPtr<Object> Dictionary::objectForKey(std::string_view key) const {
-    return objectForKey(*str(key));
-}
-
 Ref<Dictionary> Dictionary::copy() const {
-    return make<Dictionary>(entries_);
+    const bool changes = isKindOfClass(MutableDictionary::kClass);
+    return changes ? make<Dictionary>(entries_) : Ref<Dictionary>(const_cast<Dictionary&>(*this));
 }
 
 Ref<MutableDictionary> Dictionary::mutableCopy() const {
@@ -108,6 +123,7 @@ bool Dictionary::isEqual(const Object* other) const {
         return true;
     }
     const auto* dictionary = as<Dictionary>(other);
+    const NestedVisit visit;
     return dictionary != nullptr && count() == dictionary->count() &&
            std::ranges::all_of(entries_, [&](const Entry& entry) {
                const RefPtr<Object> value = dictionary->objectForKey(*entry.first);
@@ -140,13 +156,14 @@ void MutableDictionary::removeObjectForKey(const Object& key) {
     if (position == HashIndex::kNotFound) {
         return;
     }
+    const Entry removed = entries_[position]; // ends after the dictionary is whole again
     entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(position));
     index_.rebuild(entries_.size(), [this](std::size_t p) { return hashAt(p); });
 }
 
 void MutableDictionary::removeAllObjects() {
-    std::vector<Entry>().swap(entries_);
     index_ = HashIndex();
+    std::vector<Entry>().swap(entries_);
 }
 
 void MutableDictionary::setValue_forKey(RefPtr<Object> value, const String& key) {

@@ -15,7 +15,8 @@ class EqualityBudget;
 class MutableDictionary;
 
 // Values by key; keys are compared with isEqual(). Enumerates in the order in which keys were first
-// set. Does not change itself, but may be a MutableDictionary that its owner changes.
+// set. Does not change itself, but may be a MutableDictionary that its owner changes. Comparing
+// goes into nested collections as Array does.
 class Dictionary : public Object {
     NS_OBJECT(Dictionary)
   public:
@@ -33,8 +34,10 @@ class Dictionary : public Object {
     std::size_t count() const noexcept { return entries_.size(); }
     // Nil when there is no such key.
     RefPtr<Object> objectForKey(const Object& key) const;
+    // The same for a key in UTF-8. Raises NSInvalidArgumentException when it is not.
     RefPtr<Object> objectForKey(std::string_view key) const;
 
+    // The entries as they are now; a dictionary that never changes gives itself.
     Ref<Dictionary> copy() const;
     Ref<MutableDictionary> mutableCopy() const;
 
@@ -52,6 +55,8 @@ class Dictionary : public Object {
   protected:
     friend class KeyedUnarchiver;
     std::size_t positionOfKey(const Object& key) const;
+    std::size_t positionOfAsciiKey(std::string_view key) const;
+    RefPtr<Object> valueAt(std::size_t position) const;
     void setEntry(Entry entry);
     void setEntryWithin(EqualityBudget& budget, Entry entry);
     void putEntry(std::size_t position, Entry entry);
@@ -68,7 +73,8 @@ class MutableDictionary final : public Dictionary {
   public:
     using Dictionary::Dictionary;
 
-    // Replaces the value of an equal key. Raises NSInvalidArgumentException for a nil object.
+    // Replaces the value of an equal key, whose key object stays. A new key is kept as a copy when
+    // it is a text. Raises NSInvalidArgumentException for a nil object.
     void setObject_forKey(const RefPtr<Object>& object, Ref<Object> key);
     void setObject_forKey(const RefPtr<Object>& object, std::string_view key);
     // Linear in the number of entries, which stay in order.

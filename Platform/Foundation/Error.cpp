@@ -1,11 +1,9 @@
 #include "Platform/Foundation/Error.h"
 
 #include "Platform/Foundation/Description.h"
-#include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/Format.h"
+#include "Platform/Foundation/Hashing.h"
 #include "Platform/Foundation/StringBuilder.h"
-
-#include <functional>
 
 namespace NS {
 
@@ -13,14 +11,14 @@ constinit const Class Error::kClass{.name = "NSError", .superclass = &Object::kC
 
 namespace {
 
-Ref<Dictionary> orEmpty(RefPtr<Dictionary> dictionary) {
-    return dictionary ? Ref<Dictionary>(*dictionary) : make<Dictionary>();
+Ref<Dictionary> copyOf(const RefPtr<Dictionary>& dictionary) {
+    return dictionary ? dictionary->copy() : make<Dictionary>();
 }
 
 } // namespace
 
-Error::Error(Ref<String> domain, std::int64_t code, RefPtr<Dictionary> userInfo)
-    : domain_(std::move(domain)), code_(code), userInfo_(orEmpty(std::move(userInfo))) {}
+Error::Error(const Ref<String>& domain, std::int64_t code, const RefPtr<Dictionary>& userInfo)
+    : domain_(domain->copy()), code_(code), userInfo_(copyOf(userInfo)) {}
 
 RefPtr<Object> Error::localizedDescription() const {
     return userInfo_->objectForKey("NSLocalizedDescription");
@@ -33,7 +31,7 @@ bool Error::isEqual(const Object* other) const {
 }
 
 std::size_t Error::hash() const {
-    return domain_->hash() ^ std::hash<std::int64_t>{}(code_);
+    return domain_->hash() ^ hashOfInteger(static_cast<std::uint64_t>(code_));
 }
 
 Ref<String> Error::description() const {

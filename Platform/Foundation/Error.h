@@ -12,7 +12,9 @@ namespace NS {
 class Error final : public Object {
     NS_OBJECT(Error)
   public:
-    Error(Ref<String> domain, std::int64_t code, RefPtr<Dictionary> userInfo = nullptr);
+    // Copies what could still change.
+    Error(const Ref<String>& domain, std::int64_t code,
+          const RefPtr<Dictionary>& userInfo = nullptr);
 
     const Ref<String>& domain() const noexcept { return domain_; }
     std::int64_t code() const noexcept { return code_; }

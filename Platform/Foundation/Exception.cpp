@@ -2,13 +2,17 @@
 
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/CallStack.h"
-#include "Platform/Foundation/Dictionary.h"
+#include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Number.h"
 
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <typeinfo>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace NS {
 
@@ -31,53 +35,103 @@ Exception currentException() {
     }
 }
 
-[[noreturn]] void terminate() {
-    // A handler that raises again ends here a second time and must not be called again.
-    const UncaughtExceptionHandler handler = uncaughtExceptionHandler.exchange(nullptr);
-    if (std::current_exception() != nullptr) {
-        const Exception exception = currentException();
+void callHandler(const Exception& exception) noexcept {
+    const UncaughtExceptionHandler handler = uncaughtExceptionHandler;
+    try {
         if (handler != nullptr) {
             handler(exception);
         }
-        (void)std::fprintf(stderr,
-                           "*** Terminating app due to uncaught exception '%s', reason: '%s'\n",
-                           exception.name()->utf8().c_str(),
-                           exception.reason() ? exception.reason()->utf8().c_str() : "(null)");
+    } catch (...) {
+        (void)std::fputs("*** The handler of uncaught exceptions raised one itself\n", stderr);
+    }
+}
+
+// The process ends once: a second thread that comes here waits for it.
+constinit std::mutex endOfProcess;
+// What this thread does at the end can fail in turn.
+constinit thread_local bool endsHere = false;
+
+[[noreturn]] void terminate() noexcept {
+    if (std::exchange(endsHere, true)) {
+        std::abort();
+    }
+    endOfProcess.lock();
+    if (std::current_exception() != nullptr) {
+        const Exception exception = currentException();
+        callHandler(exception);
+        (void)std::fprintf(stderr, "*** Terminating due to uncaught exception %s\n",
+                           exception.what());
+    } else {
+        (void)std::fputs("*** Terminating without an exception\n", stderr);
     }
     std::abort();
 }
 
 } // namespace
 
-Exception::Exception(Ref<String> name, RefPtr<String> reason, RefPtr<Dictionary> userInfo)
-    : name_(std::move(name)), reason_(std::move(reason)), userInfo_(std::move(userInfo)),
-      callStack_(CallStack::capture(1)),
-      what_(name_->utf8() + ": " + (reason_ ? reason_->utf8() : "(null)")) {}
+struct Exception::State {
+    Ref<String> name;
+    RefPtr<String> reason;
+    RefPtr<Dictionary> userInfo;
+    std::vector<void*> callStack;
+    std::string what;
+};
 
-void Exception::raise(std::string_view name, std::string_view reason) {
-    throw Exception(str(name), String::fromFileSystemRepresentation(reason));
+// Functions whose return address is where the call stack begins are not inlined.
+[[gnu::noinline]] Exception::Exception(Ref<String> name, RefPtr<String> reason,
+                                       RefPtr<Dictionary> userInfo)
+    : Exception(std::move(name), std::move(reason), std::move(userInfo),
+                __builtin_return_address(0)) {}
+
+Exception::Exception(Ref<String> name, RefPtr<String> reason, RefPtr<Dictionary> userInfo,
+                     const void* returnAddress) {
+    std::string what = name->utf8() + ": " + descriptionOf(reason.get())->utf8();
+    state_ = std::make_shared<const State>(
+        State{std::move(name), std::move(reason), std::move(userInfo),
+              CallStack::captureFrom(returnAddress), std::move(what)});
 }
 
-void Exception::raise(std::string_view name, const Ref<String>& reason) {
-    throw Exception(str(name), reason);
+const Ref<String>& Exception::name() const noexcept {
+    return state_->name;
+}
+
+const RefPtr<String>& Exception::reason() const noexcept {
+    return state_->reason;
+}
+
+const RefPtr<Dictionary>& Exception::userInfo() const noexcept {
+    return state_->userInfo;
+}
+
+const char* Exception::what() const noexcept {
+    return state_->what.c_str();
+}
+
+[[gnu::noinline]] void Exception::raise(std::string_view name, std::string_view reason) {
+    throw Exception(str(name), String::fromFileSystemRepresentation(reason), nullptr,
+                    __builtin_return_address(0));
+}
+
+[[gnu::noinline]] void Exception::raise(std::string_view name, const Ref<String>& reason) {
+    throw Exception(str(name), reason, nullptr, __builtin_return_address(0));
 }
 
 Ref<Array> Exception::callStackReturnAddresses() const {
-    const auto addresses = make<MutableArray>();
-    for (void* address : callStack_) {
-        addresses->addObject(
+    std::vector<Ref<Object>> addresses;
+    for (void* address : state_->callStack) {
+        addresses.emplace_back(
             Number::numberWithUnsignedLongLong(reinterpret_cast<std::uintptr_t>(address)));
     }
-    return addresses;
+    return make<Array>(std::move(addresses));
 }
 
 Ref<Array> Exception::callStackSymbols() const {
-    const auto symbols = make<MutableArray>();
-    for (std::size_t i = 0; i < callStack_.size(); ++i) {
-        symbols->addObject(
-            String::fromFileSystemRepresentation(CallStack::symbol(i, callStack_[i])));
+    std::vector<Ref<Object>> symbols;
+    for (void* address : state_->callStack) {
+        symbols.emplace_back(
+            String::fromFileSystemRepresentation(CallStack::symbol(symbols.size(), address)));
     }
-    return symbols;
+    return make<Array>(std::move(symbols));
 }
 
 void setUncaughtExceptionHandler(UncaughtExceptionHandler handler) noexcept {

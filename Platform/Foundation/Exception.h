@@ -4,8 +4,8 @@
 #include "Platform/Foundation/String.h"
 
 #include <exception>
+#include <memory>
 #include <string_view>
-#include <vector>
 
 namespace NS {
 
@@ -22,42 +22,45 @@ inline constexpr std::string_view kInvalidUnarchiveOperationException =
     "NSInvalidUnarchiveOperationException";
 
 // A programmer's mistake, or bad input where the platform raises for it. Carries its name, its
-// reason and the call stack of the point where it was raised. Cheap to copy: copies share one
-// state.
+// reason and the call stack of the point where it was raised. Copies share one state; copying never
+// fails.
 class Exception : public std::exception {
   public:
+    // Takes the call stack of the caller; to be thrown right there.
     Exception(Ref<String> name, RefPtr<String> reason, RefPtr<Dictionary> userInfo = nullptr);
 
-    // Throws an exception with the call stack of the caller.
+    // The same, thrown at once.
     [[noreturn]] static void raise(std::string_view name, std::string_view reason);
     [[noreturn]] static void raise(std::string_view name, const Ref<String>& reason);
 
-    Ref<String> name() const { return name_; }
-    RefPtr<String> reason() const { return reason_; }
-    RefPtr<Dictionary> userInfo() const { return userInfo_; }
+    const Ref<String>& name() const noexcept;
+    const RefPtr<String>& reason() const noexcept;
+    const RefPtr<Dictionary>& userInfo() const noexcept;
 
-    // The return addresses, innermost first, as numbers.
+    // The return addresses, innermost first, as numbers; at most 128.
     Ref<Array> callStackReturnAddresses() const;
-    // A line for each of them: index, module, address, function and offset into it.
+    // A line for each of them: index, module, address, function and offset into it. A function that
+    // its module does not export has no name here, and the offset is that into the module.
     Ref<Array> callStackSymbols() const;
 
     // "name: reason", for callers that know the standard library only.
-    const char* what() const noexcept override { return what_.c_str(); }
+    const char* what() const noexcept override;
 
   private:
-    Ref<String> name_;
-    RefPtr<String> reason_;
-    RefPtr<Dictionary> userInfo_;
-    std::vector<void*> callStack_;
-    std::string what_;
+    struct State;
+
+    Exception(Ref<String> name, RefPtr<String> reason, RefPtr<Dictionary> userInfo,
+              const void* returnAddress);
+
+    std::shared_ptr<const State> state_;
 };
 
 using UncaughtExceptionHandler = void (*)(const Exception& exception);
 
 // Sets what is called with an exception that nothing catches, before the process is aborted; null
 // for nothing. Replaces the earlier handler. An exception of another kind reaches it with its
-// what() as the reason. Runs on the thread that raised; the process then ends by SIGABRT, whatever
-// it does.
+// what() as the reason. Runs once, on the thread that raised first; others wait for the end. The
+// process ends by SIGABRT when it returns, and when it raises.
 void setUncaughtExceptionHandler(UncaughtExceptionHandler handler) noexcept;
 
 } // namespace NS

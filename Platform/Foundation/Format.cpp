@@ -2,13 +2,12 @@
 
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/FormatConversion.h"
 #include "Platform/Foundation/StringBuilder.h"
 
 #include <charconv>
-#include <cmath>
 #include <cstddef>
 #include <cstring>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -19,21 +18,6 @@ namespace {
 [[noreturn]] void raiseBadFormat(std::string_view format, const char* why) {
     Exception::raise(kInvalidArgumentException, "format \"" + std::string(format) + "\": " + why);
 }
-
-enum class Length : std::uint8_t { kInt, kChar, kShort, kLong };
-
-// One conversion of a format, between its "%" and its letter.
-struct Conversion {
-    bool leftAligned = false;
-    bool showSign = false;
-    bool blankSign = false;
-    bool alternate = false;
-    bool zeroPadded = false;
-    std::size_t width = 0;
-    std::optional<std::size_t> precision;
-    Length length = Length::kInt;
-    char letter = 0;
-};
 
 // Wider or more precise than this is a mistake, and would only eat memory.
 constexpr std::size_t kWidthLimit = 1 << 16;
@@ -92,7 +76,7 @@ class Formatter {
             return;
         }
         acceptPosition();
-        Conversion conversion;
+        FormatConversion conversion;
         acceptFlags(conversion);
         acceptWidth(conversion);
         acceptPrecision(conversion);
@@ -117,7 +101,7 @@ class Formatter {
         }
     }
 
-    void acceptFlags(Conversion& conversion) {
+    void acceptFlags(FormatConversion& conversion) {
         for (;;) {
             if (accept('-')) {
                 conversion.leftAligned = true;
@@ -135,35 +119,38 @@ class Formatter {
         }
     }
 
-    void acceptWidth(Conversion& conversion) {
+    void acceptWidth(FormatConversion& conversion) {
         if (!accept('*')) {
             conversion.width = acceptNumber().value_or(0);
             return;
         }
         const std::int64_t width = nextInteger();
         conversion.leftAligned = conversion.leftAligned || width < 0;
-        conversion.width = checkedSize(width < 0 ? -width : width);
+        conversion.width =
+            checkedSize(width < 0 ? std::uint64_t{0} - static_cast<std::uint64_t>(width)
+                                  : static_cast<std::uint64_t>(width));
     }
 
-    void acceptPrecision(Conversion& conversion) {
+    void acceptPrecision(FormatConversion& conversion) {
         if (!accept('.')) {
             return;
         }
         if (!accept('*')) {
             conversion.precision = acceptNumber().value_or(0);
         } else if (const std::int64_t precision = nextInteger(); precision >= 0) {
-            conversion.precision = checkedSize(precision);
+            conversion.precision = checkedSize(static_cast<std::uint64_t>(precision));
         }
     }
 
-    std::size_t checkedSize(std::int64_t size) const {
-        if (size < 0 || size > static_cast<std::int64_t>(kWidthLimit)) {
+    std::size_t checkedSize(std::uint64_t size) const {
+        if (size > kWidthLimit) {
             raiseBadFormat(format_, "a width or precision is too large");
         }
-        return static_cast<std::size_t>(size);
+        return size;
     }
 
-    void acceptLength(Conversion& conversion) {
+    void acceptLength(FormatConversion& conversion) {
+        using Length = FormatConversion::Length;
         if (accept('h')) {
             conversion.length = accept('h') ? Length::kChar : Length::kShort;
         } else if (accept('l')) {
@@ -177,18 +164,16 @@ class Formatter {
     }
 
     const FormatArgument& nextArgument() {
-        const std::size_t index = position_ ? *position_ - 1 : next_++;
+        return argumentAt(position_ ? *position_ - 1 : next_++);
+    }
+
+    std::int64_t nextInteger() { return signedOf(argumentAt(next_++)); }
+
+    const FormatArgument& argumentAt(std::size_t index) const {
         if (index >= arguments_.size()) {
             raiseBadFormat(format_, "it has more conversions than there are arguments");
         }
         return arguments_[index];
-    }
-
-    std::int64_t nextInteger() {
-        if (next_ >= arguments_.size()) {
-            raiseBadFormat(format_, "it has more conversions than there are arguments");
-        }
-        return signedOf(arguments_[next_++]);
     }
 
     std::int64_t signedOf(const FormatArgument& argument) const {
@@ -202,20 +187,20 @@ class Formatter {
         }
     }
 
-    void append(const Conversion& conversion, const FormatArgument& argument) {
+    void append(const FormatConversion& conversion, const FormatArgument& argument) {
         switch (conversion.letter) {
         case '@':
             appendObject(conversion, argument);
             break;
         case 'd':
         case 'i':
-            appendSigned(conversion, signedOf(argument));
+            appendSigned(out_, conversion, signedOf(argument));
             break;
         case 'u':
         case 'o':
         case 'x':
         case 'X':
-            appendUnsigned(conversion, static_cast<std::uint64_t>(signedOf(argument)));
+            appendUnsigned(out_, conversion, static_cast<std::uint64_t>(signedOf(argument)));
             break;
         case 'c':
             appendText(conversion, *String::fromFileSystemRepresentation(
@@ -235,183 +220,56 @@ class Formatter {
         }
     }
 
-    void appendObject(const Conversion& conversion, const FormatArgument& argument) {
+    void appendObject(const FormatConversion& conversion, const FormatArgument& argument) {
         if (argument.kind() != FormatArgument::Kind::kObject) {
             raiseBadFormat(format_, "\"%@\" asks for an object and gets something else");
         }
         appendText(conversion, *descriptionOf(argument.object()));
     }
 
-    void appendUnit(const Conversion& conversion, char16_t unit) {
+    void appendUnit(const FormatConversion& conversion, char16_t unit) {
         appendText(conversion, *String::fromUtf16({&unit, 1}));
     }
 
-    void appendCString(const Conversion& conversion, const FormatArgument& argument) {
+    void appendCString(const FormatConversion& conversion, const FormatArgument& argument) {
         if (argument.kind() != FormatArgument::Kind::kText) {
             raiseBadFormat(format_, "\"%s\" asks for a text and gets something else");
         }
         const char* const text = argument.text() == nullptr ? "(null)" : argument.text();
         const std::size_t length =
             conversion.precision ? ::strnlen(text, *conversion.precision) : std::strlen(text);
-        appendPadded(conversion, *String::fromFileSystemRepresentation({text, length}));
+        appendPadded(out_, conversion, *String::fromFileSystemRepresentation({text, length}));
     }
 
-    void appendText(const Conversion& conversion, const String& text) {
+    void appendText(const FormatConversion& conversion, const String& text) {
         if (conversion.precision && *conversion.precision < text.length()) {
-            appendPadded(conversion, *text.substringToIndex(*conversion.precision));
+            appendPadded(out_, conversion, *text.substringToIndex(*conversion.precision));
         } else {
-            appendPadded(conversion, text);
+            appendPadded(out_, conversion, text);
         }
     }
 
-    void appendPadded(const Conversion& conversion, const String& text) {
-        const std::size_t padding =
-            conversion.width > text.length() ? conversion.width - text.length() : 0;
-        if (!conversion.leftAligned) {
-            out_.appendRepeated(' ', padding);
-        }
-        out_.append(text);
-        if (conversion.leftAligned) {
-            out_.appendRepeated(' ', padding);
-        }
-    }
-
-    // Sign or prefix, zeros up to the width where they are asked for, digits.
-    void appendNumber(const Conversion& conversion, std::string_view prefix,
-                      std::string_view digits, bool zerosAllowed) {
-        const std::size_t length = prefix.size() + digits.size();
-        const std::size_t padding = conversion.width > length ? conversion.width - length : 0;
-        const bool zeros = conversion.zeroPadded && !conversion.leftAligned && zerosAllowed;
-        if (!conversion.leftAligned && !zeros) {
-            out_.appendRepeated(' ', padding);
-        }
-        out_.appendAscii(prefix);
-        if (zeros) {
-            out_.appendRepeated('0', padding);
-        }
-        out_.appendAscii(digits);
-        if (conversion.leftAligned) {
-            out_.appendRepeated(' ', padding);
-        }
-    }
-
-    static std::string_view signOf(const Conversion& conversion, bool negative) {
-        if (negative) {
-            return "-";
-        }
-        return conversion.showSign ? "+" : (conversion.blankSign ? " " : "");
-    }
-
-    static std::string digitsOf(std::uint64_t value, int base,
-                                const std::optional<std::size_t>& precision) {
-        std::string digits(64, '0');
-        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value, base);
-        digits.resize(static_cast<std::size_t>(end.ptr - digits.data()));
-        if (precision && *precision == 0 && value == 0) {
-            digits.clear();
-        }
-        const std::size_t least = precision.value_or(1);
-        return digits.size() < least ? std::string(least - digits.size(), '0') + digits : digits;
-    }
-
-    void appendSigned(const Conversion& conversion, std::int64_t wide) {
-        std::int64_t value = wide;
-        if (conversion.length == Length::kInt) {
-            value = static_cast<std::int32_t>(wide);
-        } else if (conversion.length == Length::kShort) {
-            value = static_cast<std::int16_t>(wide);
-        } else if (conversion.length == Length::kChar) {
-            value = static_cast<std::int8_t>(wide);
-        }
-        const auto magnitude =
-            value < 0 ? ~static_cast<std::uint64_t>(value) + 1 : static_cast<std::uint64_t>(value);
-        appendNumber(conversion, signOf(conversion, value < 0),
-                     digitsOf(magnitude, 10, conversion.precision), !conversion.precision);
-    }
-
-    void appendUnsigned(const Conversion& conversion, std::uint64_t wide) {
-        std::uint64_t value = wide;
-        if (conversion.length == Length::kInt) {
-            value = static_cast<std::uint32_t>(wide);
-        } else if (conversion.length == Length::kShort) {
-            value = static_cast<std::uint16_t>(wide);
-        } else if (conversion.length == Length::kChar) {
-            value = static_cast<std::uint8_t>(wide);
-        }
-        const bool hexadecimal = conversion.letter == 'x' || conversion.letter == 'X';
-        const int base = hexadecimal ? 16 : (conversion.letter == 'o' ? 8 : 10);
-        std::string digits = digitsOf(value, base, conversion.precision);
-        std::string prefix;
-        if (conversion.alternate && hexadecimal && value != 0) {
-            prefix = "0x";
-        } else if (conversion.alternate && base == 8 && !digits.starts_with('0')) {
-            digits.insert(0, "0");
-        }
-        if (conversion.letter == 'X') {
-            upperCase(prefix);
-            upperCase(digits);
-        }
-        appendNumber(conversion, prefix, digits, !conversion.precision);
-    }
-
-    void appendPointer(const Conversion& conversion, const FormatArgument& argument) {
-        const void* pointer = nullptr;
-        if (argument.kind() == FormatArgument::Kind::kPointer) {
-            pointer = argument.pointer();
-        } else if (argument.kind() == FormatArgument::Kind::kObject) {
-            pointer = argument.object();
-        } else if (argument.kind() == FormatArgument::Kind::kText) {
-            pointer = argument.text();
-        } else {
+    void appendPointer(const FormatConversion& conversion, const FormatArgument& argument) {
+        switch (argument.kind()) {
+        case FormatArgument::Kind::kPointer:
+            return NS::appendPointer(out_, conversion, argument.pointer());
+        case FormatArgument::Kind::kObject:
+            return NS::appendPointer(out_, conversion, argument.object());
+        case FormatArgument::Kind::kText:
+            return NS::appendPointer(out_, conversion, argument.text());
+        default:
             raiseBadFormat(format_, "\"%p\" asks for a pointer and gets something else");
         }
-        appendNumber(conversion, "0x", digitsOf(reinterpret_cast<std::uintptr_t>(pointer), 16, {}),
-                     true);
     }
 
-    static void upperCase(std::string& text) {
-        for (char& c : text) {
-            c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-        }
-    }
-
-    std::string realDigits(const Conversion& conversion, char letter, double magnitude) const {
-        std::string digits(512 + conversion.precision.value_or(0), '0');
-        char* const first = digits.data();
-        char* const last = first + digits.size();
-        const bool exact = letter == 'a' && !conversion.precision;
-        const std::chars_format form = letter == 'e'   ? std::chars_format::scientific
-                                       : letter == 'g' ? std::chars_format::general
-                                       : letter == 'a' ? std::chars_format::hex
-                                                       : std::chars_format::fixed;
-        const int precision = static_cast<int>(conversion.precision.value_or(6));
-        const auto end = exact ? std::to_chars(first, last, magnitude, form)
-                               : std::to_chars(first, last, magnitude, form, precision);
-        digits.resize(static_cast<std::size_t>(end.ptr - first));
-        return digits;
-    }
-
-    void appendReal(const Conversion& conversion, const FormatArgument& argument) {
-        const char letter = static_cast<char>(conversion.letter | 0x20);
-        if (std::string_view("fega").find(letter) == std::string_view::npos) {
+    void appendReal(const FormatConversion& conversion, const FormatArgument& argument) {
+        if (std::string_view("fFeEgGaA").find(conversion.letter) == std::string_view::npos) {
             raiseBadFormat(format_, "it has a conversion that does not exist");
         }
         if (argument.kind() != FormatArgument::Kind::kReal) {
             raiseBadFormat(format_, "a conversion asks for a real number and gets something else");
         }
-        const double value = argument.realValue();
-        const bool finite = std::isfinite(value);
-        std::string digits = finite ? realDigits(conversion, letter, std::fabs(value))
-                                    : (std::isnan(value) ? "nan" : "inf");
-        std::string prefix(signOf(conversion, std::signbit(value) && !std::isnan(value)));
-        if (letter == 'a' && finite) {
-            prefix += "0x";
-        }
-        if (conversion.letter != letter) {
-            upperCase(prefix);
-            upperCase(digits);
-        }
-        appendNumber(conversion, prefix, digits, finite);
+        NS::appendReal(out_, conversion, argument.realValue());
     }
 
     std::string_view format_;

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -57,9 +58,12 @@ class FormatArgument {
 // printf's formats without the user's locale, and "%@" for an object's description; nil, and a null
 // text for "%s", give "(null)". Understands flags, width, precision, "*", positions ("%2$@"), the
 // length modifiers hh h l ll q j z t, and the conversions d i u x X o c C s @ p f F e E g G a A %.
-// An integer is cut to the width that its length modifier names, as a C argument would be.
+// An integer is cut to the width that its length modifier names, as a C argument would be. Widths
+// and the precision of "%@" count UTF-16 units, the precision of "%s" bytes. Arguments that the
+// format does not ask for are left out.
 //
-// A format that is wrong, or that does not fit its arguments, raises NSInvalidArgumentException.
+// A format that is wrong, or that asks for an argument of another kind or for more than there are,
+// raises NSInvalidArgumentException.
 Ref<String> stringWithFormatArguments(std::string_view format,
                                       std::span<const FormatArgument> arguments);
 

@@ -18,9 +18,10 @@ class HashIndex {
     static constexpr std::size_t kUnindexedEntries = 8;
     static constexpr std::size_t kNotFound = std::numeric_limits<std::size_t>::max();
 
-    // The position whose entry satisfies matches(position), or kNotFound.
-    template <class Matches>
-    std::size_t find(std::size_t hash, std::size_t entryCount, Matches&& matches) const {
+    // The position whose entry satisfies matches(position), or kNotFound. Calls hash() only when
+    // there is an index.
+    template <class Hash, class Matches>
+    std::size_t find(Hash&& hash, std::size_t entryCount, Matches&& matches) const {
         if (slots_.empty()) {
             for (std::size_t position = 0; position < entryCount; ++position) {
                 if (matches(position)) {
@@ -29,7 +30,7 @@ class HashIndex {
             }
             return kNotFound;
         }
-        for (std::size_t slot = firstSlot(hash); slots_[slot] != kEmpty; slot = nextSlot(slot)) {
+        for (std::size_t slot = firstSlot(hash()); slots_[slot] != kEmpty; slot = nextSlot(slot)) {
             if (matches(slots_[slot])) {
                 return slots_[slot];
             }

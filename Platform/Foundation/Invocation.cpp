@@ -3,8 +3,6 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Format.h"
 
-#include <string>
-
 namespace NS {
 
 constinit const Class MethodSignature::kClass{.name = "NSMethodSignature",
@@ -56,11 +54,7 @@ void Invocation::invoke() {
     }
     const Method* const operation = target->methodForSelector(selector_);
     if (operation == nullptr || selector_.argumentCount() != arguments_.size()) {
-        Exception::raise(kInvalidArgumentException,
-                         stringWithFormat("-[%s %s]: unrecognized selector sent to instance %p",
-                                          target->objectClass().name,
-                                          std::string(selector_.name).c_str(),
-                                          static_cast<const void*>(target.get())));
+        raiseUnrecognizedSelector(*target, selector_);
     }
     const std::vector<RefPtr<Object>> arguments = arguments_;
     operation->invoke(*target, arguments);

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Object.h"
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace NS {
@@ -36,7 +37,7 @@ class Invocation final : public Object {
     // Raises NSInvalidArgumentException for a nil signature.
     explicit Invocation(const RefPtr<MethodSignature>& signature);
 
-    RefPtr<Object> target() const { return target_; }
+    const RefPtr<Object>& target() const noexcept { return target_; }
     void setTarget(RefPtr<Object> target) { target_ = std::move(target); }
     Selector selector() const noexcept { return selector_; }
     // The text must outlive the invocation.
@@ -47,8 +48,9 @@ class Invocation final : public Object {
     void setArgument_atIndex(RefPtr<Object> argument, std::size_t index);
     RefPtr<Object> argumentAtIndex(std::size_t index) const;
 
-    // Calls the target; a nil target is no call. Raises NSInvalidArgumentException when the target
-    // does not respond to the selector with as many arguments, and whatever the operation raises.
+    // Calls the target; a nil target is no call. The call may change this invocation, or make it
+    // again. Raises NSInvalidArgumentException when the target does not respond to the selector
+    // with as many arguments, and whatever the operation raises.
     void invoke();
 
   private:

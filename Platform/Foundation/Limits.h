@@ -16,7 +16,7 @@ inline constexpr std::size_t kDepth = 512;
 // for each of its bytes and at least. A unit is a small object compared or hashed, or 64 bytes of a
 // long one. An honest archive takes a unit or two for each key, and a key takes more than six
 // bytes; a hostile one can make the work grow with the square of its size, or exponentially.
-inline constexpr std::uint64_t kEqualityWorkPerByte = 8;
+inline constexpr std::uint64_t kEqualityWorkPerByte = 4;
 inline constexpr std::uint64_t kEqualityWorkAtLeast = 65536;
 
 // How many positions of a class's records have their keys remembered between records. The longest

@@ -1,9 +1,6 @@
 #include "Platform/Foundation/NotificationCenter.h"
 
-#include "Platform/Foundation/Dictionary.h"
-#include "Platform/Foundation/Invocation.h"
-
-#include <algorithm>
+#include <utility>
 
 namespace NS {
 
@@ -16,57 +13,62 @@ Notification::Notification(Ref<String> name, RefPtr<Object> object, RefPtr<Dicti
 
 class NotificationCenter::Observation final : public Object {
   public:
-    Observation(Ref<Object> observer, Selector selector, RefPtr<String> name, RefPtr<Object> object)
-        : call_(make<Invocation>(MethodSignature::signatureForSelector(*observer, selector))),
-          name_(std::move(name)), object_(std::move(object)) {
-        call_->setTarget(observer);
-        call_->setSelector(selector);
-    }
+    Observation(Ref<Object> observer, const Method& method, RefPtr<String> name,
+                RefPtr<Object> object)
+        : observer_(std::move(observer)), method_(method), name_(std::move(name)),
+          object_(std::move(object)) {}
 
     bool concerns(const Notification& notification) const {
         return (!name_ || name_->isEqual(notification.name().get())) &&
                (!object_ || object_ == notification.object());
     }
-    bool belongsTo(const Object& observer) const { return call_->target().get() == &observer; }
+    bool belongsTo(const Object& observer) const { return observer_.get() == &observer; }
 
-    void pass(const Ref<Notification>& notification) {
+    void pass(const RefPtr<Object>& notification) const {
         if (!removed_) {
-            call_->setArgument_atIndex(notification, MethodSignature::kFirstParameter);
-            call_->invoke();
+            method_.invoke(*observer_, {&notification, 1});
         }
     }
     void remove() { removed_ = true; }
 
   private:
-    Ref<Invocation> call_;
+    Ref<Object> observer_;
+    const Method& method_;
     RefPtr<String> name_;
     RefPtr<Object> object_;
     bool removed_ = false;
 };
 
-NotificationCenter::NotificationCenter() = default;
+NotificationCenter::NotificationCenter() noexcept = default;
 NotificationCenter::~NotificationCenter() = default;
 
 void NotificationCenter::addObserver_selector_name_object(Ref<Object> observer, Selector selector,
                                                           RefPtr<String> name,
                                                           RefPtr<Object> object) {
+    const Method* const method = observer->methodForSelector(selector);
+    if (method == nullptr || selector.argumentCount() != 1) {
+        raiseUnrecognizedSelector(*observer, selector);
+    }
     observations_.push_back(
-        make<Observation>(std::move(observer), selector, std::move(name), std::move(object)));
+        make<Observation>(std::move(observer), *method, std::move(name), std::move(object)));
 }
 
 void NotificationCenter::removeObserver(const Object& observer) {
-    std::erase_if(observations_, [&](const Ref<Observation>& each) {
-        const bool gone = each->belongsTo(observer);
-        if (gone) {
-            each->remove();
-        }
-        return gone;
-    });
+    std::vector<Ref<Observation>> kept;
+    std::vector<Ref<Observation>> removed; // last, for an observer may end with it and call again
+    for (const Ref<Observation>& each : observations_) {
+        (each->belongsTo(observer) ? removed : kept).push_back(each);
+    }
+    for (const Ref<Observation>& each : removed) {
+        each->remove();
+    }
+    observations_.swap(kept);
 }
 
 void NotificationCenter::postNotificationName_object(const Ref<String>& name, RefPtr<Object> object,
                                                      RefPtr<Dictionary> userInfo) {
     const auto notification = make<Notification>(name, std::move(object), std::move(userInfo));
+    // Observers come and go while this one is passed on; those who come now have missed it.
     const std::vector<Ref<Observation>> snapshot = observations_;
     for (const Ref<Observation>& observation : snapshot) {
         if (observation->concerns(*notification)) {

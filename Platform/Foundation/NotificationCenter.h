@@ -31,16 +31,17 @@ class Notification final : public Object {
 class NotificationCenter final : public Object {
     NS_OBJECT(NotificationCenter)
   public:
-    NotificationCenter();
+    NotificationCenter() noexcept;
     ~NotificationCenter() override;
 
     // Calls the observer's selector, which takes the Notification, for each post of the name (any
     // name when nil) about the object (any object when nil; compared by identity). Raises
-    // NSInvalidArgumentException when the observer does not respond to the selector.
+    // NSInvalidArgumentException when the observer does not respond to the selector, or the
+    // selector does not take one argument.
     void addObserver_selector_name_object(Ref<Object> observer, Selector selector,
                                           RefPtr<String> name, RefPtr<Object> object);
     // Forgets all that the observer asked for. An observer removed while a notification is being
-    // passed on does not receive it any more.
+    // passed on does not receive it any more; one added meanwhile does not receive it yet.
     void removeObserver(const Object& observer);
 
     void postNotificationName_object(const Ref<String>& name, RefPtr<Object> object,

@@ -2,11 +2,11 @@
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Format.h"
+#include "Platform/Foundation/Hashing.h"
 #include "Platform/Foundation/String.h"
 
 #include <bit>
 #include <cmath>
-#include <functional>
 #include <limits>
 
 namespace NS {
@@ -41,6 +41,46 @@ int orderedReals(double a, double b) noexcept {
         return ordered(std::isnan(b), std::isnan(a));
     }
     return ordered(a, b);
+}
+
+// An integer of either signedness: its value is that of `bits` as two's complement, unless it is
+// beyond the signed range.
+struct WideInteger {
+    std::uint64_t bits;
+    bool beyondSigned;
+
+    std::int64_t signedValue() const noexcept { return static_cast<std::int64_t>(bits); }
+};
+
+int orderedIntegers(WideInteger a, WideInteger b) noexcept {
+    if (a.beyondSigned != b.beyondSigned) {
+        return a.beyondSigned ? 1 : -1;
+    }
+    return a.beyondSigned ? ordered(a.bits, b.bits) : ordered(a.signedValue(), b.signedValue());
+}
+
+// Every integer from -2^63 up to, not including, 2^64.
+bool hasIntegerPart(double value) noexcept {
+    return value >= -0x1p63 && value < 0x1p64;
+}
+
+WideInteger integerPart(double value) noexcept {
+    return value < 0x1p63
+               ? WideInteger{static_cast<std::uint64_t>(static_cast<std::int64_t>(value)), false}
+               : WideInteger{static_cast<std::uint64_t>(value), true};
+}
+
+// Compares exactly: as two doubles, neighbours above 2^53 would be equal to a third and not to each
+// other.
+int orderedMixed(WideInteger integer, double real) noexcept {
+    if (std::isnan(real) || real < -0x1p63) {
+        return 1;
+    }
+    if (real >= 0x1p64) {
+        return -1;
+    }
+    const int order = orderedIntegers(integer, integerPart(real));
+    return order != 0 ? order : ordered(0.0, real - std::trunc(real));
 }
 
 } // namespace
@@ -90,15 +130,18 @@ bool Number::boolValue() const noexcept {
 }
 
 int Number::compare(const Number& other) const noexcept {
-    if (isReal() || other.isReal()) {
+    const auto integerOf = [](const Number& number) {
+        return WideInteger{number.bits_,
+                           number.type_ == Type::kUnsigned && number.bits_ >> 63U != 0};
+    };
+    if (isReal() && other.isReal()) {
         return orderedReals(doubleValue(), other.doubleValue());
     }
-    const bool beyond = type_ == Type::kUnsigned && bits_ >> 63U != 0;
-    const bool otherBeyond = other.type_ == Type::kUnsigned && other.bits_ >> 63U != 0;
-    if (beyond != otherBeyond) {
-        return beyond ? 1 : -1;
+    if (isReal()) {
+        return -orderedMixed(integerOf(other), doubleValue());
     }
-    return beyond ? ordered(bits_, other.bits_) : ordered(longLongValue(), other.longLongValue());
+    return other.isReal() ? orderedMixed(integerOf(*this), other.doubleValue())
+                          : orderedIntegers(integerOf(*this), integerOf(other));
 }
 
 bool Number::isEqual(const Object* other) const {
@@ -107,7 +150,12 @@ bool Number::isEqual(const Object* other) const {
 }
 
 std::size_t Number::hash() const {
-    return std::hash<double>{}(doubleValue());
+    if (!isReal()) {
+        return hashOfInteger(bits_);
+    }
+    const double value = doubleValue();
+    const bool integral = hasIntegerPart(value) && std::trunc(value) == value;
+    return integral ? hashOfInteger(integerPart(value).bits) : hashOfReal(value);
 }
 
 Ref<String> Number::description() const {
@@ -126,8 +174,8 @@ Ref<String> Number::description() const {
 namespace {
 
 template <class Result>
-Result readNumber(const RefPtr<Object>& value, Result (Number::*fromNumber)() const noexcept,
-                  Result (String::*fromText)() const noexcept) {
+Result readNumber(const RefPtr<Object>& value, Result (Number::*fromNumber)() const,
+                  Result (String::*fromText)() const) {
     if (!value) {
         return {};
     }
@@ -140,15 +188,19 @@ Result readNumber(const RefPtr<Object>& value, Result (Number::*fromNumber)() co
 } // namespace
 
 std::int64_t longLongValue(const RefPtr<Object>& value) {
-    return readNumber(value, &Number::longLongValue, &String::longLongValue);
+    return readNumber<std::int64_t>(value, &Number::longLongValue, &String::longLongValue);
 }
 
 std::int32_t intValue(const RefPtr<Object>& value) {
-    return readNumber(value, &Number::intValue, &String::intValue);
+    return readNumber<std::int32_t>(value, &Number::intValue, &String::intValue);
+}
+
+double doubleValue(const RefPtr<Object>& value) {
+    return readNumber<double>(value, &Number::doubleValue, &String::doubleValue);
 }
 
 bool boolValue(const RefPtr<Object>& value) {
-    return readNumber(value, &Number::boolValue, &String::boolValue);
+    return readNumber<bool>(value, &Number::boolValue, &String::boolValue);
 }
 
 } // namespace NS

@@ -23,7 +23,8 @@ class Number final : public Object {
     Type type() const noexcept { return type_; }
 
     // The value in another type. A fraction is cut off toward zero; a real number beyond the range
-    // of an integer gives the nearest limit, and not-a-number gives 0.
+    // of an integer gives the nearest limit, and not-a-number gives 0. An integer gives its lowest
+    // bits, as a conversion of C does.
     std::int64_t longLongValue() const noexcept;
     std::uint64_t unsignedLongLongValue() const noexcept;
     std::int32_t intValue() const noexcept;
@@ -31,11 +32,13 @@ class Number final : public Object {
     bool boolValue() const noexcept;
 
     bool isEqualToNumber(const Number& other) const noexcept { return compare(other) == 0; }
-    // Below zero, zero or above; not-a-number sorts before everything else.
+    // Below zero, zero or above, by the exact values. Not-a-number equals itself and sorts before
+    // everything else.
     int compare(const Number& other) const noexcept;
 
     bool isEqual(const Object* other) const override;
     std::size_t hash() const override;
+    // Integers in decimal, a boolean as 1 or 0, real numbers as "%0.7g" and "%0.16g".
     Ref<String> description() const override;
 
   private:
@@ -53,6 +56,7 @@ class Number final : public Object {
 // gives 0 or false, any other object raises NSInvalidArgumentException.
 std::int64_t longLongValue(const RefPtr<Object>& value);
 std::int32_t intValue(const RefPtr<Object>& value);
+double doubleValue(const RefPtr<Object>& value);
 bool boolValue(const RefPtr<Object>& value);
 
 } // namespace NS

@@ -2,10 +2,12 @@
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Format.h"
+#include "Platform/Foundation/Hashing.h"
 #include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/String.h"
 
-#include <functional>
+#include <cstdint>
+#include <string>
 
 namespace NS {
 
@@ -50,7 +52,7 @@ const Property* Class::propertyForKey(std::string_view key) const noexcept {
 }
 
 std::size_t Object::hash() const {
-    return std::hash<const void*>{}(this);
+    return hashOfInteger(reinterpret_cast<std::uintptr_t>(this));
 }
 
 Ref<String> Object::description() const {
@@ -58,17 +60,19 @@ Ref<String> Object::description() const {
 }
 
 void Object::encodeWithCoder(KeyedArchiver&) const {
-    Exception::raise(kInvalidArgumentException,
-                     stringWithFormat("-[%s encodeWithCoder:]: unrecognized selector sent to "
-                                      "instance %p",
-                                      objectClass().name, static_cast<const void*>(this)));
+    raiseUnrecognizedSelector(*this, Selector{"encodeWithCoder:"});
 }
 
 void Object::initWithCoder(KeyedUnarchiver&) {
+    raiseUnrecognizedSelector(*this, Selector{"initWithCoder:"});
+}
+
+void raiseUnrecognizedSelector(const Object& receiver, Selector selector) {
     Exception::raise(kInvalidArgumentException,
-                     stringWithFormat("-[%s initWithCoder:]: unrecognized selector sent to "
-                                      "instance %p",
-                                      objectClass().name, static_cast<const void*>(this)));
+                     stringWithFormat("-[%s %s]: unrecognized selector sent to instance %p",
+                                      receiver.objectClass().name,
+                                      std::string(selector.name).c_str(),
+                                      static_cast<const void*>(&receiver)));
 }
 
 void raiseUnrecognizedSelector(const Object& receiver, const Class& expected) {

@@ -21,7 +21,7 @@ class String;
         return kClass;                                                                             \
     }                                                                                              \
     using Self_ = Self;                                                                            \
-    static constexpr int kFirstPropertyLine = __LINE__;                                            \
+    [[maybe_unused]] static constexpr int kFirstPropertyLine = __LINE__;                           \
                                                                                                    \
   private:
 
@@ -103,6 +103,8 @@ const T* as(const Object* object) noexcept {
                                                                  : nullptr;
 }
 
+// Raises NSInvalidArgumentException for an object that is sent what it does not respond to.
+[[noreturn]] void raiseUnrecognizedSelector(const Object& receiver, Selector selector);
 // Raises NSInvalidArgumentException for an object that is used as one of a class that it is not of.
 [[noreturn]] void raiseUnrecognizedSelector(const Object& receiver, const Class& expected);
 

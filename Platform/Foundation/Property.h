@@ -123,7 +123,7 @@ struct Scalar<bool> {
 template <>
 struct Scalar<double> {
     static Ref<Object> box(double value) { return Number::numberWithDouble(value); }
-    static double unbox(const RefPtr<Object>& value) { return cast<Number>(value)->doubleValue(); }
+    static double unbox(const RefPtr<Object>& value) { return doubleValue(value); }
 };
 
 } // namespace NS

@@ -1,11 +1,13 @@
 #include "Platform/Foundation/Property.h"
 
-#include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/String.h"
+#include "Platform/Foundation/Testing/RaisedException.h"
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -31,14 +33,7 @@ constinit const NS::Class Record::kClass{
 constinit const NS::Class DerivedRecord::kClass{
     .name = "DerivedRecord", .superclass = &Record::kClass, .properties = kDerivedProperties};
 
-std::string nameOfException(const std::function<void()>& act) {
-    try {
-        act();
-    } catch (const NS::Exception& exception) {
-        return exception.name()->utf8();
-    }
-    return "none";
-}
+using Tests::nameOfException;
 
 TEST(Property, StandsInTheClassInItsDeclaredOrder) {
     ASSERT_EQ(kRecordProperties.size(), 3U);
@@ -76,6 +71,85 @@ TEST(Property, RaisesForNilIntoAScalar) {
     const auto record = NS::make<Record>();
     EXPECT_EQ(nameOfException([&] { record->setValue_forKey(nullptr, NS::str("marked")); }),
               NS::kInvalidArgumentException);
+}
+
+TEST(Property, RaisesForAValueThatIsNoScalar) {
+    const auto record = NS::make<Record>();
+    EXPECT_EQ(
+        nameOfException([&] { record->setValue_forKey(NS::make<Record>(), NS::str("time")); }),
+        NS::kInvalidArgumentException);
+    EXPECT_EQ(record->time(), 0.0);
+}
+
+TEST(Property, ReadsAScalarFromAText) {
+    const auto record = NS::make<Record>();
+    record->setValue_forKey(NS::str("2.5"), NS::str("time"));
+    record->setValue_forKey(NS::str("yes"), NS::str("marked"));
+    EXPECT_EQ(record->time(), 2.5);
+    EXPECT_TRUE(record->marked());
+}
+
+TEST(Property, HoldsWhateverObjectItIsGivenByItsKey) {
+    const auto record = NS::make<Record>();
+    const NS::Ref<NS::Object> other = NS::make<Record>();
+    record->setValue_forKey(other, NS::str("title"));
+    EXPECT_EQ(record->title(), NS::RefPtr<NS::Object>(other));
+    EXPECT_EQ(other->referenceCount(), 2U);
+    record->setTitle(nullptr);
+    EXPECT_EQ(record->title(), nullptr);
+    EXPECT_EQ(other->referenceCount(), 1U);
+}
+
+TEST(AtomicRef, HoldsOneReferenceUntilItEnds) {
+    const auto text = NS::str("text");
+    {
+        NS::AtomicRef<NS::String> reference;
+        EXPECT_EQ(reference.load(), nullptr);
+        reference.store(text);
+        EXPECT_EQ(text->referenceCount(), 2U);
+        EXPECT_EQ(reference.load(), NS::RefPtr<NS::String>(text));
+        reference.store(text);
+        EXPECT_EQ(text->referenceCount(), 2U);
+    }
+    EXPECT_EQ(text->referenceCount(), 1U);
+}
+
+// Reads the reference that it stands in while it ends.
+class LateReader final : public NS::Object {
+  public:
+    explicit LateReader(NS::AtomicRef<NS::Object>& reference) noexcept : reference_(reference) {}
+    ~LateReader() override { reference_.store(nullptr); }
+
+  private:
+    NS::AtomicRef<NS::Object>& reference_;
+};
+
+TEST(AtomicRef, LetsAnObjectThatItReleasesUseIt) {
+    NS::AtomicRef<NS::Object> reference;
+    reference.store(NS::make<LateReader>(reference));
+    reference.store(NS::str("next"));
+    EXPECT_EQ(reference.load(), nullptr);
+}
+
+TEST(AtomicRef, LosesNothingWhenSeveralThreadsStore) {
+    const auto text = NS::str("shared");
+    {
+        NS::AtomicRef<NS::String> reference;
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([&] {
+                for (int round = 0; round < 5000; ++round) {
+                    reference.store(text);
+                    (void)reference.load();
+                }
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(text->referenceCount(), 2U);
+    }
+    EXPECT_EQ(text->referenceCount(), 1U);
 }
 
 TEST(AtomicRef, KeepsAReadValueAliveAcrossAConcurrentStore) {

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Nesting.h"
 
 #include <algorithm>
 
@@ -37,9 +38,8 @@ Ref<Set> Set::setWithObject(Ref<Object> object) {
 }
 
 std::size_t Set::positionOf(const Object& object) const {
-    const bool indexed = objects_.size() > HashIndex::kUnindexedEntries;
-    return index_.find(indexed ? object.hash() : 0, objects_.size(),
-                       [&](std::size_t position) { return objects_[position]->isEqual(&object); });
+    return index_.find([&] { return object.hash(); }, objects_.size(),
+                       [&](std::size_t p) { return objects_[p]->isEqual(&object); });
 }
 
 void Set::insert(Ref<Object> object) {
@@ -52,12 +52,11 @@ void Set::insert(Ref<Object> object) {
 
 void Set::insertWithin(EqualityBudget& budget, Ref<Object> object) {
     const std::uint64_t cost = budget.costOf(*object);
-    const bool indexed = objects_.size() > HashIndex::kUnindexedEntries;
-    const std::size_t position =
-        index_.find(indexed ? object->hash() : 0, objects_.size(), [&](std::size_t p) {
-            budget.spend(cost);
-            return objects_[p]->isEqual(object.get());
-        });
+    const std::size_t position = index_.find([&] { return object->hash(); }, objects_.size(),
+                                             [&](std::size_t p) {
+                                                 budget.spend(cost);
+                                                 return objects_[p]->isEqual(object.get());
+                                             });
     if (position == HashIndex::kNotFound) {
         objects_.push_back(std::move(object));
         index_.appended(objects_.size(), [this](std::size_t p) { return hashAt(p); });
@@ -77,6 +76,7 @@ bool Set::isEqual(const Object* other) const {
         return true;
     }
     const auto* set = as<Set>(other);
+    const NestedVisit visit;
     return set != nullptr && count() == set->count() &&
            std::ranges::all_of(objects_,
                                [&](const Ref<Object>& each) { return set->containsObject(*each); });
@@ -99,13 +99,14 @@ void MutableSet::removeObject(const Object& object) {
     if (position == HashIndex::kNotFound) {
         return;
     }
+    const Ref<Object> removed = objects_[position]; // ends after the set is whole again
     objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(position));
     index_.rebuild(objects_.size(), [this](std::size_t p) { return hashAt(p); });
 }
 
 void MutableSet::removeAllObjects() {
-    std::vector<Ref<Object>>().swap(objects_);
     index_ = HashIndex();
+    std::vector<Ref<Object>>().swap(objects_);
 }
 
 } // namespace NS

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Object.h"
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace NS {

@@ -5,8 +5,7 @@
 #include "Platform/Foundation/Utf8.h"
 
 #include <algorithm>
-#include <cstring>
-#include <functional>
+#include <cassert>
 #include <new>
 
 namespace NS {
@@ -54,8 +53,12 @@ bool matchesAt(const String& text, std::size_t offset, const String& part) noexc
     return regionMatches(text, offset, part);
 }
 
-void checkIndex(const String& text, std::size_t index, bool endAllowed) {
-    if (index > text.length() || (index == text.length() && !endAllowed)) {
+std::optional<std::size_t> foundAt(std::size_t position) noexcept {
+    return position == std::string_view::npos ? std::nullopt : std::optional(position);
+}
+
+void checkRange(const String& text, std::size_t location, std::size_t length) {
+    if (location > text.length() || length > text.length() - location) {
         Exception::raise(kRangeException, "Range or index out of bounds");
     }
 }
@@ -80,6 +83,7 @@ void String::destroy() const noexcept {
 }
 
 Ref<String> String::fromAscii(std::string_view characters) {
+    assert(Utf8::isAscii(characters));
     const Ref<String> result = allocate(characters.size(), false);
     std::ranges::copy(characters, result->asciiStorage());
     return result;
@@ -155,7 +159,7 @@ std::u16string_view String::utf16() const noexcept {
 }
 
 char16_t String::characterAtIndex(std::size_t index) const {
-    checkIndex(*this, index, false);
+    checkRange(*this, index, 1);
     return unitAt(*this, index);
 }
 
@@ -212,10 +216,16 @@ bool String::hasSuffix(const String& suffix) const noexcept {
 }
 
 std::optional<std::size_t> String::rangeOfString(const String& text) const noexcept {
-    if (text.length() == 0 || text.length() > length()) {
+    if (text.length() == 0) {
         return std::nullopt;
     }
-    for (std::size_t i = 0; i <= length() - text.length(); ++i) {
+    if (isAscii() && text.isAscii()) {
+        return foundAt(ascii().find(text.ascii()));
+    }
+    if (!isAscii() && !text.isAscii()) {
+        return foundAt(utf16().find(text.utf16()));
+    }
+    for (std::size_t i = 0; i + text.length() <= length(); ++i) {
         if (matchesAt(*this, i, text)) {
             return i;
         }
@@ -224,17 +234,19 @@ std::optional<std::size_t> String::rangeOfString(const String& text) const noexc
 }
 
 Ref<String> String::substringFromIndex(std::size_t index) const {
-    checkIndex(*this, index, true);
-    return onCharacters(
-        *this, [&](std::string_view c) { return fromAscii(c.substr(index)); },
-        [&](std::u16string_view c) { return fromUtf16(c.substr(index)); });
+    checkRange(*this, index, 0);
+    return substringWithRange(index, length() - index);
 }
 
 Ref<String> String::substringToIndex(std::size_t index) const {
-    checkIndex(*this, index, true);
+    return substringWithRange(0, index);
+}
+
+Ref<String> String::substringWithRange(std::size_t location, std::size_t count) const {
+    checkRange(*this, location, count);
     return onCharacters(
-        *this, [&](std::string_view c) { return fromAscii(c.substr(0, index)); },
-        [&](std::u16string_view c) { return fromUtf16(c.substr(0, index)); });
+        *this, [&](std::string_view c) { return fromAscii(c.substr(location, count)); },
+        [&](std::u16string_view c) { return fromUtf16(c.substr(location, count)); });
 }
 
 Ref<String> String::stringByAppendingString(const String& suffix) const {
@@ -250,77 +262,34 @@ bool String::isEqual(const Object* other) const {
 }
 
 std::size_t String::hash() const {
-    const std::hash<std::string_view> hashBytes;
     return onCharacters(
-        *this, [&](std::string_view c) { return hashBytes(c); },
-        [&](std::u16string_view c) {
-            return hashBytes(
+        *this, [](std::string_view c) { return hashOfBytes(c); },
+        [](std::u16string_view c) {
+            return hashOfBytes(
                 {reinterpret_cast<const char*>(c.data()), c.size() * sizeof(char16_t)});
         });
 }
 
-Ref<String> String::description() const {
+Ref<String> String::copy() const {
     return Ref<String>(const_cast<String&>(contents()));
 }
 
-MutableString::MutableString(const String& text) : String(kIndirect), text_(text.description()) {}
+Ref<MutableString> String::mutableCopy() const {
+    return make<MutableString>(*this);
+}
+
+Ref<String> String::description() const {
+    return copy();
+}
+
+MutableString::MutableString(const String& text) : String(kIndirect), text_(text.copy()) {}
 
 void MutableString::setString(const String& text) {
-    text_ = text.description();
+    text_ = text.copy();
 }
 
 void MutableString::appendString(const String& text) {
     text_ = stringByAppendingString(text);
-}
-
-void StringBuilder::widen() {
-    if (wide_.empty()) {
-        wide_.assign(narrow_.begin(), narrow_.end());
-        narrow_.clear();
-    }
-}
-
-void StringBuilder::append(const String& text) {
-    if (text.isAscii()) {
-        appendAscii(text.ascii());
-    } else {
-        widen();
-        wide_.append(text.utf16());
-    }
-}
-
-void StringBuilder::appendAscii(std::string_view characters) {
-    if (wide_.empty()) {
-        narrow_.append(characters);
-    } else {
-        wide_.append(characters.begin(), characters.end());
-    }
-}
-
-void StringBuilder::appendUnit(char16_t unit) {
-    if (unit < 0x80) {
-        append(static_cast<char>(unit));
-    } else {
-        widen();
-        wide_.push_back(unit);
-    }
-}
-
-void StringBuilder::appendCodePoint(char32_t codePoint) {
-    if (codePoint < 0x80) {
-        append(static_cast<char>(codePoint));
-    } else {
-        widen();
-        Utf8::appendUtf16(wide_, codePoint);
-    }
-}
-
-void StringBuilder::appendRepeated(char asciiCharacter, std::size_t count) {
-    appendAscii(std::string(count, asciiCharacter));
-}
-
-Ref<String> StringBuilder::string() const {
-    return wide_.empty() ? String::fromAscii(narrow_) : String::fromUtf16(wide_);
 }
 
 Ref<String> str(std::string_view utf8) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/Hashing.h"
 #include "Platform/Foundation/Object.h"
 
 #include <cstdint>
@@ -10,6 +11,7 @@
 namespace NS {
 
 class Array;
+class MutableString;
 
 // Text as a sequence of UTF-16 code units, lone surrogates included, that never changes.
 //
@@ -26,7 +28,8 @@ class String : public Object {
     static RefPtr<String> fromUtf8(std::string_view bytes);
     // Text from the bytes of a file name or path; always succeeds and can be turned back.
     static Ref<String> fromFileSystemRepresentation(std::string_view bytes);
-    // Text from ASCII; the caller knows that no byte is above 0x7F.
+    // Text from ASCII; the caller knows that no byte is above 0x7F. One that is would be a mistake
+    // that nothing finds in a release.
     static Ref<String> fromAscii(std::string_view characters);
     static Ref<String> fromUtf16(std::u16string_view units);
 
@@ -50,6 +53,7 @@ class String : public Object {
     bool isEqualToString(const String& other) const noexcept;
     // Literal order of the code units: below zero, zero or above.
     int compare(const String& other) const noexcept;
+    // Every text begins and ends with the empty text.
     bool hasPrefix(const String& prefix) const noexcept;
     bool hasSuffix(const String& suffix) const noexcept;
     // The index of the first occurrence, or nothing. An empty text is found nowhere.
@@ -61,30 +65,43 @@ class String : public Object {
     // Raise NSRangeException for an index beyond the end.
     Ref<String> substringFromIndex(std::size_t index) const;
     Ref<String> substringToIndex(std::size_t index) const;
+    // Raises NSRangeException when the range does not lie within the text.
+    Ref<String> substringWithRange(std::size_t location, std::size_t length) const;
     Ref<String> stringByAppendingString(const String& suffix) const;
 
-    // Unicode's locale-independent lower case, and its canonical decomposition (NFD).
+    // Unicode's locale-independent lower case, and its canonical decomposition (NFD). Always new
+    // objects, also when the text stays the same: some compare texts by identity.
     Ref<String> lowercaseString() const;
     Ref<String> decomposedStringWithCanonicalMapping() const;
+
+    // The text as it is now, unaffected by later changes; a text that never changes gives itself.
+    Ref<String> copy() const;
+    Ref<MutableString> mutableCopy() const;
 
     // Numbers in text. Integers: white space, a sign, decimal digits; what follows is ignored, no
     // digits give 0, and the result stops at the limits of the type.
     std::int64_t longLongValue() const noexcept;
     std::int32_t intValue() const noexcept;
-    double doubleValue() const noexcept;
+    // The same with a fraction and an exponent; beyond the range of the type gives infinity.
+    double doubleValue() const;
     // True when, after white space, a sign and zeros, the text goes on with Y, y, T, t or 1 to 9.
     bool boolValue() const noexcept;
 
     // Path operations, on the text alone. The components of an absolute path begin with "/";
     // repeated slashes count as one; a slash at the end gives a last component "/".
     Ref<Array> pathComponents() const;
+    // Slashes at the end do not count; that of "/" is "/" itself.
     Ref<String> lastPathComponent() const;
+    // Empty for a path of one component, "/" for the root and what lies in it.
     Ref<String> stringByDeletingLastPathComponent() const;
-    // Joins with exactly one slash between the parts.
+    // Joins with exactly one slash between the parts. The result has no repeated slash, and none at
+    // its end unless it is the root.
     Ref<String> stringByAppendingPathComponent(const String& component) const;
 
     bool isEqual(const Object* other) const override;
     std::size_t hash() const override;
+    // The hash of a text of these ASCII characters.
+    static std::size_t hashOfAscii(std::string_view characters) { return hashOfBytes(characters); }
     Ref<String> description() const override;
     void encodeWithCoder(KeyedArchiver& coder) const override;
 
@@ -115,7 +132,8 @@ class String : public Object {
     std::uint32_t header_;
 };
 
-// Text that can be replaced. Not for use by two threads at once while one of them changes it.
+// Text that can be replaced. Not for use by two threads at once while one of them changes it. Each
+// change costs a copy of the text; StringBuilder puts one together from many parts.
 class MutableString final : public String {
     NS_OBJECT(MutableString)
   public:

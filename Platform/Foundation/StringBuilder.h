@@ -2,6 +2,10 @@
 
 #include "Platform/Foundation/String.h"
 
+#include <cstddef>
+#include <string>
+#include <string_view>
+
 namespace NS {
 
 // Puts a text together from parts. Stays one byte a character until the first part that is not

@@ -1,5 +1,6 @@
 #include "Platform/Foundation/String.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <string>
@@ -81,6 +82,46 @@ Integer leadingInteger(const String& text) noexcept {
     return value == kMin ? kMax : static_cast<Integer>(-value);
 }
 
+bool isPartOfReal(char16_t unit) noexcept {
+    return isDigit(unit) || unit == u'.' || unit == u'e' || unit == u'E' || unit == u'+' ||
+           unit == u'-';
+}
+
+// True when a decimal number that no double can hold is too large, not too small. Its power of ten
+// is that of its first digit other than zero, and its exponent.
+bool isTooLarge(std::string_view number) noexcept {
+    const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view mantissa = number.substr(0, mantissaEnd);
+    const auto point = static_cast<double>(std::min(mantissa.find('.'), mantissa.size()));
+    const auto first = static_cast<double>(mantissa.find_first_of("123456789"));
+    std::string_view exponentText = number.substr(mantissaEnd);
+    exponentText.remove_prefix(std::min<std::size_t>(exponentText.size(), 1));
+    const bool negative = exponentText.starts_with('-');
+    if (negative || exponentText.starts_with('+')) {
+        exponentText.remove_prefix(1);
+    }
+    long long exponent = 0;
+    const auto [stop, error] =
+        std::from_chars(exponentText.data(), exponentText.data() + exponentText.size(), exponent);
+    if (error == std::errc::result_out_of_range) {
+        return !negative;
+    }
+    return point - first + static_cast<double>(negative ? -exponent : exponent) > 0;
+}
+
+// The real number that an unsigned text begins with, 0 when there is none.
+double leadingReal(std::string_view number) noexcept {
+    if (number.empty() || number.front() == '-') {
+        return 0;
+    }
+    double value = 0;
+    const auto [stop, error] = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (error == std::errc::result_out_of_range) {
+        return isTooLarge({number.data(), stop}) ? std::numeric_limits<double>::infinity() : 0;
+    }
+    return value;
+}
+
 } // namespace
 
 std::int64_t String::longLongValue() const noexcept {
@@ -91,18 +132,15 @@ std::int32_t String::intValue() const noexcept {
     return leadingInteger<std::int32_t>(*this);
 }
 
-double String::doubleValue() const noexcept {
+double String::doubleValue() const {
     UnitReader reader(*this);
     reader.skipWhiteSpace();
     const bool negative = reader.acceptSign();
-    std::string digits;
-    for (; reader.peek() != 0 && reader.peek() < 0x80; reader.skip()) {
-        digits.push_back(static_cast<char>(reader.peek()));
+    std::string number;
+    for (; isPartOfReal(reader.peek()); reader.skip()) {
+        number.push_back(static_cast<char>(reader.peek()));
     }
-    double value = 0;
-    if (!digits.empty() && (isDigit(static_cast<char16_t>(digits[0])) || digits[0] == '.')) {
-        (void)std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    }
+    const double value = leadingReal(number);
     return negative ? -value : value;
 }
 

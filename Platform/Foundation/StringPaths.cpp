@@ -2,6 +2,9 @@
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/StringBuilder.h"
 
+#include <utility>
+#include <vector>
+
 // Paths as texts: nothing here looks at the file system.
 namespace NS {
 
@@ -11,50 +14,59 @@ bool isSlash(const String& path, std::size_t index) {
     return path.characterAtIndex(index) == u'/';
 }
 
-// Where the path ends without the slashes at its end; the root keeps one.
-std::size_t endWithoutSlashes(const String& path) {
-    std::size_t end = path.length();
+// Where the first slash at or after an index is, or the end of the path.
+std::size_t endOfName(const String& path, std::size_t index) {
+    while (index < path.length() && !isSlash(path, index)) {
+        ++index;
+    }
+    return index;
+}
+
+// Where the first character other than a slash at or after an index is, or the end of the path.
+std::size_t endOfSlashes(const String& path, std::size_t index) {
+    while (index < path.length() && isSlash(path, index)) {
+        ++index;
+    }
+    return index;
+}
+
+// Where the part of the path up to `end` ends without the slashes at its end; the root keeps one.
+std::size_t endWithoutSlashes(const String& path, std::size_t end) {
     while (end > 1 && isSlash(path, end - 1)) {
         --end;
     }
     return end;
 }
+std::size_t endWithoutSlashes(const String& path) {
+    return endWithoutSlashes(path, path.length());
+}
 
 // Where the last component begins, in a path that ends at `end`.
 std::size_t lastComponentStart(const String& path, std::size_t end) {
-    std::size_t start = end;
-    while (start > 0 && !isSlash(path, start - 1)) {
-        --start;
+    while (end > 0 && !isSlash(path, end - 1)) {
+        --end;
     }
-    return start;
+    return end;
 }
 
 } // namespace
 
 Ref<Array> String::pathComponents() const {
     static const Ref<String>& slash = *new Ref<String>(fromAscii("/"));
-    const auto components = make<MutableArray>();
+    std::vector<Ref<Object>> components;
     const std::size_t end = length();
     if (end > 0 && isSlash(*this, 0)) {
-        components->addObject(slash);
+        components.emplace_back(slash);
     }
-    std::size_t start = 0;
-    while (start < end) {
-        if (isSlash(*this, start)) {
-            ++start;
-            continue;
+    for (std::size_t start = endOfSlashes(*this, 0); start < end;) {
+        const std::size_t stop = endOfName(*this, start);
+        components.emplace_back(substringWithRange(start, stop - start));
+        start = endOfSlashes(*this, stop);
+        if (start == end && start > stop) {
+            components.emplace_back(slash);
         }
-        std::size_t stop = start;
-        while (stop < end && !isSlash(*this, stop)) {
-            ++stop;
-        }
-        components->addObject(substringToIndex(stop)->substringFromIndex(start));
-        start = stop;
     }
-    if (components->count() > 1 && isSlash(*this, end - 1)) {
-        components->addObject(slash);
-    }
-    return components;
+    return make<Array>(std::move(components));
 }
 
 Ref<String> String::lastPathComponent() const {
@@ -62,29 +74,34 @@ Ref<String> String::lastPathComponent() const {
     if (end == 1 && isSlash(*this, 0)) {
         return substringToIndex(1);
     }
-    return substringToIndex(end)->substringFromIndex(lastComponentStart(*this, end));
+    const std::size_t start = lastComponentStart(*this, end);
+    return substringWithRange(start, end - start);
 }
 
 Ref<String> String::stringByDeletingLastPathComponent() const {
     const std::size_t start = lastComponentStart(*this, endWithoutSlashes(*this));
-    const Ref<String> parent = substringToIndex(start);
-    return parent->substringToIndex(endWithoutSlashes(*parent));
+    return substringToIndex(endWithoutSlashes(*this, start));
 }
 
 Ref<String> String::stringByAppendingPathComponent(const String& component) const {
-    StringBuilder joined;
-    joined.append(*this);
-    joined.append('/');
-    joined.append(component);
-    const Ref<String> text = joined.string();
     StringBuilder path;
-    const std::size_t first = length() == 0 ? 1 : 0;
-    const std::size_t end = endWithoutSlashes(*text);
-    for (std::size_t i = first; i < end; ++i) {
-        const bool repeated = i > first && isSlash(*text, i) && isSlash(*text, i - 1);
-        if (!repeated) {
-            path.appendUnit(text->characterAtIndex(i));
+    bool slashDue = false;
+    for (const String* part : {this, &component}) {
+        for (std::size_t i = 0; i < part->length(); ++i) {
+            if (isSlash(*part, i)) {
+                slashDue = true;
+                continue;
+            }
+            if (slashDue) {
+                path.append('/');
+                slashDue = false;
+            }
+            path.appendUnit(part->characterAtIndex(i));
         }
+        slashDue = slashDue || part->length() > 0;
+    }
+    if (path.length() == 0 && slashDue) {
+        path.append('/');
     }
     return path.string();
 }

@@ -1,13 +1,14 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/String.h"
 
+#include <unicode/locid.h>
 #include <unicode/normalizer2.h>
-#include <unicode/ucasemap.h>
 #include <unicode/unistr.h>
-#include <unicode/ustring.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 // Unicode's own tables, by way of ICU.
 namespace NS {
@@ -20,6 +21,15 @@ void check(UErrorCode status) {
     }
 }
 
+// The units as ICU's text, without a copy.
+icu::UnicodeString inPlace(std::u16string_view units) {
+    return {false, units.data(), static_cast<std::int32_t>(units.size())};
+}
+
+std::u16string_view unitsOf(const icu::UnicodeString& text) {
+    return {text.getBuffer(), static_cast<std::size_t>(text.length())};
+}
+
 } // namespace
 
 Ref<String> String::lowercaseString() const {
@@ -30,14 +40,9 @@ Ref<String> String::lowercaseString() const {
         });
         return fromAscii(lower);
     }
-    const std::u16string_view text = utf16();
-    const auto length = static_cast<std::int32_t>(text.size());
-    std::u16string lower(text.size() * 3, u'\0'); // no lower case is longer than three units
-    UErrorCode status = U_ZERO_ERROR;
-    const std::int32_t lowerLength = u_strToLower(
-        lower.data(), static_cast<std::int32_t>(lower.size()), text.data(), length, "", &status);
-    check(status);
-    return fromUtf16({lower.data(), static_cast<std::size_t>(lowerLength)});
+    const icu::UnicodeString lower = inPlace(utf16()).toLower(icu::Locale::getRoot());
+    check(lower.isBogus() ? U_MEMORY_ALLOCATION_ERROR : U_ZERO_ERROR);
+    return fromUtf16(unitsOf(lower));
 }
 
 Ref<String> String::decomposedStringWithCanonicalMapping() const {
@@ -47,12 +52,9 @@ Ref<String> String::decomposedStringWithCanonicalMapping() const {
     UErrorCode status = U_ZERO_ERROR;
     const icu::Normalizer2* const nfd = icu::Normalizer2::getNFDInstance(status);
     check(status);
-    const std::u16string_view text = utf16();
-    const icu::UnicodeString source(false, text.data(), static_cast<std::int32_t>(text.size()));
-    icu::UnicodeString decomposed;
-    nfd->normalize(source, decomposed, status);
+    const icu::UnicodeString decomposed = nfd->normalize(inPlace(utf16()), status);
     check(status);
-    return fromUtf16({decomposed.getBuffer(), static_cast<std::size_t>(decomposed.length())});
+    return fromUtf16(unitsOf(decomposed));
 }
 
 } // namespace NS

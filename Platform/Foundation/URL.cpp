@@ -200,7 +200,8 @@ std::string resolved(std::string_view reference, std::string_view baseText) {
 
 std::string absolutePath(const std::string& path) {
     std::error_code error;
-    const auto absolute = std::filesystem::absolute(path, error);
+    const auto absolute = path.empty() ? std::filesystem::current_path(error)
+                                       : std::filesystem::absolute(path, error);
     return error ? path : absolute.string();
 }
 

@@ -1,7 +1,6 @@
 #include "Platform/Foundation/Utf8.h"
 
 #include <algorithm>
-#include <array>
 
 namespace NS::Utf8 {
 

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <fstream>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -166,6 +167,12 @@ TEST_F(BootstrapServer, RefusesAFolderThatOthersCanEnter) {
         EXPECT_FALSE(registerPort(port, "a.name"));
     }
     fs::permissions(folder(), fs::perms::owner_all);
+    EXPECT_TRUE(registerPort(port, "a.name"));
+}
+
+TEST_F(BootstrapServer, AcceptsAFolderThatTookItsGroupFromTheOneAbove) {
+    ASSERT_EQ(::chmod(folders.runtime().c_str(), 02700), 0);
+    TestPort port;
     EXPECT_TRUE(registerPort(port, "a.name"));
 }
 

@@ -1,18 +1,17 @@
 #include "Programs/QuorvaneHost/DriveFolder.h"
 
-#include <limits>
 #include <system_error>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-// Walks a folder as far as it can be read; what fails on the way is left out.
-template <class Iterator, class Visitor>
-void walk(const fs::path& folder, Visitor&& visit) {
+// Visits the entries of a folder; of one that goes or closes meanwhile, those it had till then.
+template <class Visitor>
+void forEachEntry(const fs::path& folder, Visitor&& visit) {
     std::error_code error;
-    Iterator entry(folder, fs::directory_options::skip_permission_denied, error);
-    while (!error && entry != Iterator()) {
+    fs::directory_iterator entry(folder, error);
+    while (!error && entry != fs::directory_iterator()) {
         visit(*entry);
         entry.increment(error);
     }
@@ -20,11 +19,23 @@ void walk(const fs::path& folder, Visitor&& visit) {
 
 std::int64_t sizeOf(const fs::directory_entry& entry) {
     std::error_code error;
-    if (entry.symlink_status(error).type() != fs::file_type::regular || error) {
-        return 0;
-    }
     const std::uintmax_t size = entry.file_size(error);
     return error ? 0 : static_cast<std::int64_t>(size);
+}
+
+// Each folder is walked by itself, so that one that fails takes no other with it.
+std::int64_t bytesBelow(const fs::path& folder) {
+    std::int64_t bytes = 0;
+    forEachEntry(folder, [&](const fs::directory_entry& entry) {
+        std::error_code error;
+        const fs::file_type type = entry.symlink_status(error).type();
+        if (type == fs::file_type::regular) {
+            bytes += sizeOf(entry);
+        } else if (type == fs::file_type::directory) {
+            bytes += bytesBelow(entry.path());
+        }
+    });
+    return bytes;
 }
 
 } // namespace
@@ -35,10 +46,7 @@ DriveFolder::DriveFolder(const fs::path& folder) : path_(fs::canonical(folder).s
 }
 
 std::int64_t DriveFolder::bytesUsed() const {
-    std::int64_t bytes = 0;
-    walk<fs::recursive_directory_iterator>(
-        path_, [&](const fs::directory_entry& entry) { bytes += sizeOf(entry); });
-    return bytes;
+    return bytesBelow(path_);
 }
 
 std::int64_t DriveFolder::trashCount() const {
@@ -48,6 +56,6 @@ std::int64_t DriveFolder::trashCount() const {
         return 0;
     }
     std::int64_t entries = 0;
-    walk<fs::directory_iterator>(trash, [&](const fs::directory_entry&) { ++entries; });
+    forEachEntry(trash, [&](const fs::directory_entry&) { ++entries; });
     return entries;
 }

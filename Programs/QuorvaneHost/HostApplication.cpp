@@ -27,6 +27,12 @@ constinit const NS::Class HostApplication::kClass{
 HostApplication::HostApplication(DriveFolder drive, Account account, Journal& journal)
     : drive_(std::move(drive)), account_(std::move(account)), journal_(journal) {}
 
+HostApplication::~HostApplication() {
+    if (server_) {
+        server_->port()->setDelegate(nullptr);
+    }
+}
+
 bool HostApplication::start() {
     const auto names = NS::MachBootstrapServer::sharedInstance();
     if (names->portForName(*NS::str(kServerPortName))) {
@@ -51,6 +57,9 @@ void HostApplication::stop() {
 }
 
 void HostApplication::clientAlive(NS::RefPtr<NS::MachPort> client) {
+    if (!client) {
+        return; // nobody to keep, and nobody to answer; the journal has it
+    }
     server_->extensionAlive(client);
     const auto path = NS::KeyedArchiver::archivedDataWithRootObject(
         NS::String::fromFileSystemRepresentation(drive_.path()));

@@ -20,6 +20,7 @@ class HostApplication final : public NS::MachPortDelegate {
 
     // The journal outlives the application.
     HostApplication(DriveFolder drive, Account account, Journal& journal);
+    ~HostApplication() override;
 
     // Opens the host's end of the link. False when another host has it already.
     bool start();

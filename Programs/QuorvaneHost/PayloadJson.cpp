@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kDepthLimit = 64;
 constexpr std::size_t kValueLimit = 1'000'000;
+constexpr std::size_t kTextLimit = std::size_t{64} << 20U;
 constexpr const char* kRest = "\u2026";
 
 std::string percentEncoded(std::string_view bytes) {
@@ -36,9 +37,10 @@ std::string percentEncoded(std::string_view bytes) {
 class Converter {
   public:
     Json convert(const NS::RefPtr<NS::Object>& object, int depth) {
-        if (depth > kDepthLimit || ++values_ > kValueLimit) {
+        if (depth > kDepthLimit || isFull()) {
             return kRest;
         }
+        ++values_;
         if (!object || NS::as<NS::Null>(object)) {
             return nullptr;
         }
@@ -64,8 +66,11 @@ class Converter {
     }
 
   private:
-    static Json fromText(const NS::String& text) {
+    bool isFull() const noexcept { return values_ > kValueLimit || textLength_ > kTextLimit; }
+
+    Json fromText(const NS::String& text) {
         const std::string bytes = text.fileSystemRepresentation();
+        textLength_ += bytes.size();
         if (NS::String::fromUtf8(bytes)) {
             return bytes;
         }
@@ -92,7 +97,7 @@ class Converter {
     Json fromElements(const Collection& collection, int depth) {
         Json list = Json::array();
         for (const NS::Ref<NS::Object>& element : collection) {
-            if (values_ > kValueLimit) {
+            if (isFull()) {
                 break;
             }
             list.push_back(convert(element, depth + 1));
@@ -103,15 +108,18 @@ class Converter {
     Json fromDictionary(const NS::Dictionary& dictionary, int depth) {
         Json members = Json::object();
         for (const auto& [key, value] : dictionary) {
-            if (values_ > kValueLimit) {
+            if (isFull()) {
                 break;
             }
-            members[key->description()->utf8()] = convert(value, depth + 1);
+            const std::string name = key->description()->utf8();
+            textLength_ += name.size();
+            members[name] = convert(value, depth + 1);
         }
         return members;
     }
 
     std::size_t values_ = 0;
+    std::size_t textLength_ = 0;
 };
 
 } // namespace

@@ -62,6 +62,12 @@ TEST(PayloadJson, BreaksOffInAnArrayThatHoldsItself) {
     EXPECT_NE(text.find("\u2026"), std::string::npos);
 }
 
+TEST(PayloadJson, BreaksOffInATextThatIsRepeatedWithoutEnd) {
+    const NS::Ref<NS::Object> text = NS::str(std::string(1 << 20, 'x'));
+    const auto array = NS::make<NS::Array>(std::vector<NS::Ref<NS::Object>>(10'000, text));
+    EXPECT_LT(json(array).size(), std::size_t{80} << 20U);
+}
+
 TEST(PayloadJson, BreaksOffInAnArrayThatUnfoldsWithoutEnd) {
     NS::Ref<NS::Array> array = NS::make<NS::Array>();
     for (int i = 0; i < 60; ++i) {

@@ -33,6 +33,15 @@ class ProcessTest : public FolderTest {
     bool logShows(const std::string& text) const {
         return waitUntil([&] { return logs().find(text) != std::string::npos; });
     }
+    bool logShowsNow(const std::string& text, std::size_t times) const {
+        const std::string all = logs();
+        std::size_t found = 0;
+        for (std::size_t at = all.find(text); at != std::string::npos;
+             at = all.find(text, at + 1)) {
+            ++found;
+        }
+        return found >= times;
+    }
     // Names and sockets that are registered, without what belongs to the folder itself.
     std::size_t registeredEntries() const {
         std::size_t count = 0;

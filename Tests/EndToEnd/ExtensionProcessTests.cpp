@@ -185,8 +185,21 @@ TEST_F(ExtensionProcess, DoesNotComeBackToAHostThatCameBackUnderTheSameName) {
     auto next = startExtension("next");
     ASSERT_TRUE(pumpForClients(1));
     EXPECT_TRUE(extension.isRunning());
-    NS::RunLoop::currentRunLoop()->serveReady();
+    // Once the next one is up, the first has had its time to come back.
+    sendInit();
+    ASSERT_TRUE(pump([&] { return logShowsNow("initial init at", 2); }));
     EXPECT_EQ(host->clients.size(), 1U);
+}
+
+TEST_F(ExtensionProcess, GetsTheShutdownOfAHostThatEndsWithItsRequestsUnread) {
+    auto extension = startExtension();
+    bringUp();
+    // What it answers to this waits unread when the host goes.
+    sendInit();
+    ASSERT_TRUE(Tests::waitUntil([&] { return logShowsNow("received init at", 2); }));
+    send("ext_serv_shtd", {});
+    close();
+    EXPECT_EQ(extension.waitForExit(), 0);
 }
 
 TEST_F(ExtensionProcess, LosesMessagesThatItsQueueCannotHoldAndNothingElse) {
@@ -208,10 +221,13 @@ TEST_F(ExtensionProcess, LosesMessagesThatItsQueueCannotHoldAndNothingElse) {
     EXPECT_EQ(extension.waitForExit(), 0);
 }
 
-TEST_F(ExtensionProcess, SleepsWhenThereIsNothingToDo) {
+TEST_F(ExtensionProcess, IsNotWokenWhenThereIsNothingToDo) {
     auto extension = startExtension();
     bringUp();
-    EXPECT_TRUE(extension.waitForState('S'));
+    ASSERT_TRUE(extension.waitForState('S'));
+    const auto wakeUps = extension.voluntarySwitches();
+    NS::pumpUntil([] { return false; }, 1.0);
+    EXPECT_EQ(extension.voluntarySwitches(), wakeUps);
 }
 
 TEST_F(ExtensionProcess, TellsItsVersion) {

@@ -1,16 +1,96 @@
 #include "Tests/EndToEnd/ExtensionProcess.h"
 
+#include "Platform/Foundation/Data.h"
+#include "Platform/Ports/MachBootstrapServer.h"
+#include "Platform/Ports/RunLoop.h"
+#include "Platform/Ports/Testing/PumpUntil.h"
+#include "Platform/Ports/linux/FileDescriptor.h"
+#include "Platform/Ports/linux/RuntimeFolder.h"
+#include "QVApi/Content/QVUserInfoItem.h"
+#include "QVFinderExtension/QVExtensionCommsClient.h"
+
 #include <nlohmann/json.hpp>
 
 #include <csignal>
 #include <fstream>
+#include <sys/socket.h>
 
 namespace fs = std::filesystem;
 
 namespace {
 
+// Keeps what the host sends.
+class HostMessages final : public NS::Object {
+    NS_OBJECT(HostMessages)
+  public:
+    void mounted(NS::RefPtr<NS::Object> sent) { path = sent; }
+    void informed(NS::RefPtr<NS::Object> sent) { info = sent; }
+
+    NS::RefPtr<NS::Object> path;
+    NS::RefPtr<NS::Object> info;
+};
+
+constexpr NS::Method kHostMessagesMethods[] = {
+    NS::method<&HostMessages::mounted>("mounted:"),
+    NS::method<&HostMessages::informed>("informed:"),
+};
+constinit const NS::Class HostMessages::kClass{
+    .name = "HostMessages", .superclass = &NS::Object::kClass, .methods = kHostMessagesMethods};
+
+// An extension in this process, connected to the host's.
+class HostListener {
+  public:
+    HostListener() {
+        client_->setTarget_selector_for(messages_, {"mounted:"}, NS::str("ext_init"));
+        client_->setTarget_selector_for(messages_, {"informed:"}, NS::str("ext_bc_userinfo"));
+        client_->init();
+        client_->requestUserInfo();
+    }
+    ~HostListener() {
+        NS::RunLoop::currentRunLoop()->removePort_forMode(NS::Ref<NS::MachPort>(*client_->port()),
+                                                          NS::RunLoopMode::kDefault);
+    }
+    HostListener(const HostListener&) = delete;
+    HostListener& operator=(const HostListener&) = delete;
+
+    std::string drivePath() const {
+        return messages_->path ? messages_->path->description()->utf8() : "";
+    }
+    NS::RefPtr<NS::Object> info() const { return messages_->info; }
+
+  private:
+    NS::Ref<HostMessages> messages_ = NS::make<HostMessages>();
+    NS::Ref<QVExtensionCommsClient> client_ = NS::make<QVExtensionCommsClient>();
+};
+
 class HostProcess : public Tests::ProcessTest {
   protected:
+    // What is no frame, on the host's own socket.
+    void sendMalformedFrame() const {
+        const std::string entry =
+            Tests::contentsOf(socketFolder() / "com.Quorvane.QVExtensionCommsServer");
+        const auto folder = NS::RuntimeFolder::open();
+        const NS::FileDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        const sockaddr_un address = folder->address(entry.substr(0, 32));
+        ASSERT_EQ(
+            ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+            0);
+        ASSERT_EQ(::send(socket.get(), "junk", 4, MSG_NOSIGNAL), 4);
+        char byte = 0;
+        EXPECT_EQ(::recv(socket.get(), &byte, 1, 0), 0); // cut off
+    }
+    // A message without a port to answer to.
+    static void sendToHost(std::initializer_list<std::string_view> components) {
+        const auto port = NS::MachBootstrapServer::sharedInstance()->portForName(
+            *NS::str("com.Quorvane.QVExtensionCommsServer"));
+        ASSERT_TRUE(port);
+        const auto list = NS::make<NS::MutableArray>();
+        for (const std::string_view component : components) {
+            list->addObject(NS::Data::dataWithBytes(NS::bytesOf(component)));
+        }
+        ASSERT_TRUE(
+            port->sendBeforeDate_components_from_reserved(NS::Date::date(), *list, nullptr, 0));
+    }
     Tests::Process startHost(std::vector<std::string> options = {},
                              const std::string& name = "host") {
         options.insert(options.begin(), {"--drive", drive.string()});
@@ -64,6 +144,41 @@ TEST_F(HostProcess, WritesItsJournalIntoAFile) {
     EXPECT_TRUE(Tests::waitUntil(
         [&] { return Tests::contentsOf(journal).find("ext_req_userinfo") != std::string::npos; }));
     EXPECT_EQ(host.output(), "");
+}
+
+TEST_F(HostProcess, SendsTheFiguresOfItsDriveAndItsAccount) {
+    fs::create_directories(drive / "Trash");
+    std::ofstream(drive / "a.txt") << std::string(1000, 'x');
+    std::ofstream(drive / "Trash" / "b.txt") << std::string(24, 'x');
+    auto host = startHost({"--plan", "Unlimited Family", "--quota-mib", "77"});
+    ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
+    HostListener listener;
+    ASSERT_TRUE(NS::pumpUntil([&] { return static_cast<bool>(listener.info()); }));
+    EXPECT_EQ(listener.drivePath(), fs::canonical(drive).string());
+    const auto info = NS::cast<QVUserInfoItem>(listener.info());
+    EXPECT_EQ(info->plan()->description()->utf8(), "Unlimited Family");
+    EXPECT_EQ(NS::longLongValue(info->storageMax()), 77);
+    EXPECT_EQ(NS::longLongValue(info->storageUsed()), 1024);
+    EXPECT_EQ(NS::longLongValue(info->trashCount()), 1);
+}
+
+TEST_F(HostProcess, OutlivesAMalformedFrameAndAnAnnouncementWithoutAPort) {
+    auto host = startHost();
+    ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
+    sendMalformedFrame();
+    sendToHost({"ext_alive"});
+    ASSERT_TRUE(journalShows(host, R"({"action":"ext_alive","payload":[],"client":null})"));
+    HostListener listener;
+    EXPECT_TRUE(NS::pumpUntil([&] { return static_cast<bool>(listener.info()); }));
+    EXPECT_TRUE(host.isRunning());
+}
+
+TEST_F(HostProcess, LeavesNoNameBehindWhenAnExceptionEndsIt) {
+    auto host = startHost();
+    ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
+    sendToHost({"ext_req_userinfo", "no archive"});
+    EXPECT_EQ(host.waitForExit(), 128 + SIGABRT);
+    EXPECT_EQ(registeredEntries(), 0U);
 }
 
 TEST_F(HostProcess, RefusesToRunBesideAnother) {

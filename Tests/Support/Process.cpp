@@ -84,6 +84,13 @@ bool Process::waitForState(char state) const {
     });
 }
 
+long Process::voluntarySwitches() const {
+    const std::string status = contentsOf("/proc/" + std::to_string(pid_) + "/status");
+    const std::string field = "\nvoluntary_ctxt_switches:";
+    const std::size_t at = status.find(field);
+    return at == std::string::npos ? -1 : std::stol(status.substr(at + field.size()));
+}
+
 std::string Process::output() const {
     return contentsOf(output_);
 }

@@ -37,6 +37,9 @@ class Process {
     // Waits until the kernel shows it in a state: 'S' sleeping, 'T' stopped.
     bool waitForState(char state) const;
 
+    // How often it has gone to sleep since it began.
+    long voluntarySwitches() const;
+
     std::string output() const;
     std::string errors() const;
 

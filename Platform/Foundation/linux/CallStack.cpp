@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cxxabi.h>
@@ -30,20 +32,24 @@ std::string baseName(const char* path) {
 
 } // namespace
 
-std::vector<void*> capture(std::size_t skipped) {
+std::vector<void*> captureFrom(const void* returnAddress) {
     std::array<void*, kFrames> frames{};
-    const int count = ::backtrace(frames.data(), kFrames);
-    const auto first =
-        std::min(static_cast<std::ptrdiff_t>(skipped + 1), static_cast<std::ptrdiff_t>(count));
-    return std::vector<void*>(frames.begin() + first, frames.begin() + count);
+    const auto end = frames.begin() + ::backtrace(frames.data(), kFrames);
+    // Not by number: compilers and sanitisers take frames away and put frames of their own in.
+    const auto first = std::find(frames.begin(), end, returnAddress);
+    // Not in braces: they would make a vector of the two iterators.
+    return std::vector<void*>(first == end ? frames.begin() : first, end); // NOLINT
 }
 
 std::string symbol(std::size_t index, void* address) {
+    // The address to return to lies behind the call, and behind the whole function when that ends
+    // in a call that does not return, such as raising.
+    const void* const call = static_cast<const char*>(address) - 1;
     Dl_info info{};
     std::string module = "???";
     std::string function = "???";
     auto offset = reinterpret_cast<std::uintptr_t>(address);
-    if (::dladdr(address, &info) != 0) {
+    if (::dladdr(call, &info) != 0) {
         module = baseName(info.dli_fname);
         const bool named = info.dli_sname != nullptr;
         const void* start = named ? info.dli_saddr : info.dli_fbase;

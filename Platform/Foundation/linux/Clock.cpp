@@ -1,5 +1,6 @@
 #include "Platform/Foundation/Clock.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cmath>
@@ -9,15 +10,15 @@ namespace NS {
 
 namespace {
 
-// Seconds from 1970-01-01 to 2001-01-01, both at midnight UTC.
-constexpr double kReferenceDate = 978307200.0;
+// As long as a sleep gets: three centuries, well within what the kernel counts.
+constexpr double kLongestSleep = 1e10;
 
 class SystemClock final : public Clock {
   public:
     double absoluteTime() override {
         timespec now{};
         (void)::clock_gettime(CLOCK_REALTIME, &now); // cannot fail for this clock
-        return static_cast<double>(now.tv_sec) - kReferenceDate +
+        return static_cast<double>(now.tv_sec) - kTimeIntervalSince1970 +
                static_cast<double>(now.tv_nsec) * 1e-9;
     }
 
@@ -25,8 +26,9 @@ class SystemClock final : public Clock {
         if (!(seconds > 0)) {
             return;
         }
-        const double whole = std::floor(seconds);
-        timespec rest{static_cast<time_t>(whole), static_cast<long>((seconds - whole) * 1e9)};
+        const double bounded = std::min(seconds, kLongestSleep);
+        const double whole = std::floor(bounded);
+        timespec rest{static_cast<time_t>(whole), static_cast<long>((bounded - whole) * 1e9)};
         while (::nanosleep(&rest, &rest) == -1 && errno == EINTR) {
         }
     }

@@ -69,7 +69,8 @@ class LocalEndpoint final : public MachPort::Endpoint {
 
     // A name of the port; belongs to it from now on.
     void addRegistration(std::unique_ptr<Registration> registration);
-    // Gives up a name that any port of this process holds. Who has connected stays connected.
+    // Gives up a name that a port of this process holds; on that port's thread. Who has connected
+    // stays connected.
     static bool removeName(std::string_view name);
 
     // Hands a message to the delegate.

@@ -85,7 +85,7 @@ void ExitCleanup::remove(std::size_t slot) noexcept {
 }
 
 void removeNamesOnTermination() {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGABRT}) {
         struct sigaction action {};
         // What was ignored from the start, as under nohup, stays ignored.
         if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {

@@ -1,39 +1,41 @@
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Ports/PortDrops.h"
 #include "Platform/Ports/PortLimits.h"
 #include "Platform/Ports/linux/Endpoints.h"
 #include "Platform/Ports/linux/Registration.h"
 
 #include <algorithm>
+#include <functional>
+#include <map>
 #include <mutex>
+#include <string>
 #include <unistd.h>
 
 namespace NS {
 
 namespace {
 
-// The ports of this process, of whichever thread, for those who know a name only.
-struct Ports {
+// Which port holds a name, for those who know the name only.
+struct NameOwners {
     std::mutex mutex;
-    std::vector<LocalEndpoint*> all;
+    std::map<std::string, LocalEndpoint*, std::less<>> byName;
 };
 
 // Never destroyed: a port may outlive every static object.
-Ports& processPorts() {
-    static Ports& ports = *new Ports;
-    return ports;
+NameOwners& nameOwners() {
+    static NameOwners& owners = *new NameOwners;
+    return owners;
 }
 
 } // namespace
 
-LocalEndpoint::LocalEndpoint() : Endpoint(PortIdentity::random(), ::getpid()) {
-    const std::scoped_lock lock(processPorts().mutex);
-    processPorts().all.push_back(this);
-}
+LocalEndpoint::LocalEndpoint() : Endpoint(PortIdentity::random(), ::getpid()) {}
 
 LocalEndpoint::~LocalEndpoint() {
     {
-        const std::scoped_lock lock(processPorts().mutex);
-        std::erase(processPorts().all, this);
+        const std::scoped_lock lock(nameOwners().mutex);
+        std::erase_if(nameOwners().byName,
+                      [this](const auto& each) { return each.second == this; });
     }
     // Closing a connection takes it out of the list.
     const std::vector<Ref<Connection>> connections = connections_;
@@ -73,7 +75,13 @@ bool LocalEndpoint::attach(const Ref<Connection>& connection) {
         notePortDrop(PortDrop::kTooManyPeers);
         return false;
     }
-    serve(connection);
+    try {
+        serve(connection);
+    } catch (const Exception&) {
+        // The system waits for no more descriptors: a peer's coming must not end this process.
+        notePortDrop(PortDrop::kTooManyPeers);
+        return false;
+    }
     connection->setReceiver(this);
     connections_.push_back(connection);
     return true;
@@ -99,17 +107,23 @@ RefPtr<Connection> LocalEndpoint::connectionTo(const Endpoint& peer) const {
 
 void LocalEndpoint::addRegistration(std::unique_ptr<Registration> registration) {
     serve(registration->listener());
+    const std::scoped_lock lock(nameOwners().mutex);
+    nameOwners().byName.insert_or_assign(registration->name(), this);
     registrations_.push_back(std::move(registration));
 }
 
 bool LocalEndpoint::removeName(std::string_view name) {
-    std::vector<LocalEndpoint*> ports;
+    LocalEndpoint* owner = nullptr;
     {
-        const std::scoped_lock lock(processPorts().mutex);
-        ports = processPorts().all;
+        const std::scoped_lock lock(nameOwners().mutex);
+        const auto found = nameOwners().byName.find(name);
+        if (found != nameOwners().byName.end()) {
+            owner = found->second;
+            nameOwners().byName.erase(found);
+        }
     }
-    return std::ranges::any_of(ports,
-                               [&](LocalEndpoint* each) { return each->removeRegistration(name); });
+    // On the owner's thread, as every use of a port.
+    return owner != nullptr && owner->removeRegistration(name);
 }
 
 bool LocalEndpoint::removeRegistration(std::string_view name) {

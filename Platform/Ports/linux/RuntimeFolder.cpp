@@ -83,7 +83,7 @@ std::optional<RuntimeFolder> RuntimeFolder::openAt(const std::string& path) {
     FileDescriptor opened(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     if (!opened || ::fstat(opened.get(), &status) != 0 || status.st_uid != ::geteuid() ||
-        (status.st_mode & ALLPERMS) != kPrivate) {
+        (status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)) != kPrivate) {
         return std::nullopt;
     }
     return RuntimeFolder(std::move(opened));

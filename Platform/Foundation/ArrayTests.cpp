@@ -1,0 +1,212 @@
+#include "Platform/Foundation/Array.h"
+
+#include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/String.h"
+#include "Platform/Foundation/Testing/RaisedException.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using NS::Array;
+using NS::MutableArray;
+using NS::str;
+
+NS::Ref<Array> abc() {
+    return Array::arrayWithObjects({str("a"), str("b"), str("c")});
+}
+
+std::string joined(const Array& array) {
+    std::string text;
+    for (const NS::Ref<NS::Object>& each : array) {
+        text += each->description()->utf8();
+    }
+    return text;
+}
+
+// Does something when it ends.
+class LastWill final : public NS::Object {
+  public:
+    explicit LastWill(std::function<void()> act) : act_(std::move(act)) {}
+    ~LastWill() override { act_(); }
+
+  private:
+    std::function<void()> act_;
+};
+
+TEST(Array, HoldsObjectsInOrder) {
+    const auto array = abc();
+    EXPECT_EQ(array->count(), 3U);
+    EXPECT_EQ(joined(*array), "abc");
+    EXPECT_EQ(array->objectAtIndex(2)->description()->utf8(), "c");
+    EXPECT_EQ(array->firstObject()->description()->utf8(), "a");
+}
+
+TEST(Array, KeepsItsObjectsAlive) {
+    const auto object = str("object");
+    {
+        const auto array = Array::arrayWithObjects({object, object});
+        EXPECT_EQ(object->referenceCount(), 3U);
+    }
+    EXPECT_EQ(object->referenceCount(), 1U);
+}
+
+TEST(Array, HasNoFirstObjectWhenItIsEmpty) {
+    EXPECT_EQ(NS::make<Array>()->firstObject(), nullptr);
+    EXPECT_EQ(NS::make<Array>()->count(), 0U);
+}
+
+TEST(Array, RaisesForAnIndexOutsideOfIt) {
+    const auto act = [] {
+        (void)abc()->objectAtIndex(3);
+    };
+    EXPECT_EQ(Tests::nameOfException(act), NS::kRangeException);
+    EXPECT_EQ(Tests::reasonOfException(act),
+              "*** -[NSArray objectAtIndex:]: index 3 beyond bounds [0 .. 2]");
+    EXPECT_EQ(Tests::reasonOfException([] { (void)NS::make<Array>()->objectAtIndex(0); }),
+              "*** -[NSArray objectAtIndex:]: index 0 beyond for empty array");
+    EXPECT_EQ(Tests::reasonOfException([] { abc()->mutableCopy()->removeObjectAtIndex(9); }),
+              "*** -[NSMutableArray removeObjectAtIndex:]: index 9 beyond bounds [0 .. 2]");
+}
+
+TEST(Array, ContainsWhatEqualsAnElement) {
+    EXPECT_TRUE(abc()->containsObject(*str("b")));
+    EXPECT_FALSE(abc()->containsObject(*str("d")));
+    const auto numbers = Array::arrayWithObjects({NS::Number::numberWithInt(2)});
+    EXPECT_TRUE(numbers->containsObject(*NS::Number::numberWithDouble(2.0)));
+}
+
+TEST(Array, GivesNewArraysWithMoreObjects) {
+    const auto array = abc();
+    EXPECT_EQ(joined(*array->arrayByAddingObject(str("d"))), "abcd");
+    EXPECT_EQ(joined(*array->arrayByAddingObjectsFromArray(*abc())), "abcabc");
+    EXPECT_EQ(joined(*array->arrayByAddingObjectsFromArray(*array)), "abcabc");
+    EXPECT_EQ(joined(*array), "abc");
+}
+
+TEST(Array, CopiesItselfOnlyWhenItCanChange) {
+    const auto array = abc();
+    EXPECT_EQ(array->copy(), array);
+    const auto changing = array->mutableCopy();
+    const auto copy = changing->copy();
+    changing->removeAllObjects();
+    EXPECT_EQ(joined(*copy), "abc");
+    EXPECT_EQ(&copy->objectClass(), &Array::kClass);
+    EXPECT_EQ(joined(*array), "abc");
+}
+
+TEST(Array, EqualsAnArrayOfEqualObjectsInTheSameOrder) {
+    EXPECT_TRUE(abc()->isEqual(abc().get()));
+    EXPECT_TRUE(abc()->isEqual(abc()->mutableCopy().get()));
+    EXPECT_EQ(abc()->hash(), abc()->mutableCopy()->hash());
+    EXPECT_FALSE(abc()->isEqual(Array::arrayWithObjects({str("a"), str("c"), str("b")}).get()));
+    EXPECT_FALSE(abc()->isEqual(Array::arrayWithObjects({str("a"), str("b")}).get()));
+    EXPECT_FALSE(abc()->isEqual(NS::make<Array>().get()));
+    EXPECT_FALSE(abc()->isEqual(str("abc").get()));
+    EXPECT_FALSE(abc()->isEqual(nullptr));
+}
+
+TEST(Array, ComparesNestedArrays) {
+    const auto nested = Array::arrayWithObjects({abc(), abc()});
+    EXPECT_TRUE(nested->isEqual(Array::arrayWithObjects({abc(), abc()}).get()));
+    EXPECT_FALSE(nested->isEqual(Array::arrayWithObjects({abc(), NS::make<Array>()}).get()));
+}
+
+TEST(Array, RaisesWhenItIsComparedAndHoldsItself) {
+    const auto a = NS::make<MutableArray>();
+    const auto b = NS::make<MutableArray>();
+    a->addObject(a);
+    b->addObject(b);
+    EXPECT_TRUE(a->isEqual(a.get()));
+    EXPECT_EQ(Tests::nameOfException([&] { (void)a->isEqual(b.get()); }), NS::kGenericException);
+    EXPECT_EQ(Tests::nameOfException([&] { (void)a->valueForKey(str("x")); }),
+              NS::kGenericException);
+    a->removeAllObjects();
+    b->removeAllObjects();
+    EXPECT_TRUE(a->isEqual(b.get())); // what was raised leaves nothing behind
+}
+
+TEST(Array, RaisesWhenAComparisonUnfoldsWithoutEnd) {
+    NS::Ref<Array> a = abc();
+    NS::Ref<Array> b = abc();
+    for (int level = 0; level < 60; ++level) {
+        a = Array::arrayWithObjects({a, a});
+        b = Array::arrayWithObjects({b, b});
+    }
+    EXPECT_EQ(Tests::nameOfException([&] { (void)a->isEqual(b.get()); }), NS::kGenericException);
+}
+
+TEST(MutableArray, AddsObjectsButNoNil) {
+    const auto array = NS::make<MutableArray>();
+    array->addObject(str("a"));
+    array->addObject(str("b"));
+    EXPECT_EQ(joined(*array), "ab");
+    const auto act = [&] {
+        array->addObject(nullptr);
+    };
+    EXPECT_EQ(Tests::nameOfException(act), NS::kInvalidArgumentException);
+    EXPECT_EQ(Tests::reasonOfException(act),
+              "*** -[NSMutableArray addObject:]: object cannot be nil");
+    EXPECT_EQ(array->count(), 2U);
+}
+
+TEST(MutableArray, RemovesEveryEqualObject) {
+    const auto array = abc()->arrayByAddingObject(str("a"))->mutableCopy();
+    array->removeObject(*str("a"));
+    EXPECT_EQ(joined(*array), "bc");
+    array->removeObject(*str("x"));
+    EXPECT_EQ(joined(*array), "bc");
+}
+
+TEST(MutableArray, RemovesEveryOccurrenceOfOneObject) {
+    const auto one = str("a");
+    const auto array = NS::make<MutableArray>(std::vector<NS::Ref<NS::Object>>{one, str("a"), one});
+    array->removeObjectIdenticalTo(*one);
+    EXPECT_EQ(joined(*array), "a");
+    EXPECT_NE(array->firstObject(), NS::RefPtr<NS::Object>(one));
+    EXPECT_EQ(one->referenceCount(), 1U);
+}
+
+TEST(MutableArray, RemovesByIndex) {
+    const auto array = abc()->mutableCopy();
+    array->removeObjectAtIndex(1);
+    EXPECT_EQ(joined(*array), "ac");
+    array->removeObjectAtIndex(1);
+    EXPECT_EQ(joined(*array), "a");
+    array->removeAllObjects();
+    EXPECT_EQ(array->count(), 0U);
+}
+
+TEST(MutableArray, RemovesAnObjectThatNothingElseHolds) {
+    const auto array = NS::make<MutableArray>();
+    array->addObject(str("a"));
+    array->addObject(str("a"));
+    array->removeObject(*array->objectAtIndex(0));
+    EXPECT_EQ(array->count(), 0U);
+}
+
+TEST(MutableArray, IsWholeAgainWhenARemovedObjectEnds) {
+    const auto array = abc()->mutableCopy();
+    std::string seen;
+    const auto addLastWill = [&] {
+        array->addObject(NS::make<LastWill>([&] { seen += joined(*array) + ";"; }));
+    };
+    addLastWill();
+    array->removeObjectIdenticalTo(*array->objectAtIndex(3));
+    addLastWill();
+    array->removeObjectAtIndex(3);
+    addLastWill();
+    array->removeAllObjects();
+    EXPECT_EQ(seen, "abc;abc;;");
+}
+
+TEST(MutableArray, IsMadeByItsClass) {
+    EXPECT_TRUE(MutableArray::kClass.create()->isKindOfClass(MutableArray::kClass));
+}
+
+} // namespace

@@ -1,0 +1,375 @@
+#include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/Dictionary.h"
+#include "Platform/Foundation/Error.h"
+#include "Platform/Foundation/KeyedArchiver.h"
+#include "Platform/Foundation/KeyedUnarchiver.h"
+#include "Platform/Foundation/Null.h"
+#include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/Set.h"
+#include "Platform/Foundation/String.h"
+#include "Platform/Foundation/Testing/ArchivedRecords.h"
+#include "Platform/Foundation/Testing/HandMadeArchive.h"
+#include "Platform/Foundation/Testing/HandWrittenList.h"
+#include "Platform/Foundation/Testing/RaisedException.h"
+#include "Platform/Foundation/URL.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#define WITHOUT_LEAK_CHECK(statement)                                                              \
+    __lsan_disable();                                                                              \
+    statement;                                                                                     \
+    __lsan_enable()
+#else
+#define WITHOUT_LEAK_CHECK(statement) statement
+#endif
+
+namespace {
+
+using NS::as;
+using HandMade = Tests::HandMadeArchive;
+using Uid = HandMade::Uid;
+
+// Archives that were made to do harm. Whatever they hold, the outcome is a value or one of the
+// platform's exceptions, soon and without much memory.
+class HostileArchive : public testing::Test {
+  protected:
+    static NS::RefPtr<NS::Object> unarchive(const NS::Data& data) {
+        return NS::KeyedUnarchiver::unarchiveObjectWithData(data);
+    }
+    std::string outcome(Uid root) {
+        const auto data = archive.data(root);
+        const auto start = std::chrono::steady_clock::now();
+        const std::string name = Tests::nameOfException([&] { unarchive(*data); });
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+        return name;
+    }
+    Uid nextUid() const { return static_cast<Uid>(archive.entries.size()); }
+    Uid addText(std::string_view text) { return archive.add(archive.list.addAscii(text)); }
+
+    HandMade archive;
+};
+
+TEST_F(HostileArchive, AMillionReferencesToOneObjectAreOneObject) {
+    const auto text = archive.uid(addText("one"));
+    const std::vector<HandMade::Reference> references(1'000'000, text);
+    const auto root = archive.addRecord(archive.addClass("NSArray"),
+                                        {
+                                            {"NS.objects", archive.list.addArray(references)}
+    });
+    const auto array = as<NS::Array>(unarchive(*archive.data(root)));
+    EXPECT_EQ(array->count(), 1'000'000U);
+    EXPECT_EQ(array->objectAtIndex(0), array->objectAtIndex(999'999));
+}
+
+TEST_F(HostileArchive, AMillionReferencesToOneObjectAreOneMemberOfASet) {
+    const auto text = archive.uid(addText("one"));
+    const std::vector<HandMade::Reference> references(1'000'000, text);
+    const auto root = archive.addRecord(archive.addClass("NSSet"),
+                                        {
+                                            {"NS.objects", archive.list.addArray(references)}
+    });
+    EXPECT_EQ(as<NS::Set>(unarchive(*archive.data(root)))->count(), 1U);
+}
+
+// Ten thousand collections that share a list of ten thousand elements would be a hundred million.
+TEST_F(HostileArchive, CollectionsThatShareTheirListAreRefused) {
+    const auto array = archive.addClass("NSArray");
+    const auto elements = archive.uids(std::vector<Uid>(10000, addText("one")));
+    const auto shared = archive.dictionary({
+        {"NS.objects", elements          },
+        {"$class",     archive.uid(array)}
+    });
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10000; ++i) {
+        entries.push_back(archive.add(shared));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(array, entries)), NS::kInvalidArgumentException);
+}
+
+// The texts of a list that other writers share come to be one object before they come to be more
+// than the archive.
+TEST_F(HostileArchive, ALongTextThatManyEntriesShareIsNotCopiedForAll) {
+    const auto text = archive.list.addAscii(std::string(100'000, 'x'));
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10000; ++i) {
+        entries.push_back(archive.add(text));
+    }
+    const auto root = archive.addCollection(archive.addClass("NSArray"), entries);
+    const auto array = as<NS::Array>(unarchive(*archive.data(root)));
+    EXPECT_EQ(array->objectAtIndex(5000), array->objectAtIndex(9999));
+    EXPECT_TRUE(array->objectAtIndex(0)->isEqual(array->objectAtIndex(9999).get()));
+}
+
+TEST_F(HostileArchive, MutableTextsThatShareALongTextAreCheap) {
+    const auto text = archive.list.addAscii(std::string(100'000, 'x'));
+    const auto record = archive.addClass("NSMutableString");
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10000; ++i) {
+        entries.push_back(archive.addRecord(record, {
+                                                        {"NS.string", text}
+        }));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), entries)), "none");
+}
+
+TEST_F(HostileArchive, MutableDataThatShareLongBytesAreRefused) {
+    const auto data = archive.list.addData(NS::bytesOf(std::string(100'000, 'x')));
+    const auto record = archive.addClass("NSMutableData");
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10000; ++i) {
+        entries.push_back(archive.addRecord(record, {
+                                                        {"NS.data", data}
+        }));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), entries)),
+              NS::kInvalidArgumentException);
+}
+
+TEST_F(HostileArchive, DeepNestingIsRefused) {
+    const auto array = archive.addClass("NSArray");
+    std::vector<Uid> none;
+    Uid nested = archive.addCollection(array, none);
+    for (int i = 1; i < 512; ++i) {
+        nested = archive.addCollection(array, {nested});
+    }
+    EXPECT_EQ(outcome(nested), "none");
+    nested = archive.addCollection(array, {nested});
+    EXPECT_EQ(outcome(nested), NS::kInvalidArgumentException);
+    for (int i = 0; i < 100'000; ++i) {
+        nested = archive.addCollection(array, {nested});
+    }
+    EXPECT_EQ(outcome(nested), NS::kInvalidArgumentException);
+}
+
+// Nothing nests while this is decoded, since each array's element is there already; letting go of
+// the outermost one would release a hundred thousand from within each other.
+TEST_F(HostileArchive, AChainThatComesInFromItsFarEndIsRefused) {
+    const auto array = archive.addClass("NSArray");
+    std::vector<Uid> chain{archive.addCollection(array, {})};
+    for (int i = 0; i < 100'000; ++i) {
+        chain.push_back(archive.addCollection(array, {chain.back()}));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(array, chain)), NS::kInvalidArgumentException);
+}
+
+TEST_F(HostileArchive, AChainOfBaseURLsIsRefused) {
+    const auto url = archive.addClass("NSURL");
+    const auto text = archive.uid(addText("x"));
+    std::vector<Uid> chain{
+        archive.addRecord(url, {{"NS.relative", text}}
+         )
+    };
+    for (int i = 0; i < 100'000; ++i) {
+        chain.push_back(archive.addRecord(
+            url, {
+                     {"NS.relative", text                     },
+                     {"NS.base",     archive.uid(chain.back())}
+        }));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), chain)),
+              NS::kInvalidArgumentException);
+}
+
+TEST_F(HostileArchive, AURLBasedOnItselfIsRefused) {
+    const auto url = archive.addClass("NSURL");
+    const auto text = archive.uid(addText("x"));
+    const auto root =
+        archive.addRecord(url, {
+                                   {"NS.relative", text                  },
+                                   {"NS.base",     archive.uid(nextUid())}
+    });
+    EXPECT_NE(outcome(root), "none");
+}
+
+// All arrays of one element have one hash, so that each would be compared with all before it.
+TEST_F(HostileArchive, ASetOfManyArraysIsRefused) {
+    const auto array = archive.addClass("NSArray");
+    std::vector<Uid> members;
+    for (int i = 0; i < 30'000; ++i) {
+        members.push_back(archive.addCollection(array, {addText(std::to_string(i))}));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSSet"), members)),
+              NS::kInvalidUnarchiveOperationException);
+}
+
+TEST_F(HostileArchive, ASetOfAFewArraysIsRead) {
+    const auto array = archive.addClass("NSArray");
+    std::vector<Uid> members;
+    for (int i = 0; i < 100; ++i) {
+        members.push_back(archive.addCollection(array, {addText(std::to_string(i))}));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSSet"), members)), "none");
+}
+
+// Each level holds the one below twice: comparing two of them visits two to the fortieth texts.
+TEST_F(HostileArchive, KeysThatUnfoldWithoutEndAreRefused) {
+    const auto array = archive.addClass("NSArray");
+    std::vector<Uid> keys;
+    for (int twice = 0; twice < 2; ++twice) {
+        Uid level = addText("leaf");
+        for (int i = 0; i < 40; ++i) {
+            level = archive.addCollection(array, {level, level});
+        }
+        keys.push_back(level);
+    }
+    EXPECT_EQ(outcome(archive.addDictionary(archive.addClass("NSDictionary"), keys, keys)),
+              NS::kInvalidUnarchiveOperationException);
+}
+
+// Each key is short in the archive, and each hash reads a hundred thousand characters.
+TEST_F(HostileArchive, KeysThatShareALongTextAreRefused) {
+    const auto text = archive.list.addAscii(std::string(200'000, 'x'));
+    std::vector<Uid> keys;
+    for (int i = 0; i < 20; ++i) {
+        keys.push_back(addText(std::to_string(i)));
+    }
+    for (int i = 0; i < 30'000; ++i) {
+        keys.push_back(archive.add(text));
+    }
+    EXPECT_EQ(outcome(archive.addDictionary(archive.addClass("NSDictionary"), keys, keys)),
+              NS::kInvalidUnarchiveOperationException);
+}
+
+TEST_F(HostileArchive, ADictionaryOfManyKeysIsRead) {
+    std::vector<Uid> keys;
+    for (int i = 0; i < 100'000; ++i) {
+        keys.push_back(addText("key " + std::to_string(i)));
+    }
+    const auto root = archive.addDictionary(archive.addClass("NSDictionary"), keys, keys);
+    EXPECT_EQ(as<NS::Dictionary>(unarchive(*archive.data(root)))->count(), 100'000U);
+}
+
+TEST_F(HostileArchive, ACollectionAmongItsOwnKeysIsRefused) {
+    const auto set = archive.addClass("NSSet");
+    EXPECT_EQ(outcome(archive.addCollection(set, {nextUid()})),
+              NS::kInvalidUnarchiveOperationException);
+    const auto dictionary = archive.addClass("NSDictionary");
+    EXPECT_EQ(outcome(archive.addDictionary(dictionary, {nextUid()}, {nextUid()})),
+              NS::kInvalidUnarchiveOperationException);
+}
+
+TEST_F(HostileArchive, RecordsThatShareAHugeDictionaryAreRefused) {
+    const int before = Tests::ArchivedRecord::living;
+    const auto record = archive.addClass("ArchivedRecord");
+    HandMade::Members members{
+        {"$class", archive.uid(record)}
+    };
+    std::vector<HandMade::Reference> keys(100'000, archive.list.addAscii("key"));
+    std::vector<HandMade::Reference> values(100'000, archive.list.addBool(true));
+    keys.push_back(archive.list.addAscii("$class"));
+    values.push_back(archive.uid(record));
+    const auto shared = archive.list.addDictionary(keys, values);
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10'000; ++i) {
+        entries.push_back(archive.add(shared));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), entries)),
+              NS::kInvalidArgumentException);
+    EXPECT_EQ(Tests::ArchivedRecord::living, before);
+}
+
+TEST_F(HostileArchive, ClassesThatShareAHugeDictionaryAreRefused) {
+    std::vector<HandMade::Reference> keys(100'000, archive.list.addAscii("key"));
+    keys.push_back(archive.list.addAscii("$classname"));
+    const std::vector<HandMade::Reference> values(keys.size(), archive.list.addAscii("NSArray"));
+    const auto shared = archive.list.addDictionary(keys, values);
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10'000; ++i) {
+        entries.push_back(archive.addCollection(archive.add(shared), {}));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), entries)),
+              NS::kInvalidArgumentException);
+}
+
+TEST_F(HostileArchive, TextsThatOverlapAreRefused) {
+    Tests::HandWrittenList list;
+    list.offsetWidth = 4;
+    list.referenceWidth = 2;
+    // A text of 24,672 characters begins at each fourth place.
+    std::string text;
+    for (int i = 0; i < 1000; ++i) {
+        text += "\x5F\x11\x60\x60";
+    }
+    list.add(text + std::string(30'000, 'x'));
+    list.offsets.pop_back();
+    std::string elements("\xAF\x11\x03\xE8", 4);
+    for (std::uint64_t i = 0; i < 1000; ++i) {
+        list.offsets.push_back(8 + 4 * i);
+        elements += list.reference(i);
+    }
+    list.top = list.add(elements);
+    NS::RefPtr<NS::String> reason;
+    EXPECT_FALSE(NS::propertyListWithData(*list.data(), reason));
+    EXPECT_EQ(reason->utf8(), "texts or data that overlap");
+}
+
+// A small archive of everything, to be damaged.
+NS::Ref<NS::Data> sampleArchive() {
+    const auto shared = NS::str("shared");
+    const auto record = NS::make<Tests::ArchivedRecord>();
+    record->setFirst(shared);
+    record->setSecond(NS::Number::numberWithLongLong(-2));
+    const auto nested = NS::Array::arrayWithObjects(
+        {shared, NS::str("caf\xC3\xA9"), NS::Number::numberWithDouble(1.5), NS::Null::null(),
+         NS::make<NS::Date>(1), NS::Data::dataWithBytes(NS::bytesOf("data")), record,
+         NS::make<NS::MutableString>(*shared), NS::make<NS::MutableData>(NS::bytesOf("d")),
+         NS::make<NS::Error>(NS::str("Domain"), 1),
+         NS::Ref<NS::Object>(*NS::URL::URLWithString(*NS::str("http://host/"))),
+         NS::Set::setWithObject(shared)});
+    const auto root = NS::make<NS::MutableDictionary>();
+    root->setObject_forKey(nested, "nested");
+    root->setObject_forKey(record, "record");
+    return NS::KeyedArchiver::archivedDataWithRootObject(root);
+}
+
+// A damaged archive may be read as objects that hold each other, which nobody takes apart: only
+// one that is refused must leave nothing behind.
+void decodeDamaged(std::string_view bytes) {
+    const auto data = NS::Data::dataWithBytes(NS::bytesOf(bytes));
+    std::string name;
+    WITHOUT_LEAK_CHECK(name = Tests::nameOfException(
+                           [&] { NS::KeyedUnarchiver::unarchiveObjectWithData(*data); }));
+    if (name != "none") {
+        EXPECT_TRUE(name == NS::kInvalidArgumentException ||
+                    name == NS::kInvalidUnarchiveOperationException)
+            << name;
+        EXPECT_EQ(
+            Tests::nameOfException([&] { NS::KeyedUnarchiver::unarchiveObjectWithData(*data); }),
+            name);
+    }
+    NS::RefPtr<NS::String> reason;
+    EXPECT_TRUE(NS::propertyListWithData(*data, reason) || reason);
+}
+
+TEST(DamagedArchive, IsReadOrRefusedWhereverItIsCutOff) {
+    const auto sample = sampleArchive();
+    const std::string whole(NS::charactersOf(sample->bytes()));
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        decodeDamaged(whole.substr(0, length));
+        // The same with the trailer that belongs to the whole.
+        decodeDamaged(whole.substr(0, length) + whole.substr(whole.size() - 32));
+    }
+}
+
+TEST(DamagedArchive, IsReadOrRefusedWhicheverBitIsFlipped) {
+    const auto sample = sampleArchive();
+    std::string bytes(NS::charactersOf(sample->bytes()));
+    for (char& byte : bytes) {
+        const char before = byte;
+        for (unsigned bit = 0; bit < 8; ++bit) {
+            byte = static_cast<char>(static_cast<unsigned char>(before) ^ (1U << bit));
+            decodeDamaged(bytes);
+        }
+        byte = static_cast<char>(~static_cast<unsigned char>(before));
+        decodeDamaged(bytes);
+        byte = before;
+    }
+}
+
+} // namespace

@@ -1,0 +1,170 @@
+#include "Platform/Foundation/KeyedArchiver.h"
+
+#include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/Dictionary.h"
+#include "Platform/Foundation/Error.h"
+#include "Platform/Foundation/Null.h"
+#include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/Testing/ArchiveText.h"
+#include "Platform/Foundation/Testing/ArchivedRecords.h"
+#include "Platform/Foundation/Testing/RaisedException.h"
+#include "Platform/Foundation/URL.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class KeyedArchiver : public testing::Test {
+  protected:
+    // The archive's property list as text, UIDs as #n.
+    static std::string archive(const NS::RefPtr<NS::Object>& root) {
+        return Tests::textOfList(*NS::KeyedArchiver::archivedDataWithRootObject(root));
+    }
+    // The entries of "$objects" after the null.
+    static std::string entries(const NS::RefPtr<NS::Object>& root) {
+        const std::string whole = archive(root);
+        const std::string begin = "$objects=[\"$null\", ";
+        const std::size_t start = whole.find(begin) + begin.size();
+        return whole.substr(start, whole.size() - start - 2);
+    }
+};
+
+TEST_F(KeyedArchiver, PutsTheRootIntoTheFormatsContainer) {
+    EXPECT_EQ(archive(NS::str("text")), "{$version=100000, $archiver=\"NSKeyedArchiver\", "
+                                        "$top={root=#1}, $objects=[\"$null\", \"text\"]}");
+}
+
+TEST_F(KeyedArchiver, ArchivesANilRootAsNil) {
+    EXPECT_EQ(archive(nullptr), "{$version=100000, $archiver=\"NSKeyedArchiver\", "
+                                "$top={root=#0}, $objects=[\"$null\"]}");
+}
+
+TEST_F(KeyedArchiver, WritesPlainValuesAsTheyAre) {
+    EXPECT_EQ(entries(NS::Number::numberWithLongLong(-7)), "-7");
+    EXPECT_EQ(entries(NS::Number::numberWithBool(true)), "true");
+    EXPECT_EQ(entries(NS::Number::numberWithDouble(1.5)), "1.5");
+    EXPECT_EQ(entries(NS::Data::dataWithBytes(NS::bytesOf("ab"))), "<6162>");
+}
+
+TEST_F(KeyedArchiver, WritesOtherValuesUnderTheirKeysAndClassChain) {
+    EXPECT_EQ(entries(NS::make<NS::Date>(2.5)),
+              "{$class=#2, NS.time=2.5}, {$classname=\"NSDate\", $classes=[\"NSDate\", "
+              "\"NSObject\"]}");
+    EXPECT_EQ(entries(NS::make<NS::MutableString>(*NS::str("x"))),
+              "{$class=#2, NS.string=\"x\"}, {$classname=\"NSMutableString\", "
+              "$classes=[\"NSMutableString\", \"NSString\", \"NSObject\"]}");
+    EXPECT_EQ(entries(NS::make<NS::MutableData>(NS::bytesOf("x"))),
+              "{$class=#2, NS.data=<78>}, {$classname=\"NSMutableData\", "
+              "$classes=[\"NSMutableData\", \"NSData\", \"NSObject\"]}");
+    EXPECT_EQ(entries(NS::Null::null()), "{$class=#2}, {$classname=\"NSNull\", "
+                                         "$classes=[\"NSNull\", \"NSObject\"]}");
+}
+
+TEST_F(KeyedArchiver, WritesCollectionsAsListsOfUids) {
+    const auto array = NS::Array::arrayWithObjects({NS::str("a"), NS::str("a")});
+    EXPECT_EQ(entries(array), "{$class=#2, NS.objects=[#3, #4]}, {$classname=\"NSArray\", "
+                              "$classes=[\"NSArray\", \"NSObject\"]}, \"a\", \"a\"");
+    const auto dictionary = NS::Dictionary::dictionaryWithEntries({
+        {"k", NS::str("v")}
+    });
+    EXPECT_EQ(entries(dictionary),
+              "{$class=#2, NS.keys=[#3], NS.objects=[#4]}, {$classname=\"NSDictionary\", "
+              "$classes=[\"NSDictionary\", \"NSObject\"]}, \"k\", \"v\"");
+}
+
+TEST_F(KeyedArchiver, WritesURLsAndErrors) {
+    const auto base = NS::URL::URLWithString(*NS::str("http://host/"));
+    EXPECT_EQ(entries(NS::URL::URLWithString_relativeToURL(*NS::str("x"), base)),
+              "{$class=#2, NS.base=#3, NS.relative=#4}, {$classname=\"NSURL\", "
+              "$classes=[\"NSURL\", \"NSObject\"]}, {$class=#2, NS.base=#0, NS.relative=#5}, "
+              "\"x\", \"http://host/\"");
+    EXPECT_EQ(entries(NS::make<NS::Error>(NS::str("Domain"), 7)),
+              "{$class=#2, NSCode=7, NSDomain=#3, NSUserInfo=#4}, {$classname=\"NSError\", "
+              "$classes=[\"NSError\", \"NSObject\"]}, \"Domain\", {$class=#5, NS.keys=[], "
+              "NS.objects=[]}, {$classname=\"NSDictionary\", $classes=[\"NSDictionary\", "
+              "\"NSObject\"]}");
+}
+
+TEST_F(KeyedArchiver, WritesOneObjectOnceHoweverOftenItIsMet) {
+    const auto text = NS::str("a");
+    EXPECT_EQ(entries(NS::Array::arrayWithObjects({text, text})),
+              "{$class=#2, NS.objects=[#3, #3]}, {$classname=\"NSArray\", "
+              "$classes=[\"NSArray\", \"NSObject\"]}, \"a\"");
+}
+
+TEST_F(KeyedArchiver, DoublesTheDollarOfARecordsKey) {
+    const auto record = NS::make<Tests::ArchivedRecord>();
+    record->setSecond(NS::str("s"));
+    EXPECT_EQ(entries(record), "{$class=#2, first=#0, $$class=#3, time=0}, "
+                               "{$classname=\"ArchivedRecord\", $classes=[\"ArchivedRecord\", "
+                               "\"NSObject\"]}, \"s\"");
+}
+
+// Bare, it would read as nil.
+TEST_F(KeyedArchiver, WritesATextThatReadsAsNullInADictionary) {
+    EXPECT_EQ(entries(NS::str("$null")), "{$class=#2, NS.string=\"$null\"}, "
+                                         "{$classname=\"NSString\", $classes=[\"NSString\", "
+                                         "\"NSObject\"]}");
+}
+
+class TwiceUnderOneKey final : public NS::Object {
+    NS_OBJECT(TwiceUnderOneKey)
+  public:
+    void encodeWithCoder(NS::KeyedArchiver& coder) const override {
+        coder.encodeInt64_forKey(1, "k");
+        coder.encodeBool_forKey(true, "l");
+        coder.encodeInt64_forKey(2, "k");
+    }
+};
+constinit const NS::Class TwiceUnderOneKey::kClass{.name = "Twice",
+                                                   .superclass = &NS::Object::kClass};
+
+TEST_F(KeyedArchiver, ReplacesAnEarlierValueOfTheSameKey) {
+    EXPECT_TRUE(entries(NS::make<TwiceUnderOneKey>()).starts_with("{$class=#2, k=2, l=true}"));
+}
+
+TEST_F(KeyedArchiver, RaisesForAClassThatDoesNotEncode) {
+    const auto object = NS::make<NS::Object>();
+    EXPECT_EQ(Tests::nameOfException([&] { archive(NS::Array::arrayWithObjects({object})); }),
+              NS::kInvalidArgumentException);
+    EXPECT_EQ(object->referenceCount(), 1U);
+}
+
+TEST_F(KeyedArchiver, RaisesForObjectsTooDeepWithinOneAnother) {
+    NS::Ref<NS::Array> nested = NS::make<NS::Array>();
+    for (int i = 1; i < 512; ++i) {
+        nested = NS::Array::arrayWithObjects({nested});
+    }
+    EXPECT_EQ(Tests::nameOfException([&] { archive(nested); }), "none");
+    nested = NS::Array::arrayWithObjects({nested});
+    EXPECT_EQ(Tests::nameOfException([&] { archive(nested); }),
+              NS::kInvalidArchiveOperationException);
+}
+
+// A getter may make its value afresh at each call; two of them must not be taken for one because
+// the second stands where the first one did.
+TEST_F(KeyedArchiver, TellsPassingObjectsApart) {
+    class Passing final : public NS::Object {
+      public:
+        void encodeWithCoder(NS::KeyedArchiver& coder) const override {
+            for (int i = 0; i < 50; ++i) {
+                coder.encodeObject_forKey(NS::Number::numberWithInt(i), "k" + std::to_string(i));
+            }
+        }
+    };
+    const std::string text = entries(NS::make<Passing>());
+    EXPECT_NE(text.find("k0=#3, k1=#4, k2=#5"), std::string::npos) << text;
+    EXPECT_NE(text.find(", 0, 1, 2, 3"), std::string::npos) << text;
+}
+
+TEST_F(KeyedArchiver, LetsGoOfEverythingItArchived) {
+    const auto text = NS::str("text");
+    const auto array = NS::Array::arrayWithObjects({text});
+    archive(array);
+    EXPECT_EQ(text->referenceCount(), 2U);
+    EXPECT_EQ(array->referenceCount(), 1U);
+}
+
+} // namespace

@@ -1,0 +1,346 @@
+#include "Platform/Foundation/KeyedUnarchiver.h"
+
+#include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/Dictionary.h"
+#include "Platform/Foundation/Error.h"
+#include "Platform/Foundation/KeyedArchiver.h"
+#include "Platform/Foundation/Null.h"
+#include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/Set.h"
+#include "Platform/Foundation/String.h"
+#include "Platform/Foundation/Testing/ArchivedRecords.h"
+#include "Platform/Foundation/Testing/HandMadeArchive.h"
+#include "Platform/Foundation/Testing/HandWrittenList.h"
+#include "Platform/Foundation/Testing/RaisedException.h"
+#include "Platform/Foundation/URL.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using NS::as;
+using HandMade = Tests::HandMadeArchive;
+using Tests::ArchivedRecord;
+
+class KeyedUnarchiver : public testing::Test {
+  protected:
+    static NS::RefPtr<NS::Object> unarchive(const NS::Data& data) {
+        return NS::KeyedUnarchiver::unarchiveObjectWithData(data);
+    }
+    static NS::RefPtr<NS::Object> roundTrip(const NS::RefPtr<NS::Object>& root) {
+        return unarchive(*NS::KeyedArchiver::archivedDataWithRootObject(root));
+    }
+    std::string reasonOf(HandMade::Uid root) {
+        return Tests::reasonOfException([&] { unarchive(*archive.data(root)); });
+    }
+    std::string nameOf(HandMade::Uid root) {
+        return Tests::nameOfException([&] { unarchive(*archive.data(root)); });
+    }
+
+    HandMade archive;
+};
+
+TEST_F(KeyedUnarchiver, GivesBackEqualValuesOfTheSameClass) {
+    const NS::Ref<NS::Object> values[] = {
+        NS::str(""),
+        NS::str("text"),
+        NS::str("$null"),
+        NS::str("caf\xC3\xA9 \xF0\x9F\x98\x80"),
+        NS::String::fromFileSystemRepresentation("bad\xFF\xC3"),
+        NS::String::fromUtf16(u"\xD800 \xDC00"),
+        NS::make<NS::MutableString>(*NS::str("mutable")),
+        NS::Number::numberWithBool(false),
+        NS::Number::numberWithLongLong(std::numeric_limits<std::int64_t>::min()),
+        NS::Number::numberWithLongLong(std::numeric_limits<std::int64_t>::max()),
+        NS::Number::numberWithUnsignedLongLong(std::numeric_limits<std::uint64_t>::max()),
+        NS::Number::numberWithDouble(-0.1),
+        NS::Number::numberWithFloat(0.1F),
+        NS::Number::numberWithDouble(std::numeric_limits<double>::infinity()),
+        NS::Data::dataWithBytes({}
+        ),
+        NS::Data::dataWithBytes(NS::bytesOf("bytes")),
+        NS::make<NS::MutableData>(NS::bytesOf("bytes")),
+        NS::make<NS::Date>(-1.25),
+        NS::Null::null(),
+        NS::URL::fileURLWithPath(NS::str("/no/such folder")),
+        NS::Ref<NS::Object>(*NS::URL::URLWithString_relativeToURL(
+            *NS::str("a"), NS::URL::URLWithString(*NS::str("http://host/")))),
+        NS::make<NS::Error>(NS::str("Domain"), -3,
+                            NS::Dictionary::dictionaryWithEntries({                    {"k", NS::str("v")}}
+        )),
+        NS::make<NS::Array>(),
+        NS::Array::arrayWithObjects({        NS::str("a"), NS::Null::null()}
+        ),
+        NS::make<NS::MutableArray>(),
+        NS::Set::setWithObject(NS::str("a")),
+        NS::make<NS::MutableSet>(),
+        NS::Dictionary::dictionaryWithEntries({ {"k", NS::str("v")}, {"l", NS::make<NS::Array>()}}
+        ),
+        NS::make<NS::MutableDictionary>(),
+    };
+    for (const NS::Ref<NS::Object>& value : values) {
+        const NS::RefPtr<NS::Object> back = roundTrip(value);
+        ASSERT_TRUE(back) << value->description()->utf8();
+        EXPECT_TRUE(back->isEqual(value.get())) << value->description()->utf8();
+        EXPECT_STREQ(back->objectClass().name, value->objectClass().name);
+        EXPECT_EQ(back->description()->utf8(), value->description()->utf8());
+    }
+}
+
+TEST_F(KeyedUnarchiver, KeepsTheTypeOfANumber) {
+    using Type = NS::Number::Type;
+    EXPECT_EQ(as<NS::Number>(roundTrip(NS::Number::numberWithBool(true)))->type(), Type::kBoolean);
+    EXPECT_EQ(as<NS::Number>(roundTrip(NS::Number::numberWithInt(1)))->type(), Type::kInteger);
+    EXPECT_EQ(as<NS::Number>(roundTrip(NS::Number::numberWithFloat(1)))->type(), Type::kFloat);
+    EXPECT_EQ(as<NS::Number>(roundTrip(NS::Number::numberWithDouble(1)))->type(), Type::kDouble);
+}
+
+TEST_F(KeyedUnarchiver, GivesNilForANilRoot) {
+    EXPECT_FALSE(roundTrip(nullptr));
+}
+
+TEST_F(KeyedUnarchiver, GivesBackOneObjectForOneAndTwoForTwo) {
+    const auto one = NS::str("same");
+    const auto back =
+        as<NS::Array>(roundTrip(NS::Array::arrayWithObjects({one, one, NS::str("same")})));
+    EXPECT_EQ(back->objectAtIndex(0), back->objectAtIndex(1));
+    EXPECT_NE(back->objectAtIndex(0), back->objectAtIndex(2));
+    EXPECT_TRUE(back->objectAtIndex(0)->isEqual(back->objectAtIndex(2).get()));
+}
+
+TEST_F(KeyedUnarchiver, GivesBackEqualNumbersAsTheObjectsTheyWere) {
+    const auto one = NS::Number::numberWithInt(5);
+    const auto back = as<NS::Array>(
+        roundTrip(NS::Array::arrayWithObjects({one, NS::Number::numberWithInt(5), one})));
+    EXPECT_NE(back->objectAtIndex(0), back->objectAtIndex(1));
+    EXPECT_EQ(back->objectAtIndex(0), back->objectAtIndex(2));
+}
+
+TEST_F(KeyedUnarchiver, RestoresARecordWithItsReferences) {
+    const auto record = NS::make<ArchivedRecord>();
+    record->setFirst(NS::str("one"));
+    record->setSecond(record->first());
+    record->setTime(2.5);
+    const auto back = as<ArchivedRecord>(roundTrip(record));
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->first()->description()->utf8(), "one");
+    EXPECT_EQ(back->first(), back->second());
+    EXPECT_EQ(back->time(), 2.5);
+}
+
+TEST_F(KeyedUnarchiver, LetsAnArrayHoldItself) {
+    const auto array = NS::make<NS::MutableArray>();
+    array->addObject(array);
+    const auto back = as<NS::MutableArray>(roundTrip(array));
+    EXPECT_EQ(back->objectAtIndex(0), back);
+    array->removeAllObjects();
+    back->removeAllObjects();
+}
+
+TEST_F(KeyedUnarchiver, LetsRecordsHoldEachOther) {
+    const auto record = NS::make<ArchivedRecord>();
+    const auto dictionary = NS::make<NS::MutableDictionary>();
+    dictionary->setObject_forKey(record, "record");
+    record->setFirst(dictionary);
+    const auto back = as<ArchivedRecord>(roundTrip(record));
+    EXPECT_EQ(as<NS::Dictionary>(back->first())->objectForKey("record"), back);
+    record->setFirst(nullptr);
+    back->setFirst(nullptr);
+}
+
+TEST_F(KeyedUnarchiver, GivesNilAndZeroForKeysThatAreNotThere) {
+    const auto root = archive.addRecord(archive.addClass("ArchivedRecord"), {});
+    const auto back = as<ArchivedRecord>(unarchive(*archive.data(root)));
+    ASSERT_TRUE(back);
+    EXPECT_FALSE(back->first());
+    EXPECT_EQ(back->time(), 0);
+}
+
+TEST_F(KeyedUnarchiver, FindsKeysInAnyOrder) {
+    const auto text = archive.uid(archive.add(archive.list.addAscii("one")));
+    const auto time = archive.list.addInteger(3);
+    const auto root = archive.addRecord(archive.addClass("ArchivedRecord"),
+                                        {
+                                            {"time",  time},
+                                            {"other", time},
+                                            {"first", text}
+    });
+    const auto back = as<ArchivedRecord>(unarchive(*archive.data(root)));
+    EXPECT_EQ(back->first()->description()->utf8(), "one");
+    EXPECT_EQ(back->time(), 3);
+}
+
+TEST_F(KeyedUnarchiver, FindsKeysThatAreWrittenAsUtf16) {
+    const auto key = archive.list.addString(*NS::str("$class"));
+    const auto wide = archive.list.addString(*NS::str("\xC3\xA9"));
+    const auto record = archive.addClass("ArchivedRecord");
+    const HandMade::Reference keys[] = {wide, key};
+    const HandMade::Reference values[] = {archive.list.addBool(true), archive.uid(record)};
+    const auto root = archive.add(archive.list.addDictionary(keys, values));
+    EXPECT_TRUE(as<ArchivedRecord>(unarchive(*archive.data(root))));
+}
+
+TEST_F(KeyedUnarchiver, RecordsOfOneClassMayHaveDifferentKeys) {
+    const auto record = archive.addClass("ArchivedRecord");
+    const auto half = archive.addRecord(record, {
+                                                    {"time", archive.list.addReal(0.5)}
+    });
+    const auto text = archive.uid(archive.add(archive.list.addAscii("one")));
+    const auto other = archive.addRecord(record, {
+                                                     {"first", text}
+    });
+    const auto root = archive.addCollection(archive.addClass("NSArray"), {half, other, half});
+    const auto back = as<NS::Array>(unarchive(*archive.data(root)));
+    EXPECT_EQ(as<ArchivedRecord>(NS::RefPtr<NS::Object>(back->objectAtIndex(0)))->time(), 0.5);
+    EXPECT_TRUE(as<ArchivedRecord>(NS::RefPtr<NS::Object>(back->objectAtIndex(1)))->first());
+}
+
+// Other writers write equal texts once; they were two objects all the same.
+TEST_F(KeyedUnarchiver, MakesTwoObjectsOfTwoEntriesThatShareAValue) {
+    const auto text = archive.list.addAscii("shared");
+    const auto root =
+        archive.addCollection(archive.addClass("NSArray"), {archive.add(text), archive.add(text)});
+    const auto back = as<NS::Array>(unarchive(*archive.data(root)));
+    EXPECT_NE(back->objectAtIndex(0), back->objectAtIndex(1));
+}
+
+TEST_F(KeyedUnarchiver, ReadsValuesThatStandInADictionaryOfTheirOwn) {
+    const auto string = archive.addRecord(archive.addClass("NSString"),
+                                          {
+                                              {"NS.string", archive.list.addAscii("boxed")}
+    });
+    EXPECT_EQ(unarchive(*archive.data(string))->description()->utf8(), "boxed");
+    const auto number = archive.addRecord(archive.addClass("NSNumber"),
+                                          {
+                                              {"NS.intval", archive.list.addInteger(12)}
+    });
+    EXPECT_EQ(unarchive(*archive.data(number))->description()->utf8(), "12");
+    const auto data = archive.addRecord(archive.addClass("NSData"),
+                                        {
+                                            {"NS.data", archive.list.addData(NS::bytesOf("d"))}
+    });
+    EXPECT_EQ(as<NS::Data>(unarchive(*archive.data(data)))->length(), 1U);
+}
+
+TEST_F(KeyedUnarchiver, ReadsAPlainDateOfTheList) {
+    const auto root = archive.add(archive.list.addDate(1.5));
+    EXPECT_EQ(as<NS::Date>(unarchive(*archive.data(root)))->timeIntervalSinceReferenceDate(), 1.5);
+}
+
+TEST_F(KeyedUnarchiver, RaisesForBytesThatAreNoArchive) {
+    for (const std::string_view bytes : {"", "text", "bplist00", "<?xml version=\"1.0\"?>"}) {
+        const auto raised = Tests::raisedException(
+            [&] { unarchive(*NS::Data::dataWithBytes(NS::bytesOf(bytes))); });
+        ASSERT_TRUE(raised) << bytes;
+        EXPECT_EQ(raised->name()->utf8(), NS::kInvalidArgumentException);
+        EXPECT_NE(raised->reason()->utf8().find("incomprehensible archive"), std::string::npos);
+    }
+}
+
+TEST_F(KeyedUnarchiver, RaisesForAListThatIsNoArchive) {
+    Tests::HandWrittenList list;
+    list.add("\x09");
+    EXPECT_EQ(Tests::nameOfException([&] { unarchive(*list.data()); }),
+              NS::kInvalidArgumentException);
+}
+
+TEST_F(KeyedUnarchiver, RaisesForAnotherArchiverOrVersion) {
+    const auto root = archive.add(archive.list.addBool(true));
+    archive.archiver = "OtherArchiver";
+    EXPECT_EQ(nameOf(root), NS::kInvalidArgumentException);
+    archive.archiver = "NSKeyedArchiver";
+    archive.version = 100001;
+    EXPECT_EQ(nameOf(root), NS::kInvalidArgumentException);
+}
+
+TEST_F(KeyedUnarchiver, NamesTheClassThatItDoesNotKnow) {
+    const auto root = archive.addRecord(archive.addClass("NoSuchClass"), {});
+    EXPECT_EQ(nameOf(root), NS::kInvalidUnarchiveOperationException);
+    EXPECT_NE(reasonOf(root).find("cannot decode object of class (NoSuchClass)"),
+              std::string::npos);
+}
+
+TEST_F(KeyedUnarchiver, CutsTheNameOfAnUnknownClass) {
+    const auto root = archive.addRecord(archive.addClass(std::string(100000, 'x')), {});
+    EXPECT_LT(reasonOf(root).size(), 400U);
+}
+
+TEST_F(KeyedUnarchiver, RaisesForAClassThatIsNotReadBack) {
+    const auto data =
+        NS::KeyedArchiver::archivedDataWithRootObject(NS::make<Tests::UnknownRecord>());
+    EXPECT_EQ(Tests::nameOfException([&] { unarchive(*data); }),
+              NS::kInvalidUnarchiveOperationException);
+}
+
+TEST_F(KeyedUnarchiver, RaisesForObjectsWithoutClass) {
+    EXPECT_EQ(nameOf(archive.add(archive.dictionary({}))), NS::kInvalidArgumentException);
+    const auto noName = archive.add(archive.dictionary({}));
+    EXPECT_EQ(nameOf(archive.addRecord(noName, {})), NS::kInvalidArgumentException);
+    const auto text = archive.add(archive.list.addAscii("NSArray"));
+    EXPECT_EQ(nameOf(archive.addRecord(text, {})), NS::kInvalidArgumentException);
+    EXPECT_EQ(nameOf(archive.addRecord(9999, {})), NS::kInvalidArgumentException);
+}
+
+TEST_F(KeyedUnarchiver, RaisesForAClassInAnObjectsPlaceAndTheOtherWayRound) {
+    const auto array = archive.addClass("NSArray");
+    const auto empty = archive.addCollection(array, {});
+    EXPECT_EQ(nameOf(archive.addCollection(array, {empty, array})), NS::kInvalidArgumentException);
+    const auto ofNoClass = archive.addRecord(empty, {});
+    EXPECT_EQ(nameOf(archive.addCollection(array, {empty, ofNoClass})),
+              NS::kInvalidArgumentException);
+}
+
+TEST_F(KeyedUnarchiver, RaisesForValuesOfTheWrongKind) {
+    const auto text = archive.list.addAscii("text");
+    const auto flag = archive.list.addBool(true);
+    const auto uidOfFlag = archive.uid(archive.add(flag));
+    const auto keys = archive.list.addArray({&uidOfFlag, 1});
+    const std::pair<const char*, HandMade::Members> records[] = {
+        {"ArchivedRecord",  {{"time", text}}                                                         },
+        {"ArchivedRecord",  {{"first", archive.list.addArray({})}}                                   },
+        {"NSArray",         {}                                                                       },
+        {"NSArray",         {{"NS.objects", text}}                                                   },
+        {"NSArray",         {{"NS.objects", archive.list.addArray({&flag, 1})}}                      },
+        {"NSArray",         {{"NS.objects", archive.uids({0})}}                                      },
+        {"NSDictionary",    {{"NS.keys", keys}, {"NS.objects", archive.list.addArray({})}}           },
+        {"NSDate",          {{"NS.time", text}}                                                      },
+        {"NSMutableString", {{"NS.string", flag}}                                                    },
+        {"NSMutableData",   {{"NS.data", text}}                                                      },
+        {"NSURL",           {{"NS.relative", archive.uid(archive.add(archive.list.addAscii("a b")))}}},
+        {"NSURL",           {{"NS.relative", uidOfFlag}}                                             },
+        {"NSURL",           {{"NS.relative", text}, {"NS.base", uidOfFlag}}                          },
+        {"NSError",         {{"NSCode", flag}}                                                       },
+        {"NSError",         {{"NSDomain", uidOfFlag}}                                                },
+        {"NSError",         {}                                                                       },
+        {"NSNumber",        {}                                                                       },
+    };
+    for (const auto& [name, members] : records) {
+        const auto root = archive.addRecord(archive.addClass(name), members);
+        EXPECT_EQ(nameOf(root), NS::kInvalidUnarchiveOperationException) << name;
+    }
+}
+
+// Whatever holds the others: the record, the array and the dictionary are one circle.
+TEST_F(KeyedUnarchiver, LeavesNothingOfAFailedArchiveBehind) {
+    const int before = ArchivedRecord::living;
+    const auto record = archive.addClass("ArchivedRecord");
+    const auto key = archive.add(archive.list.addAscii("key"));
+    const auto unknown = archive.addRecord(archive.addClass("NoSuchClass"), {});
+    const auto array = archive.addClass("NSMutableArray");
+    const auto dictionary = archive.addClass("NSDictionary");
+    const auto first = static_cast<HandMade::Uid>(archive.entries.size());
+    archive.addRecord(record, {
+                                  {"first", archive.uid(first + 1)}
+    });
+    archive.addDictionary(dictionary, {key}, {first + 2});
+    archive.addCollection(array, {first, unknown});
+    const auto root = first + 2;
+    EXPECT_EQ(nameOf(root), NS::kInvalidUnarchiveOperationException);
+    EXPECT_EQ(ArchivedRecord::living, before);
+}
+
+} // namespace

@@ -1,0 +1,50 @@
+#include "Platform/Foundation/Nesting.h"
+
+#include "Platform/Foundation/Testing/RaisedException.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+// Goes down to a depth, a visit at each level.
+void descend(int depth) {
+    const NS::NestedVisit visit;
+    if (depth > 1) {
+        descend(depth - 1);
+    }
+}
+
+TEST(NestedVisit, RaisesBeyondItsDepth) {
+    EXPECT_EQ(Tests::nameOfException([] { descend(256); }), "none");
+    EXPECT_EQ(Tests::nameOfException([] { descend(257); }), NS::kGenericException);
+    EXPECT_EQ(Tests::nameOfException([] { descend(256); }), "none");
+}
+
+TEST(NestedVisit, RaisesBeyondItsNumberWithinOneOperation) {
+    const auto visitOften = [] {
+        const NS::NestedVisit outermost;
+        for (int i = 0; i < 1'000'000; ++i) {
+            const NS::NestedVisit visit;
+        }
+    };
+    EXPECT_EQ(Tests::nameOfException(visitOften), NS::kGenericException);
+}
+
+TEST(NestedVisit, CountsEachOperationByItself) {
+    for (int i = 0; i < 1'000'001; ++i) {
+        const NS::NestedVisit visit;
+    }
+    SUCCEED();
+}
+
+TEST(NestedVisit, CountsEachThreadByItself) {
+    const NS::NestedVisit here;
+    std::string name;
+    std::thread([&] { name = Tests::nameOfException([] { descend(256); }); }).join();
+    EXPECT_EQ(name, "none");
+    EXPECT_EQ(Tests::nameOfException([] { descend(256); }), NS::kGenericException);
+}
+
+} // namespace

@@ -1,0 +1,61 @@
+#include "Platform/Foundation/StringBuilder.h"
+
+#include "Platform/Foundation/Utf8.h"
+
+namespace NS {
+
+void StringBuilder::widen() {
+    if (wide_.empty()) {
+        wide_.assign(narrow_.begin(), narrow_.end());
+        narrow_.clear();
+    }
+}
+
+void StringBuilder::append(const String& text) {
+    if (text.isAscii()) {
+        appendAscii(text.ascii());
+    } else {
+        widen();
+        wide_.append(text.utf16());
+    }
+}
+
+void StringBuilder::appendAscii(std::string_view characters) {
+    if (wide_.empty()) {
+        narrow_.append(characters);
+    } else {
+        wide_.append(characters.begin(), characters.end());
+    }
+}
+
+void StringBuilder::appendUnit(char16_t unit) {
+    if (unit < 0x80) {
+        append(static_cast<char>(unit));
+    } else {
+        widen();
+        wide_.push_back(unit);
+    }
+}
+
+void StringBuilder::appendCodePoint(char32_t codePoint) {
+    if (codePoint < 0x80) {
+        append(static_cast<char>(codePoint));
+    } else {
+        widen();
+        Utf8::appendUtf16(wide_, codePoint);
+    }
+}
+
+void StringBuilder::appendRepeated(char asciiCharacter, std::size_t count) {
+    if (wide_.empty()) {
+        narrow_.append(count, asciiCharacter);
+    } else {
+        wide_.append(count, static_cast<unsigned char>(asciiCharacter));
+    }
+}
+
+Ref<String> StringBuilder::string() const {
+    return wide_.empty() ? String::fromAscii(narrow_) : String::fromUtf16(wide_);
+}
+
+} // namespace NS

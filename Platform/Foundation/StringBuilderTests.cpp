@@ -1,0 +1,75 @@
+#include "Platform/Foundation/StringBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+class StringBuilder : public testing::Test {
+  protected:
+    std::string text() const { return builder.string()->utf8(); }
+
+    NS::StringBuilder builder;
+};
+
+TEST_F(StringBuilder, StartsEmpty) {
+    EXPECT_EQ(builder.length(), 0U);
+    EXPECT_EQ(text(), "");
+}
+
+TEST_F(StringBuilder, StaysNarrowForAscii) {
+    builder.append('a');
+    builder.appendAscii("bc");
+    builder.append(*NS::str("de"));
+    builder.appendUnit(u'f');
+    builder.appendCodePoint(U'g');
+    EXPECT_EQ(text(), "abcdefg");
+    EXPECT_EQ(builder.length(), 7U);
+    EXPECT_TRUE(builder.string()->isAscii());
+}
+
+TEST_F(StringBuilder, WidensAtTheFirstOtherCharacterAndGoesOn) {
+    builder.appendAscii("ab");
+    builder.appendUnit(u'\xE9');
+    builder.append('c');
+    builder.appendAscii("d");
+    builder.append(*NS::str("e\xC3\xA9"));
+    builder.appendUnit(u'f');
+    EXPECT_EQ(text(), "ab\xC3\xA9"
+                      "cde\xC3\xA9"
+                      "f");
+    EXPECT_EQ(builder.length(), 8U);
+}
+
+TEST_F(StringBuilder, WidensFromNothing) {
+    builder.append(*NS::str("\xC3\xA9"));
+    builder.append(*NS::str(""));
+    EXPECT_EQ(text(), "\xC3\xA9");
+    EXPECT_EQ(builder.length(), 1U);
+}
+
+TEST_F(StringBuilder, WritesCodePointsBeyondTheFirstPlaneAsPairs) {
+    builder.appendCodePoint(0x1F600);
+    builder.appendCodePoint(0xE9);
+    EXPECT_EQ(builder.length(), 3U);
+    EXPECT_EQ(text(), "\xF0\x9F\x98\x80\xC3\xA9");
+}
+
+TEST_F(StringBuilder, RepeatsACharacterInEitherWidth) {
+    builder.appendRepeated('-', 3);
+    builder.appendRepeated('x', 0);
+    builder.appendUnit(u'\xE9');
+    builder.appendRepeated('+', 2);
+    EXPECT_EQ(text(), "---\xC3\xA9++");
+}
+
+TEST_F(StringBuilder, CanGoOnAfterItsTextWasTaken) {
+    builder.appendAscii("a");
+    const auto first = builder.string();
+    builder.appendAscii("b");
+    EXPECT_EQ(first->utf8(), "a");
+    EXPECT_EQ(text(), "ab");
+}
+
+} // namespace
