@@ -122,9 +122,9 @@ TEST(Clock, GoesOnByItself) {
 
 TEST(Clock, DoesNotSleepForNothing) {
     for (const double seconds : {0.0, -1.0, -HUGE_VAL, std::nan("")}) {
-        NS::sleepForTimeInterval(seconds); // would hang, or fail under the sanitisers
+        // Would hang, or fail under the sanitisers.
+        EXPECT_NO_THROW(NS::sleepForTimeInterval(seconds));
     }
-    SUCCEED();
 }
 
 } // namespace

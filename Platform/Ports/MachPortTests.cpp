@@ -1,8 +1,8 @@
 #include "Platform/Ports/MachPort.h"
 
+#include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/PortLimits.h"
 #include "Platform/Ports/Testing/PortFixture.h"
-#include "Platform/Ports/linux/FileDescriptor.h"
 
 #include <gmock/gmock.h>
 
@@ -177,6 +177,19 @@ TEST_F(MachPort, CanBeAnsweredWhenItCameWithAMessage) {
     ASSERT_TRUE(send(kept, {"again"}, own.port));
     ASSERT_TRUE(pump([&] { return own.collector->messages.size() == 2; }));
     EXPECT_EQ(own.collector->text(1), "again");
+}
+
+TEST_F(MachPort, CanBeAnsweredOnAnotherPortThanItReached) {
+    auto peer = startPeer("peer");
+    ASSERT_TRUE(says(peer, "registered"));
+    TestPort own;
+    TestPort other;
+    ASSERT_TRUE(send(lookUp("peer"), {"hello"}, own.port));
+    ASSERT_TRUE(pump([&] { return own.collector->messages.size() == 1; }));
+    ASSERT_TRUE(send(own.collector->messages[0]->sendPort(), {"to the other"}, other.port));
+    ASSERT_TRUE(pump([&] { return other.collector->messages.size() == 1; }));
+    EXPECT_EQ(other.collector->text(0), "to the other");
+    EXPECT_EQ(own.collector->messages.size(), 1U);
 }
 
 TEST_F(MachPort, IsTheSameForAllMessagesOfAPeerAndForItsName) {

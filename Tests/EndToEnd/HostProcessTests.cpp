@@ -1,10 +1,10 @@
 #include "Tests/EndToEnd/ExtensionProcess.h"
 
 #include "Platform/Foundation/Data.h"
+#include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/MachBootstrapServer.h"
 #include "Platform/Ports/RunLoop.h"
 #include "Platform/Ports/Testing/PumpUntil.h"
-#include "Platform/Ports/linux/FileDescriptor.h"
 #include "Platform/Ports/linux/RuntimeFolder.h"
 #include "QVApi/Content/QVUserInfoItem.h"
 #include "QVFinderExtension/QVExtensionCommsClient.h"

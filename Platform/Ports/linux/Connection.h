@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/MachPort.h"
 #include "Platform/Ports/RunLoopSource.h"
-#include "Platform/Ports/linux/FileDescriptor.h"
 #include "Platform/Ports/linux/Frame.h"
 #include "Platform/Ports/linux/PortIdentity.h"
 #include "Platform/Ports/linux/RuntimeFolder.h"

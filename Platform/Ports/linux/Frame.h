@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/PortDrops.h"
-#include "Platform/Ports/linux/FileDescriptor.h"
 #include "Platform/Ports/linux/PortIdentity.h"
 
 #include <cstdint>

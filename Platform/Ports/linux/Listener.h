@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/RunLoopSource.h"
-#include "Platform/Ports/linux/FileDescriptor.h"
 #include "Platform/Ports/linux/RuntimeFolder.h"
 
 #include <string_view>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/Data.h"
-#include "Platform/Ports/linux/FileDescriptor.h"
+#include "Platform/Foundation/linux/FileDescriptor.h"
 
 #include <cstdint>
 #include <span>

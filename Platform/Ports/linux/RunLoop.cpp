@@ -2,8 +2,8 @@
 
 #include "Platform/Foundation/Clock.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/linux/Endpoints.h"
-#include "Platform/Ports/linux/FileDescriptor.h"
 
 #include <algorithm>
 #include <chrono>

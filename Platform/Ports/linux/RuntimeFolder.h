@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Ports/linux/FileDescriptor.h"
+#include "Platform/Foundation/linux/FileDescriptor.h"
 
 #include <optional>
 #include <string>

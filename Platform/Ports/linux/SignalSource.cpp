@@ -1,7 +1,7 @@
 #include "Platform/Ports/SignalSource.h"
 
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Ports/linux/FileDescriptor.h"
+#include "Platform/Foundation/linux/FileDescriptor.h"
 
 #include <csignal>
 #include <sys/signalfd.h>
