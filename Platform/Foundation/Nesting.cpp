@@ -1,6 +1,7 @@
 #include "Platform/Foundation/Nesting.h"
 
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Limits.h"
 
 #include <cstddef>
 
@@ -8,7 +9,6 @@ namespace NS {
 
 namespace {
 
-constexpr std::size_t kDepthLimit = 256;
 constexpr std::size_t kVisitLimit = 1'000'000;
 
 struct Progress {
@@ -24,7 +24,7 @@ NestedVisit::NestedVisit() {
     if (progress.depth == 0) {
         progress.visits = 0;
     }
-    if (progress.depth >= kDepthLimit || progress.visits >= kVisitLimit) {
+    if (progress.depth >= Limits::kDepth || progress.visits >= kVisitLimit) {
         Exception::raise(kGenericException,
                          "a collection holds itself, or holds too many collections");
     }

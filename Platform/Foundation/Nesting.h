@@ -7,8 +7,8 @@ namespace NS {
 // would otherwise end the process by an exhausted stack, or never.
 //
 // One stands on the stack in each call of such an operation. The constructor raises
-// NSGenericException when the thread is in more than 256 of them, or when the outermost of them has
-// visited more than a million collections.
+// NSGenericException when the thread is in more than Limits::kDepth of them, or when the outermost
+// of them has visited more than a million collections.
 class NestedVisit {
   public:
     NestedVisit();

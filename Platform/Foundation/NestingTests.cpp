@@ -1,15 +1,17 @@
 #include "Platform/Foundation/Nesting.h"
 
+#include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Testing/RaisedException.h"
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <thread>
 
 namespace {
 
 // Goes down to a depth, a visit at each level.
-void descend(int depth) {
+void descend(std::size_t depth) {
     const NS::NestedVisit visit;
     if (depth > 1) {
         descend(depth - 1);
@@ -17,9 +19,10 @@ void descend(int depth) {
 }
 
 TEST(NestedVisit, RaisesBeyondItsDepth) {
-    EXPECT_EQ(Tests::nameOfException([] { descend(256); }), "none");
-    EXPECT_EQ(Tests::nameOfException([] { descend(257); }), NS::kGenericException);
-    EXPECT_EQ(Tests::nameOfException([] { descend(256); }), "none");
+    EXPECT_EQ(Tests::nameOfException([] { descend(NS::Limits::kDepth); }), "none");
+    EXPECT_EQ(Tests::nameOfException([] { descend(NS::Limits::kDepth + 1); }),
+              NS::kGenericException);
+    EXPECT_EQ(Tests::nameOfException([] { descend(NS::Limits::kDepth); }), "none");
 }
 
 TEST(NestedVisit, RaisesBeyondItsNumberWithinOneOperation) {
@@ -44,9 +47,9 @@ TEST(NestedVisit, CountsEachOperationByItself) {
 TEST(NestedVisit, CountsEachThreadByItself) {
     const NS::NestedVisit here;
     std::string name;
-    std::thread([&] { name = Tests::nameOfException([] { descend(256); }); }).join();
+    std::thread([&] { name = Tests::nameOfException([] { descend(NS::Limits::kDepth); }); }).join();
     EXPECT_EQ(name, "none");
-    EXPECT_EQ(Tests::nameOfException([] { descend(256); }), NS::kGenericException);
+    EXPECT_EQ(Tests::nameOfException([] { descend(NS::Limits::kDepth); }), NS::kGenericException);
 }
 
 } // namespace
