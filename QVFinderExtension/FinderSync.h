@@ -94,6 +94,10 @@ class FinderSync final : public FI::FinderSync {
     void registerHandlers();
     void waitForDrivePath();
 
+    // Looks at each selected item that is on the drive, until visit returns false.
+    template <class Visitor>
+    void visitSelectionOnDrive(Visitor&& visit) const;
+
     void addToolbarEntries(NS::Menu& menu);
     void addContextualEntries(NS::Menu& menu, FI::MenuKind kind, std::size_t selected) const;
     NS::Ref<NS::String> emptyTrashTitle() const;

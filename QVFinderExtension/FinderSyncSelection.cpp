@@ -3,12 +3,15 @@
 #include "QVFinderExtension/FinderSync.h"
 
 #include "Platform/Finder/FinderSyncController.h"
-#include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/PathComponents.h"
+
+#include <algorithm>
+#include <string_view>
 
 namespace {
 
-constexpr const char* kTrash = "Trash";
-constexpr const char* kSpecialFolders[] = {kTrash, "Shared Folders"};
+constexpr std::string_view kTrash = "Trash";
+constexpr std::string_view kSpecialFolders[] = {kTrash, "Shared Folders"};
 
 // Where in a path's components the name of the top-level folder stands, after the root.
 constexpr std::size_t kTopLevel = 1;
@@ -21,8 +24,41 @@ NS::RefPtr<NS::String> pathOf(const NS::RefPtr<NS::URL>& url) {
     return url ? url->path() : nullptr;
 }
 
-bool isNamed(const NS::Object& component, const char* name) {
-    return component.isEqual(NS::str(name).get());
+// What classifying needs of a drive-relative path, read in place: a selection can be large.
+struct TopLevel {
+    std::size_t componentCount = 0; // no more than one component below the top-level folder counts
+    bool isTrash = false;
+    bool isSpecial = false;
+};
+
+bool isNamed(std::string_view component, std::string_view name) {
+    return component == name;
+}
+bool isNamed(std::u16string_view component, std::string_view name) {
+    return std::ranges::equal(component, name);
+}
+
+template <class Unit>
+TopLevel topLevelOf(std::basic_string_view<Unit> relativePath) {
+    TopLevel topLevel;
+    NS::visitPathComponents(relativePath, [&](auto component) {
+        if (topLevel.componentCount == kTopLevel) {
+            topLevel.isTrash = isNamed(component, kTrash);
+            topLevel.isSpecial = std::ranges::any_of(
+                kSpecialFolders, [&](auto special) { return isNamed(component, special); });
+        }
+        return ++topLevel.componentCount < kTopLevel + 2;
+    });
+    return topLevel;
+}
+
+// The path on the drive behind a length of mount path; the drive itself is its root.
+TopLevel topLevelBehind(std::size_t mountPath, const NS::String& path) {
+    if (path.length() == mountPath) {
+        return {.componentCount = 1};
+    }
+    return path.isAscii() ? topLevelOf(path.ascii().substr(mountPath))
+                          : topLevelOf(path.utf16().substr(mountPath));
 }
 
 } // namespace
@@ -65,43 +101,47 @@ NS::Ref<NS::Array> FinderSync::relativeSelectionArray() const {
     return paths;
 }
 
+template <class Visitor>
+void FinderSync::visitSelectionOnDrive(Visitor&& visit) const {
+    const auto drive = drivePath();
+    const auto selection = controller()->selectedItemURLs();
+    if (!drive || !selection) {
+        return;
+    }
+    for (const auto& item : *selection) {
+        const auto path = NS::cast<NS::URL>(NS::RefPtr<NS::Object>(item))->path();
+        if (path && path->hasPrefix(*drive) && !visit(topLevelBehind(drive->length(), *path))) {
+            return;
+        }
+    }
+}
+
 FinderSync::TrashStatus FinderSync::trashStatusSelection() const {
     auto status = TrashStatus::kNone;
-    const auto paths = relativeSelectionArray();
-    for (const auto& path : *paths) {
-        const auto components = static_cast<const NS::String&>(*path).pathComponents();
-        const std::size_t count = components->count();
-        const bool underTrash =
-            count > kTopLevel && isNamed(components->objectAtIndex(kTopLevel), kTrash);
-        if (underTrash && count == kTopLevel + 1) {
+    visitSelectionOnDrive([&](const TopLevel& item) {
+        if (item.isTrash && item.componentCount == kTopLevel + 1) {
             status = TrashStatus::kNone; // the Trash itself: what follows starts afresh
-            continue;
+            return true;
         }
-        const auto own = underTrash ? TrashStatus::kInTrash : TrashStatus::kOutsideTrash;
-        if (status != TrashStatus::kNone && status != own) {
-            return TrashStatus::kNone;
-        }
-        status = own;
-    }
+        const auto own = item.isTrash ? TrashStatus::kInTrash : TrashStatus::kOutsideTrash;
+        const bool isMixed = status != TrashStatus::kNone && status != own;
+        status = isMixed ? TrashStatus::kNone : own;
+        return !isMixed;
+    });
     return status;
 }
 
 bool FinderSync::isSpecialFolderSelected() const {
-    const auto paths = relativeSelectionArray();
-    for (const auto& path : *paths) {
-        const auto components = static_cast<const NS::String&>(*path).pathComponents();
-        if (components->count() == 0) {
-            continue;
+    bool special = false;
+    visitSelectionOnDrive([&](const TopLevel& item) {
+        if (item.componentCount == kTopLevel) {
+            // The drive's root has no top-level name: reading it raises, and is meant to.
+            (void)NS::str("/")->pathComponents()->objectAtIndex(kTopLevel);
         }
-        // The drive's root has no top-level name: reading it raises, and is meant to.
-        const auto topLevel = components->objectAtIndex(kTopLevel);
-        for (const char* const special : kSpecialFolders) {
-            if (isNamed(topLevel, special)) {
-                return true;
-            }
-        }
-    }
-    return false;
+        special = item.isSpecial;
+        return !special;
+    });
+    return special;
 }
 
 void FinderSync::beginObservingDirectoryAtURL(const NS::Ref<NS::URL>& url) {
