@@ -89,7 +89,7 @@ bool Array::isEqual(const Object* other) const {
         return true;
     }
     const auto* array = as<Array>(other);
-    const NestedVisit visit;
+    const NestedVisit visit(*this, other);
     return array != nullptr &&
            std::ranges::equal(*this, *array, [](const Ref<Object>& a, const Ref<Object>& b) {
                return a == b || a->isEqual(b.get());
@@ -101,7 +101,7 @@ Ref<String> Array::description() const {
 }
 
 RefPtr<Object> Array::valueForKey(const String& key) const {
-    const NestedVisit visit;
+    const NestedVisit visit(*this);
     std::vector<Ref<Object>> values;
     values.reserve(count());
     for (const Ref<Object>& each : *this) {
@@ -112,7 +112,7 @@ RefPtr<Object> Array::valueForKey(const String& key) const {
 }
 
 void Array::setValue_forKey(RefPtr<Object> value, const String& key) {
-    const NestedVisit visit;
+    const NestedVisit visit(*this);
     for (const Ref<Object>& each : *this) {
         each->setValue_forKey(value, key);
     }
@@ -126,23 +126,30 @@ void MutableArray::addObject(const RefPtr<Object>& object) {
     objects_.emplace_back(*object);
 }
 
-// Takes the elements out before it lets go of them: an object that ends may use the array.
-template <class Predicate>
-void MutableArray::removeIf(Predicate&& goes) {
-    std::vector<Ref<Object>> kept;
+// Tests first and moves then, so that an exception leaves the array as it was. What is removed is
+// let go of at the end: an object that ends may use the array.
+void MutableArray::removeObjectsPassingTest(const std::function<bool(const Object&)>& test) {
+    std::vector<bool> goes;
+    goes.reserve(count());
     std::vector<Ref<Object>> removed;
     for (const Ref<Object>& each : objects_) {
-        (goes(*each) ? removed : kept).push_back(each);
+        goes.push_back(test(*each));
+        if (goes.back()) {
+            removed.push_back(each);
+        }
     }
-    objects_.swap(kept);
+    if (!removed.empty()) {
+        std::size_t next = 0;
+        std::erase_if(objects_, [&](const Ref<Object>&) { return goes[next++]; });
+    }
 }
 
 void MutableArray::removeObject(const Object& object) {
-    removeIf([&](const Object& each) { return each.isEqual(&object); });
+    removeObjectsPassingTest([&](const Object& each) { return each.isEqual(&object); });
 }
 
 void MutableArray::removeObjectIdenticalTo(const Object& object) {
-    removeIf([&](const Object& each) { return &each == &object; });
+    removeObjectsPassingTest([&](const Object& each) { return &each == &object; });
 }
 
 void MutableArray::removeObjectAtIndex(std::size_t index) {

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Object.h"
 
 #include <cstddef>
+#include <functional>
 #include <initializer_list>
 #include <utility>
 #include <vector>
@@ -70,13 +71,11 @@ class MutableArray final : public Array {
     void removeObject(const Object& object);
     // Removes every occurrence of this very object.
     void removeObjectIdenticalTo(const Object& object);
+    // Removes every element that passes the test, which must not change the array.
+    void removeObjectsPassingTest(const std::function<bool(const Object&)>& test);
     // Raises NSRangeException for an index that is not below the count.
     void removeObjectAtIndex(std::size_t index);
     void removeAllObjects();
-
-  private:
-    template <class Predicate>
-    void removeIf(Predicate&& goes);
 };
 
 } // namespace NS

@@ -1,5 +1,6 @@
 #include "Platform/Foundation/Array.h"
 
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/Testing/RaisedException.h"
@@ -188,6 +189,30 @@ TEST(MutableArray, RemovesAnObjectThatNothingElseHolds) {
     array->addObject(str("a"));
     array->removeObject(*array->objectAtIndex(0));
     EXPECT_EQ(array->count(), 0U);
+}
+
+TEST(MutableArray, RemovesWhatPassesATest) {
+    const auto array = abc()->mutableCopy();
+    const auto second = array->objectAtIndex(1);
+    array->addObject(second);
+    array->removeObjectsPassingTest([&](const NS::Object& each) { return &each == second.get(); });
+    EXPECT_EQ(joined(*array), "ac");
+    array->removeObjectsPassingTest([](const NS::Object&) { return false; });
+    EXPECT_EQ(joined(*array), "ac");
+    array->removeObjectsPassingTest([](const NS::Object&) { return true; });
+    EXPECT_EQ(array->count(), 0U);
+}
+
+TEST(MutableArray, StaysAsItIsWhenATestRaises) {
+    const auto array = abc()->mutableCopy();
+    const auto last = array->objectAtIndex(2);
+    EXPECT_ANY_THROW(array->removeObjectsPassingTest([&](const NS::Object& each) {
+        if (&each == last.get()) {
+            NS::Exception::raise(NS::kGenericException, "no more");
+        }
+        return true;
+    }));
+    EXPECT_EQ(joined(*array), "abc");
 }
 
 TEST(MutableArray, IsWholeAgainWhenARemovedObjectEnds) {

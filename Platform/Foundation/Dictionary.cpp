@@ -123,7 +123,7 @@ bool Dictionary::isEqual(const Object* other) const {
         return true;
     }
     const auto* dictionary = as<Dictionary>(other);
-    const NestedVisit visit;
+    const NestedVisit visit(*this, other);
     return dictionary != nullptr && count() == dictionary->count() &&
            std::ranges::all_of(entries_, [&](const Entry& entry) {
                const RefPtr<Object> value = dictionary->objectForKey(*entry.first);

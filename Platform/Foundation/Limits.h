@@ -12,6 +12,13 @@ namespace NS::Limits {
 // the default stack has eight. People nest a handful of levels.
 inline constexpr std::size_t kDepth = 512;
 
+// How many collections one comparison, or one use of a key on all that an array holds, may visit:
+// for each reference that the collections at hand have, and at least. An honest one visits what is
+// behind each reference once, and looks at a few more where keys or members of sets collide. A
+// hundred collections that hold each other twice have 2^100 paths.
+inline constexpr std::uint64_t kVisitsPerReference = 4;
+inline constexpr std::uint64_t kVisitsAtLeast = 1'000'000;
+
 // How many units of work an archive may cost in looking for equal keys and equal members of sets,
 // for each of its bytes and at least. A unit is a small object compared or hashed, or 64 bytes of a
 // long one. An honest archive takes a unit or two for each key, and a key takes more than six

@@ -76,7 +76,7 @@ bool Set::isEqual(const Object* other) const {
         return true;
     }
     const auto* set = as<Set>(other);
-    const NestedVisit visit;
+    const NestedVisit visit(*this, other);
     return set != nullptr && count() == set->count() &&
            std::ranges::all_of(objects_,
                                [&](const Ref<Object>& each) { return set->containsObject(*each); });

@@ -72,6 +72,8 @@ class String : public Object {
     // Unicode's locale-independent lower case, and its canonical decomposition (NFD). Always new
     // objects, also when the text stays the same: some compare texts by identity.
     Ref<String> lowercaseString() const;
+    // Whether lowercaseString() gives the same text as this one; mostly without making it.
+    bool lowercaseEquals(const String& lowercase) const;
     Ref<String> decomposedStringWithCanonicalMapping() const;
 
     // The text as it is now, unaffected by later changes; a text that never changes gives itself.

@@ -346,6 +346,44 @@ TEST(LowercaseString, FollowsUnicodeInNoLanguage) {
     }
 }
 
+TEST(LowercaseEquals, IsWhatTheLowerCaseWouldSay) {
+    for (const LowerCase& each : kLowerCases) {
+        EXPECT_TRUE(utf16(each.text)->lowercaseEquals(*utf16(each.lower)))
+            << utf16(each.text)->utf8();
+        for (const LowerCase& other : kLowerCases) {
+            EXPECT_EQ(utf16(each.text)->lowercaseEquals(*utf16(other.lower)),
+                      each.lower == other.lower);
+        }
+    }
+}
+
+TEST(LowercaseEquals, ReadsBothTextsToTheirEnds) {
+    EXPECT_FALSE(str("Docs")->lowercaseEquals(*str("doc")));
+    EXPECT_FALSE(str("Doc")->lowercaseEquals(*str("docs")));
+    EXPECT_FALSE(utf16(u"\xC9t")->lowercaseEquals(*utf16(u"\xE9")));
+    EXPECT_FALSE(utf16(u"\xC9")->lowercaseEquals(*utf16(u"\xE9t")));
+    EXPECT_FALSE(str("E")->lowercaseEquals(*utf16(u"\xE9")));
+    EXPECT_TRUE(utf16(u"\x212A")->lowercaseEquals(*str("k"))); // the sign for kelvin
+    EXPECT_FALSE(str("Docs")->lowercaseEquals(*str("Docs")));
+}
+
+// A character in front keeps the text from being held as ASCII, one behind shows where it ends.
+TEST(LowercaseEquals, HoldsForEveryCharacter) {
+    for (char32_t character = 0; character <= 0x10FFFF; ++character) {
+        std::u16string units = u"\xE9";
+        if (character < 0x10000) {
+            units += static_cast<char16_t>(character);
+        } else {
+            units += static_cast<char16_t>(0xD7C0 + (character >> 10U));
+            units += static_cast<char16_t>(0xDC00 + (character & 0x3FFU));
+        }
+        units += u'z';
+        const auto text = utf16(units);
+        ASSERT_TRUE(text->lowercaseEquals(*text->lowercaseString()))
+            << std::hex << std::uint32_t{character};
+    }
+}
+
 struct Decomposition {
     std::u16string_view text;
     std::u16string_view decomposed;

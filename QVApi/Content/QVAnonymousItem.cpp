@@ -2,23 +2,15 @@
 
 namespace {
 
-constexpr auto kProperties = NS::propertiesOf<QVAnonymousItem>();
-const NS::ClassRegistration kRegistration(QVAnonymousItem::kClass);
+NS::RefPtr<QVContentItem> itemWithWholeReply(const NS::Dictionary& reply, NS::RefPtr<NS::Error>*) {
+    const auto item = NS::make<QVAnonymousItem>();
+    item->setResponse(reply.mutableCopy());
+    return item;
+}
 
 } // namespace
 
-constinit const NS::Class QVAnonymousItem::kClass{
-    .name = "QVAnonymousItem",
-    .superclass = &QVContentItem::kClass,
-    .properties = kProperties,
-    .createForCoder = &qvCreateForCoder<QVAnonymousItem>,
-};
-constinit const QVContentClass QVAnonymousItem::kContentClass{
-    .objectClass = QVAnonymousItem::kClass,
-    .superclass = &QVContentItem::kContentClass,
-    .create = &qvCreate<QVAnonymousItem>,
-    .archivedProperties = &qvArchivedProperties<QVAnonymousItem>,
-};
+QV_DEFINE_CONTENT_ITEM(QVAnonymousItem, .itemWithDict = &itemWithWholeReply)
 
 NS::RefPtr<QVAnonymousItem>
 QVAnonymousItem::itemWithDict_parseBlock_error(const NS::Dictionary& reply, const ParseBlock& parse,
@@ -37,13 +29,6 @@ QVAnonymousItem::itemWithDict_parseBlock_error(const NS::Dictionary& reply, cons
             response->setObject_forKey(parsed, key);
         }
     }
-    return item;
-}
-
-NS::RefPtr<QVAnonymousItem> QVAnonymousItem::itemWithDict_error(const NS::Dictionary& reply,
-                                                                NS::RefPtr<NS::Error>*) {
-    const auto item = NS::make<QVAnonymousItem>();
-    item->setResponse(reply.mutableCopy());
     return item;
 }
 

@@ -7,10 +7,8 @@
 // A reply that no class describes, kept key for key. Key-value access goes to the reply; the item's
 // own properties are reached by their accessors only.
 class QVAnonymousItem final : public QVContentItem {
-    QV_CONTENT_ITEM(QVAnonymousItem)
+    QV_CONTENT_ITEM(QVAnonymousItem, QVContentItem)
   public:
-    using QVContentItem::QVContentItem;
-
     // Called for an entry of the reply with an error location that holds nil; gives the value to
     // keep, or nil to leave the key out. An error it sets ends the building.
     using ParseBlock = std::function<NS::RefPtr<NS::Object>(const NS::Ref<NS::Object>& key,
@@ -22,11 +20,9 @@ class QVAnonymousItem final : public QVContentItem {
     static NS::RefPtr<QVAnonymousItem> itemWithDict_parseBlock_error(const NS::Dictionary& reply,
                                                                      const ParseBlock& parse,
                                                                      NS::RefPtr<NS::Error>* error);
-    // An item with the whole reply; never fails.
-    static NS::RefPtr<QVAnonymousItem> itemWithDict_error(const NS::Dictionary& reply,
-                                                          NS::RefPtr<NS::Error>* error);
 
-    // The reply; not archived.
+    // The reply; itemWithDict_error() puts a copy of the whole one here and never fails. Not
+    // archived.
     NS_RECORD_PROPERTY(NS::MutableDictionary, response, setResponse)
 
     NS::RefPtr<NS::Object> valueForKey(const NS::String& key) const override;

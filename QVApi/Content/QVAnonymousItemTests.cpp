@@ -35,6 +35,13 @@ TEST_F(AnonymousItem, HoldsAnEmptyReply) {
     EXPECT_TRUE(QVAnonymousItem::itemWithDict_error(*empty, nullptr)->response());
 }
 
+TEST_F(AnonymousItem, HoldsTheWholeReplyAlsoWhenItsClassIsAValue) {
+    const auto item = NS::as<QVAnonymousItem>(
+        QVContentItem::itemWithDict_error(QVAnonymousItem::kContentClass, *reply, nullptr));
+    ASSERT_TRUE(item && item->response());
+    EXPECT_TRUE(item->response()->isEqual(reply.get()));
+}
+
 TEST_F(AnonymousItem, SendsKeysToTheReply) {
     const auto item = QVAnonymousItem::itemWithDict_error(*reply, &error);
     item->setIdentifier(NS::str("of the item"));

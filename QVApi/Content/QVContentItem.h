@@ -6,58 +6,9 @@
 #include "Platform/Foundation/Error.h"
 #include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/String.h"
+#include "QVApi/Content/QVContentClass.h"
 
-#include <cstdint>
-#include <span>
 #include <string_view>
-#include <vector>
-
-class QVContentItem;
-
-// One row of a mapping table: where in a service reply a property's value stands.
-struct QVMapping {
-    std::string_view property; // key path in the item
-    std::string_view reply;    // key path in the reply
-};
-
-// How a class's archive list stands to its superclass's.
-enum class QVArchiveList : std::uint8_t { kInherited, kOwn, kExtended };
-
-// What the content model knows of a class beside its properties. One constant per class.
-struct QVContentClass {
-    using ParseValue = NS::RefPtr<NS::Object> (*)(const NS::RefPtr<NS::Object>& value,
-                                                  std::string_view key,
-                                                  NS::RefPtr<NS::Error>* error);
-    using ArchivedProperties = std::span<const NS::Property* const> (*)();
-
-    const NS::Class& objectClass;
-    const QVContentClass* superclass = nullptr;
-    // The whole table; without rows the superclass's.
-    std::span<const QVMapping> mapping = {};
-    // The key paths that are archived, in order.
-    QVArchiveList archiveList = QVArchiveList::kInherited;
-    std::span<const std::string_view> archived = {};
-    // Turns a raw value of a reply (nil when the reply lacks it) into the property's; nil fails the
-    // item. The error location is handed down and not written. Null for the superclass's; the root
-    // passes every value through.
-    ParseValue parseValue = nullptr;
-    // A new item with the class's initialiser.
-    NS::Ref<QVContentItem> (*create)() = nullptr;
-    // The archive list's properties, found once.
-    ArchivedProperties archivedProperties = nullptr;
-};
-
-// Declares what a class of the content model has beside its properties; the source file defines
-// kClass and kContentClass.
-#define QV_CONTENT_ITEM(Self)                                                                      \
-    NS_OBJECT(Self)                                                                                \
-  public:                                                                                          \
-    static const QVContentClass kContentClass;                                                     \
-    const QVContentClass& contentClass() const noexcept override {                                 \
-        return kContentClass;                                                                      \
-    }                                                                                              \
-                                                                                                   \
-  private:
 
 // Chooses the constructor for an item that an archive is restored into: what the class's own
 // initialiser sets is absent there unless it was archived.
@@ -87,16 +38,17 @@ class QVContentItem : public NS::Object {
 
     // A new item of a class from a reply: each value of the mapping table is read, converted and
     // stored. Nil when a conversion gave nil, as it does for a value that is missing and has no
-    // default. The error location may be null; nothing here writes it.
+    // default. The error location may be null; nothing here writes it. Each class has the same
+    // without its first argument.
     static NS::RefPtr<QVContentItem> itemWithDict_error(const QVContentClass& itemClass,
                                                         const NS::Dictionary& reply,
                                                         NS::RefPtr<NS::Error>* error);
-    // A class's conversion of one raw value, by the property's key path.
+    // A class's conversion of one raw value, by the property's key.
     static NS::RefPtr<NS::Object> parseValue_forKey_error(const QVContentClass& itemClass,
                                                           const NS::RefPtr<NS::Object>& value,
                                                           std::string_view key,
                                                           NS::RefPtr<NS::Error>* error);
-    // A class's tables as collections: property key path to reply key path, and what is archived.
+    // A class's tables as collections: property key to reply key path, and what is archived.
     static NS::Ref<NS::Dictionary> mappingDict(const QVContentClass& itemClass);
     static NS::Ref<NS::Array> encodeArray(const QVContentClass& itemClass);
 
@@ -108,33 +60,17 @@ class QVContentItem : public NS::Object {
     void initWithCoder(NS::KeyedUnarchiver& coder) override;
 };
 
-// An item that the service keeps in step by its date.
+// An item that the service keeps in step by its date. Its archive list leaves the identifier out.
 class QVSynchedItem : public QVContentItem {
-    QV_CONTENT_ITEM(QVSynchedItem)
+    QV_CONTENT_ITEM(QVSynchedItem, QVContentItem)
   public:
-    using QVContentItem::QVContentItem;
-
     NS_RECORD_PROPERTY(NS::Date, dateModified, setDateModified)
 };
 
 // The fixed identifier of items of which there is one: always the same object.
 NS::Ref<NS::String> qvDefaultIdentifier();
 
-// The properties of a class's archive list; raises when a key path of it is no property.
-std::vector<const NS::Property*> qvFindArchivedProperties(const QVContentClass& itemClass);
-
-// The rows of a class's tables that are functions.
-template <class Item>
-NS::Ref<QVContentItem> qvCreate() {
-    return NS::make<Item>();
-}
 template <class Item>
 NS::Ref<NS::Object> qvCreateForCoder() {
     return NS::make<Item>(QVRestored{});
-}
-template <class Item>
-std::span<const NS::Property* const> qvArchivedProperties() {
-    static const auto& properties =
-        *new std::vector<const NS::Property*>(qvFindArchivedProperties(Item::kContentClass));
-    return properties;
 }

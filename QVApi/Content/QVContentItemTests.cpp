@@ -6,6 +6,7 @@
 #include "Platform/Foundation/Testing/ArchiveText.h"
 #include "Platform/Foundation/Testing/HandMadeArchive.h"
 #include "Platform/Foundation/Testing/RaisedException.h"
+#include "QVApi/Content/QVConversions.h"
 
 #include <gtest/gtest.h>
 
@@ -15,10 +16,9 @@ namespace {
 
 // A class with everything that classes of the content model have of their own.
 class SampleItem : public QVContentItem {
-    QV_CONTENT_ITEM(SampleItem)
+    QV_CONTENT_ITEM(SampleItem, QVContentItem)
   public:
     SampleItem() { setIdentifier(NS::str("initial")); }
-    explicit SampleItem(QVRestored restored) : QVContentItem(restored) {}
 
     NS_RECORD_PROPERTY(NS::String, title, setTitle)
     NS_RECORD_PROPERTY(NS::Number, size, setSize)
@@ -26,68 +26,31 @@ class SampleItem : public QVContentItem {
     NS_RECORD_SCALAR(bool, marked, setMarked)
 };
 
-constexpr auto kSampleProperties = NS::propertiesOf<SampleItem>();
 constexpr QVMapping kSampleMapping[] = {
     {"title", "Title"     },
     {"size",  "Size"      },
     {"owner", "Owner.Name"},
 };
 constexpr std::string_view kSampleArchived[] = {"title", "size", "marked"};
-const NS::ClassRegistration kSampleRegistration(SampleItem::kClass);
-
-NS::RefPtr<NS::Object> parseSample(const NS::RefPtr<NS::Object>& value, std::string_view key,
-                                   NS::RefPtr<NS::Error>*) {
-    if (key == "size") {
-        return NS::Number::numberWithLongLong(NS::longLongValue(value));
-    }
-    return value;
-}
+constexpr QVConversion kSampleConversions[] = {
+    {"size", &qvLongInteger},
+};
 
 // A class that adds to its superclass's archive list and has nothing else of its own.
 class DerivedItem final : public SampleItem {
-    QV_CONTENT_ITEM(DerivedItem)
+    QV_CONTENT_ITEM(DerivedItem, SampleItem)
   public:
-    using SampleItem::SampleItem;
-
     NS_RECORD_PROPERTY(NS::String, extra, setExtra)
 };
 
-constexpr auto kDerivedProperties = NS::propertiesOf<DerivedItem>();
 constexpr std::string_view kDerivedArchived[] = {"extra"};
-const NS::ClassRegistration kDerivedRegistration(DerivedItem::kClass);
 
 } // namespace
 
-constinit const NS::Class SampleItem::kClass{
-    .name = "SampleItem",
-    .superclass = &QVContentItem::kClass,
-    .properties = kSampleProperties,
-    .createForCoder = &qvCreateForCoder<SampleItem>,
-};
-constinit const QVContentClass SampleItem::kContentClass{
-    .objectClass = SampleItem::kClass,
-    .superclass = &QVContentItem::kContentClass,
-    .mapping = kSampleMapping,
-    .archiveList = QVArchiveList::kOwn,
-    .archived = kSampleArchived,
-    .parseValue = &parseSample,
-    .create = &qvCreate<SampleItem>,
-    .archivedProperties = &qvArchivedProperties<SampleItem>,
-};
-constinit const NS::Class DerivedItem::kClass{
-    .name = "DerivedItem",
-    .superclass = &SampleItem::kClass,
-    .properties = kDerivedProperties,
-    .createForCoder = &qvCreateForCoder<DerivedItem>,
-};
-constinit const QVContentClass DerivedItem::kContentClass{
-    .objectClass = DerivedItem::kClass,
-    .superclass = &SampleItem::kContentClass,
-    .archiveList = QVArchiveList::kExtended,
-    .archived = kDerivedArchived,
-    .create = &qvCreate<DerivedItem>,
-    .archivedProperties = &qvArchivedProperties<DerivedItem>,
-};
+QV_DEFINE_CONTENT_ITEM(SampleItem, .mapping = kSampleMapping, .conversions = kSampleConversions,
+                       .archiveList = QVArchiveList::kOwn, .archived = kSampleArchived)
+QV_DEFINE_CONTENT_ITEM(DerivedItem, .archiveList = QVArchiveList::kExtended,
+                       .archived = kDerivedArchived)
 
 namespace {
 

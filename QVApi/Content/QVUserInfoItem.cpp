@@ -1,9 +1,8 @@
 #include "QVApi/Content/QVUserInfoItem.h"
 
-namespace {
+#include "QVApi/Content/QVConversions.h"
 
-constexpr auto kProperties = NS::propertiesOf<QVUserInfoItem>();
-const NS::ClassRegistration kRegistration(QVUserInfoItem::kClass);
+namespace {
 
 constexpr QVMapping kMapping[] = {
     {"storageMax",    "MaxStorage" },
@@ -17,32 +16,15 @@ constexpr std::string_view kArchived[] = {"identifier",    "storageMax",   "stor
                                           "bandwidthUsed", "bandwidthMax", "plan",
                                           "trashCount"};
 
-NS::RefPtr<NS::Object> parseValue(const NS::RefPtr<NS::Object>& value, std::string_view key,
-                                  NS::RefPtr<NS::Error>*) {
-    if (key == "plan") {
-        return value;
-    }
-    return NS::Number::numberWithLongLong(NS::longLongValue(value));
-}
+constexpr QVConversion kConversions[] = {
+    {"plan",                  &qvPassThrough},
+    {QVConversion::kAnyOther, &qvLongInteger},
+};
 
 } // namespace
 
-constinit const NS::Class QVUserInfoItem::kClass{
-    .name = "QVUserInfoItem",
-    .superclass = &QVContentItem::kClass,
-    .properties = kProperties,
-    .createForCoder = &qvCreateForCoder<QVUserInfoItem>,
-};
-constinit const QVContentClass QVUserInfoItem::kContentClass{
-    .objectClass = QVUserInfoItem::kClass,
-    .superclass = &QVContentItem::kContentClass,
-    .mapping = kMapping,
-    .archiveList = QVArchiveList::kOwn,
-    .archived = kArchived,
-    .parseValue = &parseValue,
-    .create = &qvCreate<QVUserInfoItem>,
-    .archivedProperties = &qvArchivedProperties<QVUserInfoItem>,
-};
+QV_DEFINE_CONTENT_ITEM(QVUserInfoItem, .mapping = kMapping, .conversions = kConversions,
+                       .archiveList = QVArchiveList::kOwn, .archived = kArchived)
 
 bool QVUserInfoItem::isUnlimited() const {
     const auto name = NS::cast<NS::String>(plan());

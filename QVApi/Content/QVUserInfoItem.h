@@ -6,10 +6,9 @@
 // The account's storage and bandwidth figures and its plan: the record that the host sends to the
 // extension.
 class QVUserInfoItem final : public QVContentItem {
-    QV_CONTENT_ITEM(QVUserInfoItem)
+    QV_CONTENT_ITEM(QVUserInfoItem, QVContentItem)
   public:
     QVUserInfoItem() { setIdentifier(qvDefaultIdentifier()); }
-    explicit QVUserInfoItem(QVRestored restored) : QVContentItem(restored) {}
 
     // Bytes.
     NS_RECORD_PROPERTY(NS::Number, storageUsed, setStorageUsed)
