@@ -1,16 +1,13 @@
 #include "Platform/Ports/MachPort.h"
 
-#include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/PortLimits.h"
+#include "Platform/Ports/Testing/Descriptors.h"
 #include "Platform/Ports/Testing/PortFixture.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
 #include <sys/mman.h>
-#include <sys/resource.h>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -26,33 +23,7 @@ class Pages final : public NS::Object {
     void* address = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
 };
 
-// Leaves the process no descriptor to open while it lives.
-class NoDescriptors {
-  public:
-    NoDescriptors() {
-        ::getrlimit(RLIMIT_NOFILE, &before_);
-        const rlimit few{64, before_.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &few);
-        for (int file = ::dup(0); file >= 0; file = ::dup(0)) {
-            files_.emplace_back(file);
-        }
-    }
-    ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-    NoDescriptors(const NoDescriptors&) = delete;
-    NoDescriptors& operator=(const NoDescriptors&) = delete;
-
-  private:
-    rlimit before_{};
-    std::vector<NS::FileDescriptor> files_;
-};
-
-class MachPort : public Tests::PortTest {
-  protected:
-    static std::size_t openDescriptors() {
-        return static_cast<std::size_t>(
-            std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
-    }
-};
+class MachPort : public Tests::PortTest {};
 
 TEST_F(MachPort, DeliversAMessageWholeWithItsComponentsInOrder) {
     TestPort receiver;
@@ -323,14 +294,14 @@ TEST_F(MachPort, GoesOnWithTheNextMessageAfterAnException) {
 TEST_F(MachPort, LeavesNoDescriptorBehind) {
     TestPort receiver;
     ASSERT_TRUE(registerPort(receiver, "receiver"));
-    const std::size_t before = openDescriptors();
+    const std::size_t before = Tests::openDescriptors();
     for (int i = 0; i < 200; ++i) {
         TestPort sender;
         ASSERT_TRUE(send(lookUp("receiver"), {std::string(200'000, 'x')}, sender.port));
         ASSERT_TRUE(pump([&] { return receiver.collector->messages.size() == 1; }));
         receiver.collector->messages.clear();
     }
-    EXPECT_TRUE(pump([&] { return openDescriptors() <= before; }));
+    EXPECT_TRUE(pump([&] { return Tests::openDescriptors() <= before; }));
 }
 
 TEST_F(MachPort, TurnsPeersAwayWhenTheProcessHasNoDescriptorsLeft) {
@@ -340,7 +311,7 @@ TEST_F(MachPort, TurnsPeersAwayWhenTheProcessHasNoDescriptorsLeft) {
     ASSERT_TRUE(waiting);
     const auto before = NS::portDropCount(NS::PortDrop::kTooManyPeers);
     {
-        const NoDescriptors none;
+        const Tests::NoDescriptors none;
         serveAll();
     }
     EXPECT_EQ(NS::portDropCount(NS::PortDrop::kTooManyPeers), before + 1);
