@@ -172,8 +172,8 @@ TEST_F(BootstrapServer, LeavesWhatItDidNotMake) {
 
 TEST_F(BootstrapServer, TakesItsNamesAwayWhenTheProcessExits) {
     const auto registerAndExit = [&] {
-        auto* const kept = new TestPort; // alive when the process ends
-        std::exit(registerPort(*kept, "a.name") && entries() == 2 ? 0 : 1);
+        TestPort port; // alive when the process ends: exit() leaves no scope
+        std::exit(registerPort(port, "a.name") && entries() == 2 ? 0 : 1);
     };
     EXPECT_EXIT(registerAndExit(), testing::ExitedWithCode(0), "");
     EXPECT_EQ(entries(), 0U);
