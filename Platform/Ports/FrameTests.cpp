@@ -1,6 +1,7 @@
 #include "Platform/Ports/linux/Frame.h"
 
 #include "Platform/Ports/PortLimits.h"
+#include "Platform/Ports/Testing/Descriptors.h"
 #include "Platform/Ports/Testing/PortFixture.h"
 #include "Platform/Ports/linux/RuntimeFolder.h"
 
@@ -8,6 +9,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <span>
 #include <sys/mman.h>
 #include <sys/socket.h>
 
@@ -41,20 +43,24 @@ class Frame : public Tests::PortTest {
         text.append(reinterpret_cast<const char*>(lengths.data()), lengths.size() * 8);
         return text.append(bytes);
     }
-    static void sendRaw(const NS::FileDescriptor& socket, std::string_view bytes, int file = -1) {
-        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control{};
+    static void sendRaw(const NS::FileDescriptor& socket, std::string_view bytes, int file) {
+        sendRaw(socket, bytes, std::span<const int>(&file, file >= 0 ? 1 : 0));
+    }
+    static void sendRaw(const NS::FileDescriptor& socket, std::string_view bytes,
+                        std::span<const int> files = {}) {
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(8 * sizeof(int))> control{};
         iovec piece{const_cast<char*>(bytes.data()), bytes.size()};
         msghdr message{};
         message.msg_iov = &piece;
         message.msg_iovlen = 1;
-        if (file >= 0) {
+        if (!files.empty()) {
             message.msg_control = control.data();
-            message.msg_controllen = control.size();
+            message.msg_controllen = CMSG_SPACE(files.size_bytes());
             cmsghdr* const rights = CMSG_FIRSTHDR(&message);
             rights->cmsg_level = SOL_SOCKET;
             rights->cmsg_type = SCM_RIGHTS;
-            rights->cmsg_len = CMSG_LEN(sizeof file);
-            std::memcpy(CMSG_DATA(rights), &file, sizeof file);
+            rights->cmsg_len = CMSG_LEN(files.size_bytes());
+            std::memcpy(CMSG_DATA(rights), files.data(), files.size_bytes());
         }
         ASSERT_EQ(::sendmsg(socket.get(), &message, MSG_NOSIGNAL),
                   static_cast<ssize_t>(bytes.size()));
@@ -85,6 +91,17 @@ class Frame : public Tests::PortTest {
         return result;
     }
 
+    static NS::FrameHeader connectionHeader() {
+        NS::FrameHeader result = header(0, 0);
+        result.flags = NS::kFrameWithConnection;
+        return result;
+    }
+    static std::pair<NS::FileDescriptor, NS::FileDescriptor> connectedSockets() {
+        std::array<int, 2> ends{-1, -1};
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+        return {NS::FileDescriptor(ends[0]), NS::FileDescriptor(ends[1])};
+    }
+
     static constexpr unsigned kSealed = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
     TestPort receiver;
 };
@@ -101,7 +118,7 @@ TEST_F(Frame, CutsThePeerOffWhenItIsMalformed) {
     NS::FrameHeader badMagic = header(1, 9);
     badMagic.magic ^= 1;
     NS::FrameHeader badFlags = header(1, 9);
-    badFlags.flags = 2;
+    badFlags.flags = 4;
     NS::FrameHeader badReserved = header(1, 9);
     badReserved.reserved = 1;
     const std::vector<std::string> malformed = {
@@ -172,11 +189,117 @@ TEST_F(Frame, IsRefusedWithADescriptorThatItDoesNotNeed) {
     expectCutOff(packet(header(1, 9), {1}, "a"), NS::PortDrop::kMalformedFrame, file.get());
 }
 
+TEST_F(Frame, IsRefusedFromAMemoryFileWithHoles) {
+    const auto file = memoryFile("", 0);
+    ASSERT_EQ(::ftruncate(file.get(), 1 << 20), 0);
+    ASSERT_EQ(::fcntl(file.get(), F_ADD_SEALS, kSealed), 0);
+    expectCutOff(packet(fileHeader(1, 1 << 20), {}, ""), NS::PortDrop::kBadMemoryFile, file.get());
+}
+
+TEST_F(Frame, IsRefusedFromAMemoryFileWhoseLengthsDoNotAddUp) {
+    const std::string body = packet(header(1, 0), {4}, "abc").substr(sizeof(NS::FrameHeader));
+    const auto file = memoryFile(body, kSealed);
+    expectCutOff(packet(fileHeader(1, body.size()), {}, ""), NS::PortDrop::kMalformedFrame,
+                 file.get());
+}
+
+TEST_F(Frame, CutsThePeerOffWhenItIsEmpty) {
+    expectCutOff("", NS::PortDrop::kMalformedFrame);
+}
+
+TEST_F(Frame, CutsThePeerOffWhenItsReplyPortChanges) {
+    const NS::FileDescriptor socket = connect();
+    NS::FrameHeader first = header(0, 0);
+    first.replyPort = NS::PortIdentity::random();
+    NS::FrameHeader second = header(0, 0);
+    second.replyPort = NS::PortIdentity::random();
+    const auto before = NS::portDropCount(NS::PortDrop::kMalformedFrame);
+    for (const NS::FrameHeader& each : {first, header(0, 0), first, second}) {
+        sendRaw(socket, packet(each, {}, ""));
+    }
+    serveAll();
+    EXPECT_EQ(NS::portDropCount(NS::PortDrop::kMalformedFrame), before + 1);
+    ASSERT_EQ(receiver.collector->messages.size(), 3U);
+    EXPECT_FALSE(receiver.collector->messages[0]->sendPort()->isValid());
+}
+
+TEST_F(Frame, BringsAFurtherConnection) {
+    const NS::FileDescriptor socket = connect();
+    auto [own, theirs] = connectedSockets();
+    sendRaw(socket, packet(connectionHeader(), {}, ""), theirs.get());
+    theirs.reset();
+    sendRaw(own, packet(header(1, 9), {1}, "a"));
+    ASSERT_TRUE(pump([&] { return receiver.collector->messages.size() == 1; }));
+    EXPECT_EQ(receiver.collector->text(0), "a");
+}
+
+TEST_F(Frame, CutsThePeerOffWhenItsFurtherConnectionIsNone) {
+    const NS::FileDescriptor stream(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const auto file = memoryFile("x", kSealed);
+    NS::FrameHeader withComponents = connectionHeader();
+    withComponents.componentCount = 1;
+    withComponents.bodyLength = 8;
+    const std::string sound = packet(connectionHeader(), {}, "");
+    expectCutOff(sound, NS::PortDrop::kMalformedFrame);
+    expectCutOff(sound, NS::PortDrop::kMalformedFrame, stream.get());
+    expectCutOff(sound, NS::PortDrop::kMalformedFrame, file.get());
+    const auto [own, theirs] = connectedSockets();
+    expectCutOff(packet(withComponents, {0}, ""), NS::PortDrop::kMalformedFrame, theirs.get());
+}
+
+TEST_F(Frame, CutsThePeerOffWhenItBringsManyDescriptors) {
+    const std::size_t before = Tests::openDescriptors();
+    {
+        const NS::FileDescriptor socket = connect();
+        const auto file = memoryFile("12345678", kSealed);
+        std::array<int, 8> files{};
+        files.fill(file.get());
+        sendRaw(socket, packet(fileHeader(1, 8), {}, ""), files);
+        serveAll();
+        EXPECT_TRUE(isCutOff(socket));
+    }
+    EXPECT_EQ(Tests::openDescriptors(), before);
+}
+
+TEST_F(Frame, IsLostWhenThereIsNoDescriptorForItsFile) {
+    const NS::FileDescriptor socket = connect();
+    serveAll();
+    const std::string body = packet(header(1, 0), {3}, "abc").substr(sizeof(NS::FrameHeader));
+    const auto file = memoryFile(body, kSealed);
+    sendRaw(socket, packet(fileHeader(1, body.size()), {}, ""), file.get());
+    const auto before = NS::portDropCount(NS::PortDrop::kNoRoom);
+    {
+        const Tests::NoDescriptors none;
+        serveAll();
+    }
+    EXPECT_EQ(NS::portDropCount(NS::PortDrop::kNoRoom), before + 1);
+    sendRaw(socket, packet(header(1, 9), {1}, "a"));
+    serveAll();
+    ASSERT_EQ(receiver.collector->messages.size(), 1U);
+    EXPECT_EQ(receiver.collector->text(0), "a");
+}
+
+TEST_F(Frame, IsNotSentInAFileWhenTooMuchWaitsInFiles) {
+    const int nowhere = -1; // what cannot be asked has not been received
+    NS::WaitingFiles waiting;
+    EXPECT_TRUE(waiting.hasRoomFor(nowhere, NS::PortLimits::kWaitingInFiles));
+    waiting.add(1);
+    EXPECT_FALSE(waiting.hasRoomFor(nowhere, NS::PortLimits::kWaitingInFiles));
+    EXPECT_TRUE(waiting.hasRoomFor(nowhere, NS::PortLimits::kWaitingInFiles - 1));
+}
+
+TEST_F(Frame, MakesRoomInFilesWhenTheyHaveBeenReceived) {
+    const auto [out, in] = connectedSockets();
+    NS::WaitingFiles waiting;
+    const auto large = components({std::string(200'000, 'x')});
+    ASSERT_FALSE(NS::sendFrame(out.get(), *large, {}, waiting));
+    EXPECT_FALSE(waiting.hasRoomFor(out.get(), NS::PortLimits::kWaitingInFiles));
+    EXPECT_TRUE(std::holds_alternative<NS::Frame>(NS::receiveFrame(in.get())));
+    EXPECT_TRUE(waiting.hasRoomFor(out.get(), NS::PortLimits::kWaitingInFiles));
+}
+
 TEST_F(Frame, LooksAsTheDocumentSays) {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
-    const NS::FileDescriptor out(ends[0]);
-    const NS::FileDescriptor in(ends[1]);
+    const auto [out, in] = connectedSockets();
     NS::PortIdentity reply;
     for (std::size_t i = 0; i < reply.bytes.size(); ++i) {
         reply.bytes[i] = static_cast<std::byte>(0xA0 + i);

@@ -7,7 +7,9 @@
 #include <csignal>
 #include <fstream>
 #include <memory>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -112,6 +114,87 @@ TEST_F(BootstrapServer, GivesANameUpOnRequest) {
     EXPECT_EQ(entries(), 0U);
 }
 
+TEST_F(BootstrapServer, KeepsWhoFoundAPortBeforeItsNameWasGivenUp) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    const auto found = lookUp("a.name");
+    ASSERT_TRUE(send(found, {"x"}));
+    ASSERT_TRUE(names()->removePortForName(*NS::str("a.name")));
+    EXPECT_TRUE(found->isValid());
+    serveAll();
+    EXPECT_EQ(port.collector->messages.size(), 1U);
+}
+
+TEST_F(BootstrapServer, GivesAPortAsManyNamesAsItAsksFor) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    ASSERT_TRUE(registerPort(port, "another.name"));
+    EXPECT_TRUE(lookUp("a.name")->isEqual(lookUp("another.name").get()));
+    ASSERT_TRUE(names()->removePortForName(*NS::str("a.name")));
+    EXPECT_FALSE(lookUp("a.name"));
+    EXPECT_TRUE(lookUp("another.name"));
+}
+
+TEST_F(BootstrapServer, RegistersNoPortOfAnotherProcess) {
+    auto peer = startPeer("peer");
+    ASSERT_TRUE(says(peer, "registered"));
+    EXPECT_FALSE(
+        names()->registerPort_name(NS::Ref<NS::MachPort>(*lookUp("peer")), *NS::str("a.name")));
+    EXPECT_FALSE(lookUp("a.name"));
+}
+
+TEST_F(BootstrapServer, LeavesANameThatSomebodyElseHasByNow) {
+    auto former = std::make_unique<TestPort>();
+    ASSERT_TRUE(registerPort(*former, "a.name"));
+    ASSERT_TRUE(fs::remove(folder() / "a.name"));
+    TestPort next;
+    ASSERT_TRUE(registerPort(next, "a.name"));
+    former.reset();
+    ASSERT_TRUE(lookUp("a.name"));
+    EXPECT_TRUE(lookUp("a.name")->isEqual(next.port.get()));
+}
+
+TEST_F(BootstrapServer, LeavesWhatItDidNotMake) {
+    fs::create_directories(folder() / "sub");
+    fs::permissions(folder(), fs::perms::owner_all);
+    std::ofstream(folder() / "notes") << "a person's own";
+    fs::create_symlink(folder() / "notes", folder() / "link");
+    ASSERT_EQ(::mkfifo((folder() / "pipe").c_str(), 0600), 0);
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    EXPECT_EQ(entries(), 6U);
+    for (const char* name : {"sub", "link", "pipe"}) {
+        EXPECT_FALSE(registerPort(port, name)) << name;
+        EXPECT_FALSE(lookUp(name)) << name;
+    }
+    EXPECT_EQ(Tests::contentsOf(folder() / "notes"), "a person's own");
+}
+
+TEST_F(BootstrapServer, TakesItsNamesAwayWhenTheProcessExits) {
+    const auto registerAndExit = [&] {
+        TestPort port; // alive when the process ends: exit() leaves no scope
+        std::exit(registerPort(port, "a.name") && entries() == 2 ? 0 : 1);
+    };
+    EXPECT_EXIT(registerAndExit(), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(entries(), 0U);
+}
+
+TEST_F(BootstrapServer, TakesItsNamesAwayWhenASignalEndsTheProcessAndEndsByThatSignal) {
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        auto peer = startPeer("a.name", "peer" + std::to_string(number));
+        ASSERT_TRUE(says(peer, "registered"));
+        ASSERT_EQ(entries(), 2U);
+        peer.signal(number);
+        EXPECT_EQ(peer.waitForExit(), 128 + number);
+        EXPECT_EQ(entries(), 0U);
+    }
+}
+
+TEST_F(BootstrapServer, MakesNoFolderToLookIntoIt) {
+    EXPECT_FALSE(lookUp("a.name"));
+    EXPECT_FALSE(fs::exists(folder()));
+}
+
 TEST_F(BootstrapServer, GivesANameUpWithItsPort) {
     TestPort port;
     ASSERT_TRUE(registerPort(port, "a.name"));
@@ -205,7 +288,7 @@ TEST_F(BootstrapServer, UsesTheStateFolderWhereThereIsNoRuntimeFolder) {
 class ForeignUser : public BootstrapServer {
   protected:
     ForeignUser() { NS::setExpectedPeerUser(::geteuid() + 1); }
-    ~ForeignUser() override { NS::setExpectedPeerUser(::geteuid()); }
+    ~ForeignUser() override { NS::resetExpectedPeerUser(); }
 };
 
 TEST_F(ForeignUser, IsNotConnectedTo) {
@@ -214,6 +297,31 @@ TEST_F(ForeignUser, IsNotConnectedTo) {
     const auto before = NS::portDropCount(NS::PortDrop::kForeignUser);
     EXPECT_FALSE(lookUp("a.name"));
     EXPECT_EQ(NS::portDropCount(NS::PortDrop::kForeignUser), before + 1);
+}
+
+// For those who may become somebody else, the same with a real one, whom the folder lets through.
+TEST_F(ForeignUser, IsNotLetInAlsoPastTheFolder) {
+    NS::resetExpectedPeerUser();
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    const std::string socket = Tests::contentsOf(folder() / "a.name").substr(0, 32);
+    const auto before = NS::portDropCount(NS::PortDrop::kForeignUser);
+    ASSERT_EQ(::chmod(folder().c_str(), 0755), 0);
+    ASSERT_EQ(::chmod((folder() / socket).c_str(), 0777), 0);
+    const auto connectAsNobody = [&] {
+        constexpr uid_t kNobody = 65534;
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        socket.copy(address.sun_path, sizeof address.sun_path - 1);
+        const int end = ::socket(AF_UNIX, SOCK_SEQPACKET, 0);
+        const bool connected =
+            ::chdir(folder().c_str()) == 0 && (::geteuid() != 0 || ::setuid(kNobody) == 0) &&
+            ::connect(end, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+        ::_exit(connected ? 0 : 1);
+    };
+    EXPECT_EXIT(connectAsNobody(), testing::ExitedWithCode(0), "");
+    serveAll();
+    EXPECT_EQ(NS::portDropCount(NS::PortDrop::kForeignUser), before + (::geteuid() == 0 ? 1 : 0));
 }
 
 TEST_F(ForeignUser, IsNotLetIn) {

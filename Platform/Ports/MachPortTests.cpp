@@ -1,16 +1,16 @@
 #include "Platform/Ports/MachPort.h"
 
-#include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/PortLimits.h"
+#include "Platform/Ports/Testing/Descriptors.h"
 #include "Platform/Ports/Testing/PortFixture.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <set>
 #include <sys/mman.h>
-#include <sys/resource.h>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -26,33 +26,7 @@ class Pages final : public NS::Object {
     void* address = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
 };
 
-// Leaves the process no descriptor to open while it lives.
-class NoDescriptors {
-  public:
-    NoDescriptors() {
-        ::getrlimit(RLIMIT_NOFILE, &before_);
-        const rlimit few{64, before_.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &few);
-        for (int file = ::dup(0); file >= 0; file = ::dup(0)) {
-            files_.emplace_back(file);
-        }
-    }
-    ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-    NoDescriptors(const NoDescriptors&) = delete;
-    NoDescriptors& operator=(const NoDescriptors&) = delete;
-
-  private:
-    rlimit before_{};
-    std::vector<NS::FileDescriptor> files_;
-};
-
-class MachPort : public Tests::PortTest {
-  protected:
-    static std::size_t openDescriptors() {
-        return static_cast<std::size_t>(
-            std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
-    }
-};
+class MachPort : public Tests::PortTest {};
 
 TEST_F(MachPort, DeliversAMessageWholeWithItsComponentsInOrder) {
     TestPort receiver;
@@ -272,6 +246,116 @@ TEST_F(MachPort, DeliversWhatAPeerSentBeforeItDied) {
     EXPECT_FALSE(own.collector->messages[0]->sendPort()->isValid());
 }
 
+TEST_F(MachPort, DeliversWhatAPeerSentBeforeItDiedWithMessagesUnread) {
+    TestPort own(false);
+    auto peer = startPeer("peer");
+    ASSERT_TRUE(says(peer, "registered"));
+    const auto port = lookUp("peer");
+    ASSERT_TRUE(send(port, {"last words"}, own.port));
+    TestPort witness;
+    ASSERT_TRUE(send(port, {"x"}, witness.port));
+    ASSERT_TRUE(pump([&] { return witness.collector->messages.size() == 1; }));
+    peer.signal(SIGSTOP);
+    ASSERT_TRUE(peer.waitForState('T'));
+    ASSERT_TRUE(send(port, {"never read"}, own.port));
+    peer.signal(SIGKILL);
+    ASSERT_TRUE(peer.waitForExit());
+    own.schedule();
+    serveAll();
+    ASSERT_EQ(own.collector->messages.size(), 1U);
+    EXPECT_EQ(own.collector->text(0), "last words");
+}
+
+TEST_F(MachPort, KeepsTheOrderOfItsMessagesOverAllLookUpsOfAPeer) {
+    TestPort receiver;
+    TestPort sender;
+    ASSERT_TRUE(registerPort(receiver, "receiver"));
+    const auto first = lookUp("receiver");
+    const auto second = lookUp("receiver");
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_TRUE(send(i % 3 == 0 ? first : second, {std::to_string(i)}, sender.port));
+    }
+    serveAll();
+    ASSERT_EQ(receiver.collector->messages.size(), 100U);
+    for (std::size_t i = 0; i < 100; ++i) {
+        ASSERT_EQ(receiver.collector->text(i), std::to_string(i));
+    }
+}
+
+TEST_F(MachPort, HoldsOneConnectionForAllLookUpsOfAPeer) {
+    TestPort receiver;
+    TestPort sender;
+    ASSERT_TRUE(registerPort(receiver, "receiver"));
+    ASSERT_TRUE(send(lookUp("receiver"), {"x"}, sender.port));
+    serveAll();
+    const std::size_t before = Tests::openDescriptors();
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_TRUE(send(lookUp("receiver"), {"x"}, sender.port));
+        serveAll();
+    }
+    EXPECT_EQ(Tests::openDescriptors(), before);
+    EXPECT_EQ(receiver.collector->messages.size(), 51U);
+}
+
+TEST_F(MachPort, CannotBeAnsweredOnAPortOfAnotherProcess) {
+    auto peer = startPeer("peer");
+    ASSERT_TRUE(says(peer, "registered"));
+    TestPort own;
+    const auto before = NS::portDropCount(NS::PortDrop::kNoReplyRoute);
+    EXPECT_FALSE(send(own.port, {"x"}, lookUp("peer")));
+    EXPECT_FALSE(send(lookUp("peer"), {"x"}, lookUp("peer")));
+    EXPECT_EQ(NS::portDropCount(NS::PortDrop::kNoReplyRoute), before + 2);
+}
+
+TEST_F(MachPort, IsNotTakenForAPeerThatClaimsItsIdentity) {
+    TestPort own;
+    TestPort other;
+    ASSERT_TRUE(registerPort(own, "own"));
+    auto peer = startPeer("peer");
+    ASSERT_TRUE(says(peer, "registered"));
+    // The peer's socket under the identity of the port of this process.
+    const std::string ownEntry = Tests::contentsOf(folder() / "own");
+    const std::string peerEntry = Tests::contentsOf(folder() / "peer");
+    std::ofstream(folder() / "forged") << peerEntry.substr(0, 33) << ownEntry.substr(33);
+    const auto forged = lookUp("forged");
+    ASSERT_TRUE(forged);
+    EXPECT_EQ(forged->hash(), own.port->hash());
+    EXPECT_FALSE(forged->isEqual(own.port.get()));
+}
+
+TEST_F(MachPort, RaisesForAComponentThatIsNoData) {
+    TestPort receiver;
+    const auto wrong = NS::Array::arrayWithObjects({NS::str("text")});
+    EXPECT_THROW((void)receiver.port->sendBeforeDate_components_from_reserved(NS::Date::date(),
+                                                                              *wrong, nullptr, 0),
+                 NS::Exception);
+}
+
+TEST_F(MachPort, LeavesItsDescriptorsToNoOtherProgram) {
+    std::set<int> before;
+    const auto open = [] {
+        std::set<int> descriptors;
+        for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+            descriptors.insert(std::stoi(each.path().filename()));
+        }
+        return descriptors;
+    };
+    before = open();
+    TestPort receiver;
+    TestPort sender;
+    ASSERT_TRUE(registerPort(receiver, "receiver"));
+    const auto found = lookUp("receiver");
+    ASSERT_TRUE(send(found, {"x"}, sender.port));
+    ASSERT_TRUE(send(receiver.port, {"x"}, sender.port));
+    serveAll();
+    for (const int descriptor : open()) {
+        const int flags = ::fcntl(descriptor, F_GETFD); // fails for the folder that was listed
+        EXPECT_TRUE(flags < 0 || before.contains(descriptor) || (flags & FD_CLOEXEC) != 0)
+            << descriptor;
+    }
+    EXPECT_GT(open().size(), before.size());
+}
+
 TEST_F(MachPort, TakesNoMessageWithoutADelegate) {
     TestPort receiver;
     receiver.port->setDelegate(nullptr);
@@ -323,14 +407,14 @@ TEST_F(MachPort, GoesOnWithTheNextMessageAfterAnException) {
 TEST_F(MachPort, LeavesNoDescriptorBehind) {
     TestPort receiver;
     ASSERT_TRUE(registerPort(receiver, "receiver"));
-    const std::size_t before = openDescriptors();
+    const std::size_t before = Tests::openDescriptors();
     for (int i = 0; i < 200; ++i) {
         TestPort sender;
         ASSERT_TRUE(send(lookUp("receiver"), {std::string(200'000, 'x')}, sender.port));
         ASSERT_TRUE(pump([&] { return receiver.collector->messages.size() == 1; }));
         receiver.collector->messages.clear();
     }
-    EXPECT_TRUE(pump([&] { return openDescriptors() <= before; }));
+    EXPECT_TRUE(pump([&] { return Tests::openDescriptors() <= before; }));
 }
 
 TEST_F(MachPort, TurnsPeersAwayWhenTheProcessHasNoDescriptorsLeft) {
@@ -340,7 +424,7 @@ TEST_F(MachPort, TurnsPeersAwayWhenTheProcessHasNoDescriptorsLeft) {
     ASSERT_TRUE(waiting);
     const auto before = NS::portDropCount(NS::PortDrop::kTooManyPeers);
     {
-        const NoDescriptors none;
+        const Tests::NoDescriptors none;
         serveAll();
     }
     EXPECT_EQ(NS::portDropCount(NS::PortDrop::kTooManyPeers), before + 1);

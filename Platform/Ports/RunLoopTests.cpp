@@ -1,12 +1,15 @@
 #include "Platform/Ports/RunLoop.h"
 
 #include "Platform/Foundation/Clock.h"
+#include "Platform/Foundation/Testing/ManualClock.h"
 #include "Platform/Ports/SignalSource.h"
 #include "Platform/Ports/Testing/PortFixture.h"
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <csignal>
+#include <ctime>
 #include <functional>
 #include <poll.h>
 #include <thread>
@@ -221,6 +224,63 @@ TEST_F(RunLoop, TellsWhetherASourceWasReadyByTheDate) {
     EXPECT_FALSE(loop->runMode_beforeDate(NS::RunLoopMode::kDefault, *soon()));
     ASSERT_TRUE(send(port.port, {"x"}));
     EXPECT_TRUE(loop->runMode_beforeDate(NS::RunLoopMode::kDefault, *soon()));
+}
+
+TEST_F(RunLoop, MeasuresItsDateByTheClockInUse) {
+    NS::ManualClock clock(1000);
+    const NS::ScopedClock scoped(clock);
+    const auto before = std::chrono::steady_clock::now();
+    loop->runUntilDate(*NS::make<NS::Date>(1000.05));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(50));
+    EXPECT_EQ(clock.absoluteTime(), 1000);
+}
+
+TEST_F(RunLoop, TakesWhatIsNoDateForAPastOne) {
+    TestPort port;
+    ASSERT_TRUE(send(port.port, {"x"}));
+    loop->runUntilDate(*NS::make<NS::Date>(std::nan(""))); // or the test does not end
+    EXPECT_EQ(port.collector->messages.size(), 1U);
+}
+
+TEST_F(RunLoop, UsesNoProcessorWhileItWaits) {
+    TestPort port;
+    ASSERT_TRUE(registerPort(port, "a.name"));
+    ASSERT_TRUE(send(lookUp("a.name"), {"x"}));
+    serveAll();
+    const std::clock_t before = std::clock();
+    runFor(0.3);
+    EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 20);
+}
+
+TEST_F(RunLoop, ServesThePortsOfEachThreadOnIt) {
+    TestPort here;
+    ASSERT_TRUE(registerPort(here, "here"));
+    bool answered = false;
+    std::thread other([&] {
+        TestPort there;
+        for (int i = 0; i < 100; ++i) {
+            (void)send(lookUp("here"), {std::to_string(i)}, there.port);
+        }
+        answered = pump([&] { return there.collector->messages.size() == 100; });
+    });
+    here.collector->onMessage = [&](const NS::PortMessage& message) {
+        (void)send(message.sendPort(), {"answer"}, here.port);
+    };
+    const bool received = pump([&] { return here.collector->messages.size() == 100; });
+    other.join();
+    EXPECT_TRUE(received);
+    EXPECT_TRUE(answered);
+}
+
+TEST_F(RunLoop, KeepsAPortThatItServes) {
+    auto port = NS::RefPtr<NS::MachPort>(NS::MachPort::port());
+    ASSERT_TRUE(names()->registerPort_name(NS::Ref<NS::MachPort>(*port), *NS::str("a.name")));
+    loop->addPort_forMode(NS::Ref<NS::MachPort>(*port), NS::RunLoopMode::kDefault);
+    NS::MachPort* const inside = port.get();
+    port = nullptr;
+    EXPECT_TRUE(lookUp("a.name"));
+    loop->removePort_forMode(NS::Ref<NS::MachPort>(*inside), NS::RunLoopMode::kDefault);
+    EXPECT_FALSE(lookUp("a.name"));
 }
 
 TEST_F(RunLoop, ReceivesSignals) {

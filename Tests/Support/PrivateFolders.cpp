@@ -13,11 +13,12 @@ PrivateFolders::PrivateFolders() {
         throw std::runtime_error("no temporary folder for the test");
     }
     root_ = pattern;
-    set("HOME", home());
-    set("XDG_RUNTIME_DIR", runtime());
-    set("XDG_DATA_HOME", data());
-    set("XDG_STATE_HOME", state());
-    set("XDG_CONFIG_HOME", config());
+    setFolder("HOME", home());
+    setFolder("XDG_RUNTIME_DIR", runtime());
+    setFolder("XDG_DATA_HOME", data());
+    setFolder("XDG_STATE_HOME", state());
+    setFolder("XDG_CONFIG_HOME", config());
+    set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (runtime() / "bus").string());
 }
 
 PrivateFolders::~PrivateFolders() {
@@ -32,11 +33,15 @@ PrivateFolders::~PrivateFolders() {
     std::filesystem::remove_all(root_, ignored);
 }
 
-void PrivateFolders::set(const char* variable, const std::filesystem::path& value) {
-    const char* const before = std::getenv(variable);
-    before_[variable] = before == nullptr ? std::nullopt : std::optional<std::string>(before);
+void PrivateFolders::setFolder(const char* variable, const std::filesystem::path& value) {
     std::filesystem::create_directories(value);
     ::chmod(value.c_str(), 0700);
+    set(variable, value.string());
+}
+
+void PrivateFolders::set(const char* variable, const std::string& value) {
+    const char* const before = std::getenv(variable);
+    before_[variable] = before == nullptr ? std::nullopt : std::optional<std::string>(before);
     ::setenv(variable, value.c_str(), 1);
 }
 

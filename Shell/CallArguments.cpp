@@ -1,0 +1,85 @@
+#include "Shell/CallArguments.h"
+
+#include "Shell/FileURL.h"
+
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Shell {
+
+namespace {
+
+constexpr const char* kMalformed = "the message is malformed";
+
+} // namespace
+
+template <char type, class Value>
+Value CallArguments::basic(Value value) {
+    if (sd_bus_message_read_basic(call_, type, &value) <= 0) {
+        fail(kMalformed);
+    }
+    return value;
+}
+
+std::uint64_t CallArguments::number() {
+    return basic<SD_BUS_TYPE_UINT64>(std::uint64_t{0});
+}
+
+bool CallArguments::flag() {
+    return basic<SD_BUS_TYPE_BOOLEAN>(0) != 0;
+}
+
+const char* CallArguments::text() {
+    const char* const text = basic<SD_BUS_TYPE_STRING>(static_cast<const char*>(nullptr));
+    return text == nullptr ? "" : text;
+}
+
+NS::RefPtr<NS::URL> CallArguments::fileURL() {
+    auto url = fileURLFromText(text());
+    if (!url) {
+        fail("a file URL is wanted: file:///, then percent-encoded bytes");
+    }
+    return url;
+}
+
+NS::RefPtr<NS::URL> CallArguments::fileURLOrNone() {
+    const std::string_view given = text();
+    if (given.empty()) {
+        return nullptr;
+    }
+    auto url = fileURLFromText(given);
+    if (!url) {
+        fail("the target is neither a file URL nor empty");
+    }
+    return url;
+}
+
+NS::Ref<NS::Array> CallArguments::fileURLs() {
+    std::vector<NS::Ref<NS::Object>> urls;
+    const char* text = nullptr;
+    if (sd_bus_message_enter_container(call_, SD_BUS_TYPE_ARRAY, "s") < 0) {
+        fail(kMalformed);
+    }
+    int more = 0;
+    while ((more = sd_bus_message_read_basic(call_, SD_BUS_TYPE_STRING, &text)) > 0) {
+        const auto url = fileURLFromText(text);
+        if (!url) {
+            fail("item " + std::to_string(urls.size() + 1) + " of the selection is no file URL");
+            break;
+        }
+        urls.emplace_back(*url);
+    }
+    if (error_.empty() && (more < 0 || sd_bus_message_exit_container(call_) < 0)) {
+        fail(kMalformed);
+    }
+    return NS::make<NS::Array>(std::move(urls));
+}
+
+void CallArguments::fail(std::string error) {
+    if (error_.empty()) {
+        error_ = std::move(error);
+    }
+}
+
+} // namespace Shell

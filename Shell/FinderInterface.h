@@ -1,0 +1,18 @@
+#pragma once
+
+// The extension on the session bus, as Docs/finder-bus.md describes it.
+namespace Shell::FinderInterface {
+
+inline constexpr const char* kName = "com.Quorvane.Quorvane.QVFinderExtension";
+inline constexpr const char* kObject = "/com/Quorvane/Quorvane/QVFinderExtension";
+inline constexpr const char* kInterface = "com.Quorvane.Quorvane.QVFinderExtension";
+
+inline constexpr const char* kErrorInvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
+inline constexpr const char* kErrorLimitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
+inline constexpr const char* kErrorNotInMenu =
+    "com.Quorvane.Quorvane.QVFinderExtension.Error.NotInMenu";
+inline constexpr const char* kErrorTooLate =
+    "com.Quorvane.Quorvane.QVFinderExtension.Error.TooLate";
+inline constexpr const char* kErrorRaised = "com.Quorvane.Quorvane.QVFinderExtension.Error.Raised";
+
+} // namespace Shell::FinderInterface

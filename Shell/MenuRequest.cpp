@@ -1,0 +1,59 @@
+#include "Shell/MenuRequest.h"
+
+#include "Platform/Finder/FinderSyncController.h"
+
+namespace Shell {
+
+namespace {
+
+// The controller shows a selection and a target for as long as this lives.
+class ShownPlace {
+  public:
+    explicit ShownPlace(const MenuRequest& request)
+        : selection_(controller_->selectedItemURLs()), target_(controller_->targetedURL()) {
+        controller_->setSelectedItemURLs(request.selection);
+        controller_->setTargetedURL(request.target);
+    }
+    ~ShownPlace() {
+        controller_->setSelectedItemURLs(selection_);
+        controller_->setTargetedURL(target_);
+    }
+    ShownPlace(const ShownPlace&) = delete;
+    ShownPlace& operator=(const ShownPlace&) = delete;
+
+  private:
+    NS::Ref<FI::FinderSyncController> controller_ = FI::FinderSyncController::defaultController();
+    NS::RefPtr<NS::Array> selection_;
+    NS::RefPtr<NS::URL> target_;
+};
+
+NS::RefPtr<NS::MenuItem> enabledEntry(const NS::Menu& menu, std::string_view action) {
+    for (const NS::Ref<NS::MenuItem>& entry : menu.itemArray()) {
+        if (entry->isEnabled() && entry->action().name == action) {
+            return entry;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+NS::RefPtr<NS::Menu> menuForRequest(FI::FinderSync& extension, const MenuRequest& request) {
+    const ShownPlace shown(request);
+    return extension.menuForMenuKind(request.kind);
+}
+
+bool runEntryOfMenu(FI::FinderSync& extension, const MenuRequest& request,
+                    std::string_view action) {
+    const ShownPlace shown(request);
+    const auto menu = extension.menuForMenuKind(request.kind);
+    // An entry without an action only tells something.
+    const auto entry = menu && !action.empty() ? enabledEntry(*menu, action) : nullptr;
+    if (!entry) {
+        return false;
+    }
+    entry->sendAction(extension);
+    return true;
+}
+
+} // namespace Shell

@@ -1,0 +1,169 @@
+#include "Shell/linux/BusConnection.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/timerfd.h>
+
+namespace Shell {
+
+constinit const NS::Class BusConnection::kClass{.name = "BusConnection",
+                                                .superclass = &NS::RunLoopSource::kClass};
+
+// Looks after the connection before the loop waits: what other sources did may have sent something.
+class BusConnection::Observer final : public NS::RunLoopObserver {
+    NS_OBJECT(Observer)
+  public:
+    explicit Observer(BusConnection& connection) noexcept : connection_(connection) {}
+    void beforeWaiting() override { connection_.beforeWaiting(); }
+
+  private:
+    BusConnection& connection_;
+};
+
+constinit const NS::Class BusConnection::Observer::kClass{
+    .name = "BusConnectionObserver", .superclass = &NS::RunLoopObserver::kClass};
+
+namespace {
+
+constexpr std::uint64_t kMicroseconds = 1'000'000;
+constexpr std::uint64_t kNever = UINT64_MAX;
+
+// Adds a descriptor, or changes what it is waited for; it leaves by being closed.
+int waitFor(int epoll, int descriptor, std::uint32_t events) noexcept {
+    epoll_event event{};
+    event.events = events;
+    event.data.fd = descriptor;
+    if (::epoll_ctl(epoll, EPOLL_CTL_MOD, descriptor, &event) == 0) {
+        return 0;
+    }
+    return ::epoll_ctl(epoll, EPOLL_CTL_ADD, descriptor, &event);
+}
+
+} // namespace
+
+BusConnection::BusConnection(Delegate& delegate) : delegate_(delegate) {}
+
+BusConnection::~BusConnection() {
+    close();
+}
+
+int BusConnection::open() {
+    epoll_.reset(::epoll_create1(EPOLL_CLOEXEC));
+    timer_.reset(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
+    if (!epoll_ || !timer_ || waitFor(epoll_.get(), timer_.get(), EPOLLIN) != 0) {
+        return -errno;
+    }
+    sd_bus* bus = nullptr;
+    const int result = sd_bus_open_user_with_description(&bus, "finder");
+    if (result < 0) {
+        return result;
+    }
+    bus_.reset(bus);
+    return sd_bus_set_exit_on_disconnect(bus, 0);
+}
+
+void BusConnection::schedule() {
+    loop_ = NS::RunLoop::currentRunLoop();
+    observer_ = NS::make<Observer>(*this);
+    loop_->addSource_forMode(NS::Ref<NS::RunLoopSource>(*this), NS::RunLoopMode::kDefault);
+    loop_->addObserver_forMode(NS::Ref<NS::RunLoopObserver>(*observer_), NS::RunLoopMode::kDefault);
+    awaitEvents();
+}
+
+void BusConnection::close() {
+    if (loop_) {
+        loop_->removeObserver_forMode(NS::Ref<NS::RunLoopObserver>(*observer_),
+                                      NS::RunLoopMode::kDefault);
+        const NS::RefPtr<NS::RunLoop> loop = std::move(loop_);
+        loop->removeSource_forMode(NS::Ref<NS::RunLoopSource>(*this), NS::RunLoopMode::kDefault);
+    }
+    bus_.reset();
+}
+
+bool BusConnection::hasUnsent() const {
+    std::uint64_t messages = 0;
+    return bus_ && sd_bus_get_n_queued_write(bus_.get(), &messages) >= 0 && messages > 0;
+}
+
+void BusConnection::flush(std::chrono::milliseconds limit) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + limit;
+    while (hasUnsent() && Clock::now() < deadline) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+        pollfd socket{sd_bus_get_fd(bus_.get()), POLLOUT, 0};
+        (void)::poll(&socket, 1, static_cast<int>(left.count()) + 1);
+        if (sd_bus_process(bus_.get(), nullptr) < 0) {
+            return; // there is nobody left to send it to
+        }
+    }
+}
+
+void BusConnection::ready() {
+    const NS::Ref<BusConnection> self(*this);
+    std::uint64_t expirations = 0;
+    [[maybe_unused]] const ssize_t taken =
+        ::read(timer_.get(), &expirations, sizeof expirations); // none, when it was the socket
+    delegate_.busWillServe();
+    const int result = sd_bus_process(bus_.get(), nullptr);
+    delegate_.busServed();
+    if (result < 0 || sd_bus_is_open(bus_.get()) <= 0) {
+        lose();
+        return;
+    }
+    awaitEvents();
+}
+
+void BusConnection::beforeWaiting() {
+    delegate_.busWillServe();
+    awaitEvents();
+}
+
+void BusConnection::lose() {
+    close();
+    delegate_.busLost();
+}
+
+void BusConnection::awaitEvents() {
+    const int socket = sd_bus_get_fd(bus_.get());
+    const int events = sd_bus_get_events(bus_.get());
+    std::uint64_t moment = kNever;
+    const int known = sd_bus_get_timeout(bus_.get(), &moment);
+    if (socket < 0 || events < 0 || known < 0) {
+        awaitMoment(0); // it is closing, which is the next turn's to find out
+        return;
+    }
+    awaitSocket(socket, events);
+    awaitMoment(moment);
+}
+
+// The library may go on to another address, and so to another socket, while it connects.
+void BusConnection::awaitSocket(int socket, int events) {
+    if (socket == awaitedSocket_ && events == awaitedEvents_) {
+        return;
+    }
+    awaitedSocket_ = socket;
+    awaitedEvents_ = events;
+    if (waitFor(epoll_.get(), socket, static_cast<std::uint32_t>(events)) != 0) {
+        awaitedSocket_ = -1;
+    }
+}
+
+void BusConnection::awaitMoment(std::uint64_t microseconds) {
+    if (microseconds == awaitedMoment_ && microseconds != 0) {
+        return;
+    }
+    awaitedMoment_ = microseconds;
+    itimerspec moment{};
+    if (microseconds != kNever) {
+        // All zeros would be never.
+        moment.it_value.tv_sec = static_cast<time_t>(microseconds / kMicroseconds);
+        moment.it_value.tv_nsec =
+            std::max<long>(1, static_cast<long>(microseconds % kMicroseconds) * 1000);
+    }
+    (void)::timerfd_settime(timer_.get(), TFD_TIMER_ABSTIME, &moment, nullptr);
+}
+
+} // namespace Shell
