@@ -131,6 +131,38 @@ TEST_F(HostileArchive, MutableDataThatShareLongBytesAreRefused) {
               NS::kInvalidArgumentException);
 }
 
+TEST_F(HostileArchive, MutableDataThatShareAnEntryAreRefused) {
+    const auto entry =
+        archive.uid(archive.add(archive.list.addData(NS::bytesOf(std::string(100'000, 'x')))));
+    const auto record = archive.addClass("NSMutableData");
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10000; ++i) {
+        entries.push_back(archive.addRecord(record, {
+                                                        {"NS.data", entry}
+        }));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), entries)),
+              NS::kInvalidArgumentException);
+}
+
+// The hint that is known comes last, for each class anew.
+TEST_F(HostileArchive, ClassesThatShareTheirHintsAreRefused) {
+    std::vector<HandMade::Reference> names(100'000, archive.list.addAscii("NoSuchHint"));
+    names.push_back(archive.list.addAscii("NSNull"));
+    const auto hints = archive.list.addArray(names);
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10'000; ++i) {
+        const auto record = archive.add(archive.dictionary({
+            {"$classname",  archive.list.addAscii("NoSuchClass")},
+            {"$classhints", hints                               }
+        }));
+        entries.push_back(archive.addRecord(record, {}));
+    }
+    EXPECT_EQ(outcome(entries.front()), "none");
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), entries)),
+              NS::kInvalidArgumentException);
+}
+
 TEST_F(HostileArchive, DeepNestingIsRefused) {
     const auto array = archive.addClass("NSArray");
     std::vector<Uid> none;

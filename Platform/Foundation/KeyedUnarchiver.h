@@ -75,7 +75,7 @@ class KeyedUnarchiver {
 
     // An object that was made. Its height is one more than that of the highest object below it.
     struct Made {
-        RefPtr<Object> object;
+        RefPtr<Object> object; // nil for an entry that stands for nil
         std::uint16_t height;
         bool isComplete;
     };
@@ -119,11 +119,13 @@ class KeyedUnarchiver {
     std::size_t fillRecord(std::uint64_t uid);
     std::size_t note(std::uint64_t uid, RefPtr<Object> object, bool isComplete);
     std::uint32_t slotOf(std::uint64_t uid) const;
+    RefPtr<Object> dataOf(const Member& member);
     std::vector<Ref<Object>> decodeList(std::string_view key, bool mustBeComplete);
 
     std::uint64_t classUidOf(const Item& record);
     std::size_t classIndexForUid(std::uint64_t uid);
     ArchivedClass readClass(std::uint64_t uid);
+    const Class* hintedClass(const Member& hints);
 
     Member find(std::string_view key);
     Member findArchived(std::string_view archivedKey);
