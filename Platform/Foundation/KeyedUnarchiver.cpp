@@ -11,6 +11,7 @@
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/Utf8.h"
+#include "Platform/Foundation/XMLPropertyList.h"
 
 #include <algorithm>
 
@@ -139,7 +140,19 @@ class KeyedUnarchiver::Nesting {
 };
 
 RefPtr<Object> KeyedUnarchiver::unarchiveObjectWithData(const Data& data) {
-    KeyedUnarchiver coder(data.bytes());
+    if (!isXMLPropertyList(data.bytes())) {
+        return unarchive(data.bytes());
+    }
+    std::string reason;
+    const auto list = binaryListOfXML(data.bytes(), reason);
+    if (!list) {
+        raiseIncomprehensible(reason.c_str());
+    }
+    return unarchive(*list);
+}
+
+RefPtr<Object> KeyedUnarchiver::unarchive(Bytes list) {
+    KeyedUnarchiver coder(list);
     try {
         return coder.decodeRoot();
     } catch (...) {

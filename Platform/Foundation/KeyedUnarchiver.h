@@ -14,8 +14,8 @@
 
 namespace NS {
 
-// Reads a keyed archive (Docs/keyed-archives.md), its own or another implementation's, and gives
-// back the object that it holds with whatever that refers to.
+// Reads a keyed archive (Docs/keyed-archives.md), its own or another implementation's, in the
+// binary form or in XML, and gives back the object that it holds with whatever that refers to.
 //
 // One object of the archive becomes one object, however often it is referred to, also from within
 // itself. Plain values come back as such; any other object is made by its class's createForCoder,
@@ -110,6 +110,7 @@ class KeyedUnarchiver {
     class Nesting;
 
     explicit KeyedUnarchiver(Bytes bytes);
+    static RefPtr<Object> unarchive(Bytes list);
 
     RefPtr<Object> decodeRoot();
     RefPtr<Object> objectOf(const Member& member, std::string_view key);

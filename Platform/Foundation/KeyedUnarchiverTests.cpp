@@ -317,6 +317,44 @@ TEST_F(KeyedUnarchiver, ReadsAPlainDateOfTheList) {
     EXPECT_EQ(as<NS::Date>(unarchive(*archive.data(root)))->timeIntervalSinceReferenceDate(), 1.5);
 }
 
+// One text twice, another that is equal, and a record: each UID a dictionary of its own.
+constexpr std::string_view kArchiveInXML =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"
+    "<key>$version</key><integer>100000</integer>"
+    "<key>$archiver</key><string>NSKeyedArchiver</string>"
+    "<key>$top</key><dict><key>root</key><dict><key>CF$UID</key><integer>1</integer></dict></dict>"
+    "<key>$objects</key><array><string>$null</string>"
+    "<dict><key>$class</key><dict><key>CF$UID</key><integer>5</integer></dict>"
+    "<key>NS.objects</key><array><dict><key>CF$UID</key><integer>2</integer></dict>"
+    "<dict><key>CF$UID</key><integer>3</integer></dict>"
+    "<dict><key>CF$UID</key><integer>2</integer></dict>"
+    "<dict><key>CF$UID</key><integer>4</integer></dict></array></dict>"
+    "<string>same</string><string>same</string>"
+    "<dict><key>$class</key><dict><key>CF$UID</key><integer>6</integer></dict>"
+    "<key>time</key><real>1.5</real></dict>"
+    "<dict><key>$classname</key><string>NSArray</string></dict>"
+    "<dict><key>$classname</key><string>ArchivedRecord</string></dict>"
+    "</array></dict></plist>";
+
+TEST_F(KeyedUnarchiver, ReadsTheXMLForm) {
+    const auto array =
+        as<NS::Array>(unarchive(*NS::Data::dataWithBytes(NS::bytesOf(kArchiveInXML))));
+    ASSERT_TRUE(array);
+    ASSERT_EQ(array->count(), 4U);
+    EXPECT_EQ(array->objectAtIndex(0)->description()->utf8(), "same");
+    EXPECT_EQ(array->objectAtIndex(0), array->objectAtIndex(2));
+    EXPECT_NE(array->objectAtIndex(0), array->objectAtIndex(1));
+    EXPECT_EQ(as<ArchivedRecord>(NS::RefPtr<NS::Object>(array->objectAtIndex(3)))->time(), 1.5);
+}
+
+TEST_F(KeyedUnarchiver, SaysWhatIsWrongWithXML) {
+    const std::string cut(kArchiveInXML.substr(0, 100));
+    EXPECT_EQ(
+        Tests::reasonOfException([&] { unarchive(*NS::Data::dataWithBytes(NS::bytesOf(cut))); }),
+        "*** -[NSKeyedUnarchiver initForReadingWithData:]: incomprehensible archive: "
+        "unclosed token on line 1");
+}
+
 TEST_F(KeyedUnarchiver, RaisesForBytesThatAreNoArchive) {
     for (const std::string_view bytes : {"", "text", "bplist00", "<?xml version=\"1.0\"?>"}) {
         const auto raised = Tests::raisedException(
