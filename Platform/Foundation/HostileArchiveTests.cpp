@@ -412,6 +412,16 @@ NS::Ref<NS::Data> circularArchive() {
     return archive;
 }
 
+// The same without the text, which XML does not hold.
+NS::Ref<NS::Data> circularArchiveOfPlainTexts() {
+    const auto record = NS::make<Tests::ArchivedRecord>();
+    record->setFirst(NS::Array::arrayWithObjects({record, NS::str("<caf\xC3\xA9>")}));
+    record->setSecond(NS::make<NS::MutableData>(NS::bytesOf("data")));
+    const auto archive = NS::KeyedArchiver::archivedDataWithRootObject(record);
+    record->setFirst(nullptr);
+    return archive;
+}
+
 // More objects than one byte tells apart.
 NS::Ref<NS::Data> wideArchive() {
     std::vector<NS::Ref<NS::Object>> flags;
@@ -448,19 +458,31 @@ TEST(DamagedArchive, IsReadOrRefusedWhereverItIsCutOff) {
     }
 }
 
-TEST(DamagedArchive, IsReadOrRefusedWhicheverBitIsFlipped) {
-    for (std::string bytes : samples()) {
-        for (char& byte : bytes) {
-            const char before = byte;
-            for (unsigned bit = 0; bit < 8; ++bit) {
-                byte = static_cast<char>(static_cast<unsigned char>(before) ^ (1U << bit));
-                decodeDamaged(bytes);
-            }
-            byte = static_cast<char>(~static_cast<unsigned char>(before));
+void decodeWithEachBitFlipped(std::string bytes) {
+    for (char& byte : bytes) {
+        const char before = byte;
+        for (unsigned bit = 0; bit < 8; ++bit) {
+            byte = static_cast<char>(static_cast<unsigned char>(before) ^ (1U << bit));
             decodeDamaged(bytes);
-            byte = before;
         }
+        byte = static_cast<char>(~static_cast<unsigned char>(before));
+        decodeDamaged(bytes);
+        byte = before;
     }
+}
+
+TEST(DamagedArchive, IsReadOrRefusedWhicheverBitIsFlipped) {
+    for (const auto& archive : {sampleArchive(), circularArchive()}) {
+        decodeWithEachBitFlipped(std::string(NS::charactersOf(archive->bytes())));
+    }
+}
+
+TEST(DamagedArchive, IsReadOrRefusedWhicheverBitOfWideOffsetsIsFlipped) {
+    decodeWithEachBitFlipped(std::string(NS::charactersOf(wideArchive()->bytes())));
+}
+
+TEST(DamagedArchive, IsReadOrRefusedWhicheverBitOfXMLIsFlipped) {
+    decodeWithEachBitFlipped(Tests::ListXML(*circularArchiveOfPlainTexts()).text());
 }
 
 // The smallest and the largest numbers in each field of the trailer.

@@ -51,10 +51,13 @@ ArchiveReading::ArchiveReading(NS::Bytes list)
     if (!name || name->utf8() != kArchiverName) {
         raiseDamaged("it was not made by a keyed archiver");
     }
-    top_ = find(whole, kTopKey).value_or(Member());
-    objects_ = find(whole, kObjectsKey).value_or(Member()).item;
-    expect(top_.item, Kind::kDictionary, "it has no top objects");
-    expect(objects_, Kind::kArray, "it has no list of objects");
+    const auto top = find(whole, kTopKey);
+    const auto objects = findArray(whole, kObjectsKey);
+    if (!top || top->item.kind != Kind::kDictionary || !objects) {
+        raiseDamaged("it has no top objects or no list of objects");
+    }
+    top_ = *top;
+    objects_ = *objects;
     visit(top_.item);
     visit(objects_);
 }
@@ -134,7 +137,11 @@ std::optional<Item> ArchiveReading::findArray(const Item& dictionary, std::strin
 }
 
 const ArchiveReading::ArchivedClass& ArchiveReading::classOf(const Item& object) {
-    const Item uid = find(object, kClassKey).value_or(Member()).item;
+    const auto member = find(object, kClassKey);
+    if (!member) {
+        raiseDamaged("an object has no class");
+    }
+    const Item& uid = member->item;
     expect(uid, Kind::kUid, "an object's class is no UID");
     const auto known = classes_.find(uid.bits);
     if (known != classes_.end()) {
