@@ -23,9 +23,18 @@ constexpr NS::Selector kReceivedUserInfo{"receivedUserInfo:"};
 constexpr NS::Selector kShutdown{"shutdown"};
 
 constexpr NS::Method kMethods[] = {
+    // Messages of the host.
     NS::method<&FinderSync::extensionInit>("extensionInit:"),
     NS::method<&FinderSync::receivedUserInfo>("receivedUserInfo:"),
     NS::method<&FinderSync::shutdown>("shutdown"),
+    // Actions of the menus.
+    NS::method<&FinderSync::shareItem>("shareItem:"),
+    NS::method<&FinderSync::showProps>("showProps"),
+    NS::method<&FinderSync::refreshFolder>("refreshFolder"),
+    NS::method<&FinderSync::moveToTrash>("moveToTrash"),
+    NS::method<&FinderSync::restore>("restore"),
+    NS::method<&FinderSync::delete_>("delete"),
+    NS::method<&FinderSync::emptyTrash>("emptyTrash"),
 };
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/PathComponents.h"
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/StringBuilder.h"
 
@@ -14,20 +15,11 @@ bool isSlash(const String& path, std::size_t index) {
     return path.characterAtIndex(index) == u'/';
 }
 
-// Where the first slash at or after an index is, or the end of the path.
-std::size_t endOfName(const String& path, std::size_t index) {
-    while (index < path.length() && !isSlash(path, index)) {
-        ++index;
-    }
-    return index;
+Ref<String> fromUnits(std::string_view characters) {
+    return String::fromAscii(characters);
 }
-
-// Where the first character other than a slash at or after an index is, or the end of the path.
-std::size_t endOfSlashes(const String& path, std::size_t index) {
-    while (index < path.length() && isSlash(path, index)) {
-        ++index;
-    }
-    return index;
+Ref<String> fromUnits(std::u16string_view units) {
+    return String::fromUtf16(units);
 }
 
 // Where the part of the path up to `end` ends without the slashes at its end; the root keeps one.
@@ -54,18 +46,11 @@ std::size_t lastComponentStart(const String& path, std::size_t end) {
 Ref<Array> String::pathComponents() const {
     static const Ref<String>& slash = *new Ref<String>(fromAscii("/"));
     std::vector<Ref<Object>> components;
-    const std::size_t end = length();
-    if (end > 0 && isSlash(*this, 0)) {
-        components.emplace_back(slash);
-    }
-    for (std::size_t start = endOfSlashes(*this, 0); start < end;) {
-        const std::size_t stop = endOfName(*this, start);
-        components.emplace_back(substringWithRange(start, stop - start));
-        start = endOfSlashes(*this, stop);
-        if (start == end && start > stop) {
-            components.emplace_back(slash);
-        }
-    }
+    visitPathComponents(*this, [&](auto component) {
+        const bool isSlash = component.size() == 1 && component.front() == '/';
+        components.emplace_back(isSlash ? slash : fromUnits(component));
+        return true;
+    });
     return make<Array>(std::move(components));
 }
 

@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/Exception.h"
 
-#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -16,21 +16,27 @@ namespace {
 
 constexpr std::string_view kFileScheme = "file://";
 
-bool isLetterOrDigit(char c) noexcept {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+// The characters of a set, letters and digits among them, by their codes.
+constexpr std::array<bool, 256> lettersDigitsAnd(std::string_view others) {
+    std::array<bool, 256> set{};
+    constexpr std::string_view kLettersAndDigits =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    for (const std::string_view characters : {kLettersAndDigits, others}) {
+        for (const char c : characters) {
+            set[static_cast<unsigned char>(c)] = true;
+        }
+    }
+    return set;
 }
 
 // What a path holds without encoding: RFC 3986's pchar and the slash, but neither ";" nor ":",
 // which some readers take for more than a part of a name.
-bool standsInPath(char c) noexcept {
-    return isLetterOrDigit(c) ||
-           std::string_view("-._~!$&'()*+,=@/").find(c) != std::string_view::npos;
-}
-
+constexpr auto kInPath = lettersDigitsAnd("-._~!$&'()*+,=@/");
 // What a URL's text is made of: unreserved, reserved and "%".
-bool standsInURL(char c) noexcept {
-    return isLetterOrDigit(c) ||
-           std::string_view("-._~:/?#[]@!$&'()*+,;=%").find(c) != std::string_view::npos;
+constexpr auto kInURL = lettersDigitsAnd("-._~:/?#[]@!$&'()*+,;=%");
+
+constexpr bool standsIn(const std::array<bool, 256>& set, char c) noexcept {
+    return set[static_cast<unsigned char>(c)];
 }
 
 int hexValue(char c) noexcept {
@@ -46,7 +52,7 @@ std::string percentEncoded(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size());
     for (const char c : bytes) {
-        if (standsInPath(c)) {
+        if (standsIn(kInPath, c)) {
             text.push_back(c);
         } else {
             const auto byte = static_cast<unsigned char>(c);
@@ -59,7 +65,7 @@ std::string percentEncoded(std::string_view bytes) {
 // Nothing but digits may follow a percent sign.
 bool isWellFormed(std::string_view text) noexcept {
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!standsInURL(text[i])) {
+        if (!standsIn(kInURL, text[i])) {
             return false;
         }
         if (text[i] == '%' &&
@@ -249,6 +255,15 @@ bool URL::isFileURL() const {
 }
 
 RefPtr<String> URL::path() const {
+    auto path = path_.load();
+    if (!path) {
+        path = decodedPath();
+        path_.store(path);
+    }
+    return path;
+}
+
+RefPtr<String> URL::decodedPath() const {
     const Ref<String> whole = absoluteString();
     std::string bytes = percentDecoded(partsOf(whole->ascii()).path);
     if (bytes.empty()) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/Object.h"
+#include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/String.h"
 
 namespace NS {
@@ -39,8 +40,11 @@ class URL final : public Object {
     URL(Ref<String> text, RefPtr<URL> base) noexcept;
 
   private:
+    RefPtr<String> decodedPath() const;
+
     Ref<String> text_;
     RefPtr<URL> base_;
+    mutable AtomicRef<String> path_; // once somebody has asked
 };
 
 } // namespace NS

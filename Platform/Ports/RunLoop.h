@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Object.h"
+#include "Platform/Ports/RunLoopObserver.h"
 #include "Platform/Ports/RunLoopSource.h"
 
 #include <memory>
@@ -30,6 +31,10 @@ class RunLoop final : public Object {
     void removePort_forMode(const Ref<MachPort>& port, RunLoopMode mode);
     void addSource_forMode(const Ref<RunLoopSource>& source, RunLoopMode mode);
     void removeSource_forMode(const Ref<RunLoopSource>& source, RunLoopMode mode);
+
+    // Adding an observer twice is adding it once.
+    void addObserver_forMode(const Ref<RunLoopObserver>& observer, RunLoopMode mode);
+    void removeObserver_forMode(const Ref<RunLoopObserver>& observer, RunLoopMode mode);
 
     // Serves the sources until the date, which may be past: then what is ready now is served once.
     // Returns at the date and not earlier, also when there is nothing to serve.

@@ -4,8 +4,10 @@
 #include "Platform/Ports/SignalSource.h"
 #include "Platform/Ports/Testing/PortFixture.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <functional>
 #include <poll.h>
 #include <thread>
 
@@ -160,6 +162,55 @@ TEST_F(RunLoop, CanBePolledByAForeignLoop) {
     EXPECT_TRUE(loop->serveReady());
     EXPECT_EQ(port.collector->messages.size(), 1U);
     EXPECT_FALSE(isReadable());
+}
+
+class CountingObserver : public NS::RunLoopObserver {
+  public:
+    int calls = 0;
+    std::function<void()> onCall = [] {
+    };
+    void beforeWaiting() override {
+        ++calls;
+        onCall();
+    }
+};
+
+TEST_F(RunLoop, LetsItsObserversLookAfterAllThatWasReady) {
+    TestPort port;
+    ASSERT_TRUE(send(port.port, {"x"}));
+    ASSERT_TRUE(send(port.port, {"y"}));
+    const auto observer = NS::make<CountingObserver>();
+    std::size_t seen = 0;
+    observer->onCall = [&] {
+        seen = std::max(seen, port.collector->messages.size());
+    };
+    loop->addObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    loop->addObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    runFor(0.001);
+    loop->removeObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    EXPECT_EQ(seen, 2U);
+    EXPECT_EQ(observer->referenceCount(), 1U);
+}
+
+TEST_F(RunLoop, LetsItsObserversLookBeforeAForeignLoopWaits) {
+    const auto observer = NS::make<CountingObserver>();
+    loop->addObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    (void)loop->serveReady();
+    EXPECT_EQ(observer->calls, 1);
+    loop->removeObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    (void)loop->serveReady();
+    EXPECT_EQ(observer->calls, 1);
+}
+
+TEST_F(RunLoop, LetsAnObserverTakeItselfAway) {
+    const auto observer = NS::make<CountingObserver>();
+    observer->onCall = [&] {
+        loop->removeObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    };
+    loop->addObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    runFor(0.001);
+    runFor(0.001);
+    EXPECT_EQ(observer->calls, 1);
 }
 
 TEST_F(RunLoop, TellsWhetherASourceWasReadyByTheDate) {

@@ -16,6 +16,8 @@
 namespace NS {
 
 constinit const Class RunLoop::kClass{.name = "NSRunLoop", .superclass = &Object::kClass};
+constinit const Class RunLoopObserver::kClass{.name = "NSRunLoopObserver",
+                                              .superclass = &Object::kClass};
 
 namespace {
 
@@ -87,7 +89,14 @@ class RunLoop::System {
     // turn.
     bool serveOne(int milliseconds) {
         epoll_event event{};
-        if (::epoll_wait(epoll_.get(), &event, 1, milliseconds) != 1) {
+        int ready = observers_.empty() ? 0 : ::epoll_wait(epoll_.get(), &event, 1, 0);
+        if (ready != 1) {
+            if (milliseconds != 0) {
+                notifyObservers();
+            }
+            ready = ::epoll_wait(epoll_.get(), &event, 1, milliseconds);
+        }
+        if (ready != 1) {
             return false;
         }
         const auto found = sources_.find(event.data.fd);
@@ -106,13 +115,32 @@ class RunLoop::System {
         while (served < turns && serveOne(0)) {
             ++served;
         }
+        notifyObservers();
         return served > 0;
+    }
+
+    void add(const Ref<RunLoopObserver>& observer) {
+        if (std::ranges::find(observers_, observer) == observers_.end()) {
+            observers_.push_back(observer);
+        }
+    }
+    void remove(const RunLoopObserver& observer) {
+        std::erase_if(observers_, [&](const auto& other) { return other.get() == &observer; });
     }
 
     std::vector<Ref<MachPort>> ports;
 
   private:
+    // Over a copy: an observer may take itself away.
+    void notifyObservers() {
+        const auto observers = observers_;
+        for (const Ref<RunLoopObserver>& observer : observers) {
+            observer->beforeWaiting();
+        }
+    }
+
     FileDescriptor epoll_;
+    std::vector<Ref<RunLoopObserver>> observers_;
     std::unordered_map<int, Ref<RunLoopSource>> sources_;
 };
 
@@ -153,6 +181,14 @@ void RunLoop::addSource_forMode(const Ref<RunLoopSource>& source, RunLoopMode) {
 
 void RunLoop::removeSource_forMode(const Ref<RunLoopSource>& source, RunLoopMode) {
     system_->remove(*source);
+}
+
+void RunLoop::addObserver_forMode(const Ref<RunLoopObserver>& observer, RunLoopMode) {
+    system_->add(observer);
+}
+
+void RunLoop::removeObserver_forMode(const Ref<RunLoopObserver>& observer, RunLoopMode) {
+    system_->remove(*observer);
 }
 
 bool RunLoop::runMode_beforeDate(RunLoopMode, const Date& date) {
