@@ -67,8 +67,6 @@ bool renameWithoutReplacing(int fromFolder, const std::string& from, int toFolde
     throw Refusal(errno == ENOENT ? "there is no such item" : systemError());
 }
 
-} // namespace
-
 // So many items at once are recorded with one wait for the disk, and hold a descriptor each.
 constexpr std::size_t kBatch = 400;
 

@@ -122,7 +122,8 @@ void TrashRecords::read(std::string_view line) {
     auto origin = percentDecoded(line);
     Record record;
     const char* const end = inode.data() + inode.size();
-    if (kind == "+" && origin && std::from_chars(inode.data(), end, record.inode).ptr == end) {
+    if (kind == "+" && !inode.empty() && origin && origin->starts_with('/') &&
+        std::from_chars(inode.data(), end, record.inode).ptr == end) {
         record.origin = std::move(*origin);
         records_.insert_or_assign(*name, std::move(record));
     }
