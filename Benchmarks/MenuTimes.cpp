@@ -1,7 +1,7 @@
 // How long a file manager waits for menus and commands, over the bus, as percentiles: what a person
 // notices is the slowest of a hundred. Benchmarks give means, so this stands beside them.
 
-#include "Shell/FinderClient.h"
+#include "Shell/Client/FinderClient.h"
 
 #include <CLI/CLI.hpp>
 

@@ -24,6 +24,9 @@ using Message = std::unique_ptr<sd_bus_message, MessageUnref>;
 // What a handler returns when it has answered; zero would have the library look for another one.
 constexpr int kAnswered = 1;
 
+// Items; smaller ones are not worth the time.
+constexpr std::size_t kLargeSelection = 32'768;
+
 int refuse(sd_bus_error* error, const char* name, const char* text) {
     return sd_bus_error_set(error, name, text);
 }
@@ -95,6 +98,7 @@ int FinderBusObject::menu(sd_bus_message* call, sd_bus_error* error) {
     MenuRequest request;
     request.kind = FI::MenuKind{arguments.number()};
     request.selection = arguments.fileURLs();
+    noteSize(request.selection);
     request.target = arguments.fileURLOrNone();
     if (!arguments.error().empty()) {
         return refuseArguments(error, arguments);
@@ -108,6 +112,7 @@ int FinderBusObject::run(sd_bus_message* call, sd_bus_error* error) {
     request.kind = FI::MenuKind{arguments.number()};
     const char* const action = arguments.text();
     request.selection = arguments.fileURLs();
+    noteSize(request.selection);
     request.target = arguments.fileURLOrNone();
     const std::uint64_t deadline = arguments.number();
     if (!arguments.error().empty()) {
@@ -180,6 +185,10 @@ int FinderBusObject::guarded(Handler handler, sd_bus_message* message, sd_bus_er
     } catch (...) {
         return keepRaised(error, "exception of an unknown type");
     }
+}
+
+void FinderBusObject::noteSize(const NS::Array& selection) noexcept {
+    wasLarge_ = wasLarge_ || selection.count() >= kLargeSelection;
 }
 
 int FinderBusObject::keepRaised(sd_bus_error* error, const char* what) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Finder/FinderSync.h"
+#include "Platform/Foundation/Array.h"
 #include "Shell/ObservedFolders.h"
 #include "Shell/PublishedState.h"
 
@@ -33,6 +34,9 @@ class FinderBusObject {
     // Whether a call raised; until then is taken, further calls are refused.
     bool hasRaised() const noexcept { return raised_ != nullptr; }
     std::exception_ptr takeRaised() noexcept { return std::exchange(raised_, nullptr); }
+    // Whether a call since this was asked last had so large a selection that its memory is worth
+    // giving back.
+    bool takeWasLarge() noexcept { return std::exchange(wasLarge_, false); }
 
   private:
     struct Callbacks;
@@ -46,12 +50,14 @@ class FinderBusObject {
     int nameLost(sd_bus_message* signal, sd_bus_error* error);
 
     int guarded(Handler handler, sd_bus_message* message, sd_bus_error* error);
+    void noteSize(const NS::Array& selection) noexcept;
     int keepRaised(sd_bus_error* error, const char* what);
 
     NS::Ref<FI::FinderSync> extension_;
     PublishedState state_;
     ObservedFolders folders_;
     std::exception_ptr raised_;
+    bool wasLarge_ = false;
 };
 
 } // namespace Shell

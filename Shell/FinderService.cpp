@@ -4,6 +4,7 @@
 #include "Shell/FinderBusObject.h"
 #include "Shell/FinderInterface.h"
 #include "Shell/linux/BusConnection.h"
+#include "Shell/linux/UnusedMemory.h"
 
 #include <chrono>
 #include <system_error>
@@ -72,6 +73,9 @@ class FinderService::Server final : public BusConnection::Delegate {
     }
 
     void busServed() override {
+        if (object_.takeWasLarge()) {
+            returnUnusedMemory();
+        }
         if (!object_.hasRaised()) {
             return;
         }

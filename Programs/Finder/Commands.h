@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Programs/Finder/Arguments.h"
-#include "Shell/FinderClient.h"
+#include "Shell/Client/FinderClient.h"
 
 #include <chrono>
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Shell/FinderClient.h"
+#include "Shell/Client/FinderClient.h"
 
 #include <string>
 #include <string_view>

@@ -1,11 +1,14 @@
-// The extension's process: one FinderSync on the main thread, then the run loop until the host, or
-// a signal, ends it.
+// The extension's process: one FinderSync on the main thread, then, for the file managers, its
+// service on the session bus, and the run loop until the host, or a signal, ends it.
 
 #include "Platform/Ports/RunLoop.h"
 #include "Platform/Ports/Termination.h"
 #include "QVFinderExtension/FinderSync.h"
+#include "Shell/FinderService.h"
 
 #include <CLI/CLI.hpp>
+
+#include <vector>
 
 int main(int argc, char** argv) {
     CLI::App options("Gives the file manager the menus of the Quorvane drive.\n"
@@ -16,5 +19,10 @@ int main(int argc, char** argv) {
     NS::removeNamesOnTermination();
     const auto extension = NS::make<FinderSync>();
     extension->init();
+    Shell::FinderService service(extension, [&extension] {
+        return std::vector<NS::RefPtr<NS::Object>>{extension->drivePath(),
+                                                   extension->storageInfo()};
+    });
+    (void)service.start(); // without a bus the host can still end the process, and the log says why
     NS::RunLoop::currentRunLoop()->run();
 }
