@@ -12,12 +12,13 @@ namespace Shell {
 struct Placing {
     enum class Where : char {
         kOutside,
-        kBeside, // outside, but its text begins like a watched folder's
+        kBeside,  // outside, but its text begins like a watched folder's
         kWatched, // a watched folder itself
         kInside,
     };
     Where where = Where::kOutside;
-    // Without symbolic links; of a watched folder and what is in it, begun as the extension spells it.
+    // Without symbolic links; of a watched folder and what is in it, begun as the extension spells
+    // it.
     std::string path;
 };
 
