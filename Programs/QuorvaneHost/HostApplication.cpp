@@ -1,20 +1,67 @@
 #include "Programs/QuorvaneHost/HostApplication.h"
 
+#include "Platform/Foundation/Data.h"
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Ports/MachBootstrapServer.h"
+#include "Programs/QuorvaneHost/HostData.h"
 #include "QVApi/Content/QVUserInfoItem.h"
 #include "QVFinderExtension/QVExtensionActions.h"
 
-namespace {
+#include <algorithm>
+#include <string_view>
 
-constexpr NS::Selector kClientAlive{"clientAlive:"};
-constexpr NS::Selector kUserInfoRequested{"userInfoRequested"};
+namespace {
 
 constexpr NS::Method kMethods[] = {
     NS::method<&HostApplication::clientAlive>("clientAlive:"),
     NS::method<&HostApplication::userInfoRequested>("userInfoRequested"),
+    NS::method<&HostApplication::share>("share:"),
+    NS::method<&HostApplication::showProps>("showProps:"),
+    NS::method<&HostApplication::refreshFolder>("refreshFolder:"),
+    NS::method<&HostApplication::moveToTrash>("moveToTrash:"),
+    NS::method<&HostApplication::restore>("restore:"),
+    NS::method<&HostApplication::remove>("remove:"),
+    NS::method<&HostApplication::emptyTrash>("emptyTrash"),
+    NS::method<&HostApplication::beginObserving>("beginObserving:client:"),
+    NS::method<&HostApplication::endObserving>("endObserving:client:"),
+    NS::method<&HostApplication::clientGone>("clientGone:"),
 };
+
+// What a request calls, and how many components it has beside the action.
+struct Handler {
+    std::string_view action;
+    NS::Selector selector;
+    std::size_t components;
+};
+
+constexpr Handler kHandlers[] = {
+    {QVExtensionAction::kAlive,           {"clientAlive:"},           0},
+    {QVExtensionAction::kRequestUserInfo, {"userInfoRequested"},      0},
+    {QVExtensionAction::kShare,           {"share:"},                 1},
+    {QVExtensionAction::kShowProps,       {"showProps:"},             1},
+    {QVExtensionAction::kRefreshFolder,   {"refreshFolder:"},         1},
+    {QVExtensionAction::kMoveToTrash,     {"moveToTrash:"},           1},
+    {QVExtensionAction::kTrashRestore,    {"restore:"},               1},
+    {QVExtensionAction::kTrashDelete,     {"remove:"},                1},
+    {QVExtensionAction::kEmptyTrash,      {"emptyTrash"},             0},
+    {QVExtensionAction::kBeginObserving,  {"beginObserving:client:"}, 1},
+    {QVExtensionAction::kEndObserving,    {"endObserving:client:"},   1},
+};
+
+const Handler* handlerOf(const NS::PortMessage& message) {
+    const auto action = NS::as<NS::Data>(message.components()->firstObject());
+    const auto* const found =
+        action ? std::ranges::find(kHandlers, NS::charactersOf(action->bytes()), &Handler::action)
+               : std::end(kHandlers);
+    return found == std::end(kHandlers) ? nullptr : found;
+}
+
+// How the host tells its clients apart.
+std::string nameOf(const NS::RefPtr<NS::MachPort>& client) {
+    return client ? client->description()->utf8() : std::string();
+}
 
 } // namespace
 
@@ -25,11 +72,13 @@ constinit const NS::Class HostApplication::kClass{
 };
 
 HostApplication::HostApplication(DriveFolder drive, Account account, Journal& journal)
-    : drive_(std::move(drive)), account_(std::move(account)), journal_(journal) {}
+    : drive_(std::move(drive)), account_(std::move(account)), journal_(journal),
+      requests_(drive_.path(), hostDataFolderFor(drive_.path()), journal) {}
 
 HostApplication::~HostApplication() {
     if (server_) {
         server_->port()->setDelegate(nullptr);
+        server_->notificationCenter()->removeObserver(*this);
     }
 }
 
@@ -44,12 +93,18 @@ bool HostApplication::start() {
     if (!found || !found->isEqual(server_->port().get())) {
         return false;
     }
-    const NS::Ref<NS::Object> self(*this);
-    server_->setTarget_selector_for(self, kClientAlive, NS::str(QVExtensionAction::kAlive));
-    server_->setTarget_selector_for(self, kUserInfoRequested,
-                                    NS::str(QVExtensionAction::kRequestUserInfo));
+    handleRequests();
     server_->port()->setDelegate(this);
     return true;
+}
+
+void HostApplication::handleRequests() {
+    const NS::Ref<NS::Object> self(*this);
+    for (const Handler& handler : kHandlers) {
+        server_->setTarget_selector_for(self, handler.selector, NS::str(handler.action));
+    }
+    server_->notificationCenter()->addObserver_selector_name_object(
+        self, {"clientGone:"}, NS::str(kPortInvalidatedNotification), nullptr);
 }
 
 void HostApplication::stop() {
@@ -78,7 +133,68 @@ void HostApplication::userInfoRequested() {
     server_->broadcastUserInfo(info);
 }
 
+void HostApplication::broadcastAccountIf(bool changed) {
+    if (changed) {
+        userInfoRequested();
+    }
+}
+
+void HostApplication::share(NS::RefPtr<NS::Object> path) {
+    requests_.share(path);
+}
+
+void HostApplication::showProps(NS::RefPtr<NS::Object> path) {
+    requests_.showProps(path);
+}
+
+void HostApplication::refreshFolder(NS::RefPtr<NS::Object> path) {
+    requests_.refreshFolder(path);
+}
+
+void HostApplication::moveToTrash(NS::RefPtr<NS::Object> paths) {
+    broadcastAccountIf(requests_.moveToTrash(paths));
+}
+
+void HostApplication::restore(NS::RefPtr<NS::Object> paths) {
+    broadcastAccountIf(requests_.restore(paths));
+}
+
+void HostApplication::remove(NS::RefPtr<NS::Object> paths) {
+    broadcastAccountIf(requests_.remove(paths));
+}
+
+void HostApplication::emptyTrash() {
+    broadcastAccountIf(requests_.emptyTrash());
+}
+
+void HostApplication::beginObserving(NS::RefPtr<NS::Object> path, NS::RefPtr<NS::MachPort> client) {
+    requests_.beginObserving(path, nameOf(client));
+}
+
+void HostApplication::endObserving(NS::RefPtr<NS::Object> path, NS::RefPtr<NS::MachPort> client) {
+    requests_.endObserving(path, nameOf(client));
+}
+
+void HostApplication::clientGone(NS::RefPtr<NS::Notification> notification) {
+    requests_.clientGone(notification->object()->description()->utf8());
+}
+
 void HostApplication::handlePortMessage(const NS::Ref<NS::PortMessage>& message) {
     journal_.note(*message);
-    server_->handlePortMessage(message);
+    const Handler* const handler = handlerOf(*message);
+    if (handler == nullptr) {
+        return;
+    }
+    // A handler keeps its last arguments: with a component missing it would do again what it did.
+    if (message->components()->count() != handler->components + 1) {
+        journal_.noteRefused(handler->action, nullptr, "not as many components as the action has");
+        journal_.flush();
+        return;
+    }
+    try {
+        server_->handlePortMessage(message);
+    } catch (const NS::Exception& exception) {
+        journal_.noteRefused(handler->action, nullptr, exception.what());
+        journal_.flush();
+    }
 }

@@ -2,6 +2,7 @@
 
 #include "Platform/Ports/MachPort.h"
 #include "Programs/QuorvaneHost/DriveFolder.h"
+#include "Programs/QuorvaneHost/DriveRequests.h"
 #include "Programs/QuorvaneHost/Journal.h"
 #include "QVFinderExtension/QVExtensionCommsServer.h"
 
@@ -18,7 +19,8 @@ class HostApplication final : public NS::MachPortDelegate {
         std::int64_t quotaMebibytes = 5120;
     };
 
-    // The journal outlives the application.
+    // The journal outlives the application. Throws Refusal when the drive or the folder for what
+    // the host remembers of it cannot be used.
     HostApplication(DriveFolder drive, Account account, Journal& journal);
     ~HostApplication() override;
 
@@ -32,12 +34,31 @@ class HostApplication final : public NS::MachPortDelegate {
     void clientAlive(NS::RefPtr<NS::MachPort> client);
     void userInfoRequested();
 
-    // Stands before the server on its port, so that the journal sees each request with its client.
+    // Handlers of the other requests, as DriveRequests does them. After a change the account record
+    // goes to everybody.
+    void share(NS::RefPtr<NS::Object> path);
+    void showProps(NS::RefPtr<NS::Object> path);
+    void refreshFolder(NS::RefPtr<NS::Object> path);
+    void moveToTrash(NS::RefPtr<NS::Object> paths);
+    void restore(NS::RefPtr<NS::Object> paths);
+    void remove(NS::RefPtr<NS::Object> paths);
+    void emptyTrash();
+    void beginObserving(NS::RefPtr<NS::Object> path, NS::RefPtr<NS::MachPort> client);
+    void endObserving(NS::RefPtr<NS::Object> path, NS::RefPtr<NS::MachPort> client);
+    // What the server posts about a client whose process is gone.
+    void clientGone(NS::RefPtr<NS::Notification> notification);
+
+    // Stands before the server on its port: the journal sees each request with its client, and one
+    // that is not as the link has it is refused there.
     void handlePortMessage(const NS::Ref<NS::PortMessage>& message) override;
 
   private:
+    void handleRequests();
+    void broadcastAccountIf(bool changed);
+
     DriveFolder drive_;
     Account account_;
     Journal& journal_;
+    DriveRequests requests_;
     NS::RefPtr<QVExtensionCommsServer> server_;
 };

@@ -48,5 +48,27 @@ void Journal::note(const NS::PortMessage& message) {
         {"payload", std::move(payload)                                   },
         {"client",  client ? Json(client->description()->utf8()) : Json()}
     };
-    out_ << line.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+    write(line);
+    flush();
+}
+
+void Journal::noteDone(std::string_view action, const Json& path, const Json& members) {
+    Json line = {
+        {"done", action},
+        {"path", path  }
+    };
+    line.update(members);
+    write(line);
+}
+
+void Journal::noteRefused(std::string_view action, const Json& path, std::string_view reason) {
+    write({
+        {"refused", action},
+        {"path",    path  },
+        {"reason",  reason}
+    });
+}
+
+void Journal::write(const Json& line) {
+    out_ << line.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }

@@ -76,12 +76,16 @@ int main(int argc, char** argv) {
         return fail("the drive \"" + options.drive +
                     "\" is not a folder that can be read: " + error.code().message());
     }
-    if (options.journal.empty()) {
-        return serve(std::move(*drive), options, std::cout);
+    std::ofstream journal;
+    if (!options.journal.empty()) {
+        journal.open(options.journal, std::ios::app);
+        if (!journal) {
+            return fail("the journal \"" + options.journal + "\" cannot be written");
+        }
     }
-    std::ofstream journal(options.journal, std::ios::app);
-    if (!journal) {
-        return fail("the journal \"" + options.journal + "\" cannot be written");
+    try {
+        return serve(std::move(*drive), options, options.journal.empty() ? std::cout : journal);
+    } catch (const Refusal& refusal) {
+        return fail(refusal.what());
     }
-    return serve(std::move(*drive), options, journal);
 }

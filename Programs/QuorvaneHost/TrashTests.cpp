@@ -1,0 +1,310 @@
+#include "Programs/QuorvaneHost/Trash.h"
+
+#include "Tests/Support/PrivateFolders.h"
+#include "Tests/Support/Process.h"
+
+#include <csignal>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class TrashTest : public Tests::FolderTest {
+  protected:
+    TrashTest() { fs::create_directories(drive); }
+
+    void makeFile(const std::string& path) const {
+        const fs::path file = drive.string() + path;
+        fs::create_directories(file.parent_path());
+        std::ofstream(file) << path;
+    }
+    bool isThere(const std::string& path) const {
+        return fs::symlink_status(drive.string() + path).type() != fs::file_type::not_found;
+    }
+    std::string contents(const std::string& path) const {
+        return Tests::contentsOf(drive.string() + path);
+    }
+    // What an operation on one item comes to: where it is, or why it was refused.
+    static std::string outcome(const Trash::Results& results) {
+        return results.front().reason.empty() ? results.front().to : results.front().reason;
+    }
+    Trash open(Trash::Step step = [] {}) const { return {tree, records, std::move(step)}; }
+
+    fs::path drive = folders.root() / "drive";
+    std::string records = (folders.root() / "trash.log").string();
+    DriveTree tree = [this] {
+        fs::create_directories(drive);
+        return DriveTree(drive.string());
+    }();
+};
+
+TEST_F(TrashTest, TakesAnItemAndGivesItBack) {
+    makeFile("/Docs/a.txt");
+    EXPECT_EQ(outcome(open().moveIn({"/Docs/a.txt"})), "/Trash/a.txt");
+    EXPECT_FALSE(isThere("/Docs/a.txt"));
+    EXPECT_EQ(contents("/Trash/a.txt"), "/Docs/a.txt");
+    EXPECT_EQ(outcome(open().restore({"/Trash/a.txt"})), "/Docs/a.txt");
+    EXPECT_EQ(contents("/Docs/a.txt"), "/Docs/a.txt");
+    EXPECT_FALSE(isThere("/Trash/a.txt"));
+}
+
+TEST_F(TrashTest, KeepsItemsOfOneNameApart) {
+    makeFile("/a/x.txt");
+    makeFile("/b/x.txt");
+    Trash trash = open();
+    const auto results = trash.moveIn({"/a/x.txt", "/b/x.txt"});
+    EXPECT_EQ(results[0].to, "/Trash/x.txt");
+    EXPECT_EQ(results[1].to, "/Trash/x 2.txt");
+    EXPECT_EQ(outcome(trash.restore({"/Trash/x 2.txt"})), "/b/x.txt");
+    EXPECT_EQ(contents("/b/x.txt"), "/b/x.txt");
+}
+
+TEST_F(TrashTest, KeepsWhatHasTakenAnItemsPlace) {
+    makeFile("/a.txt");
+    Trash trash = open();
+    (void)trash.moveIn({"/a.txt"});
+    std::ofstream(drive / "a.txt") << "new";
+    EXPECT_EQ(outcome(trash.restore({"/Trash/a.txt"})), "/a 2.txt");
+    EXPECT_EQ(contents("/a.txt"), "new");
+    EXPECT_EQ(contents("/a 2.txt"), "/a.txt");
+}
+
+TEST_F(TrashTest, MakesFoldersAgainThatAreGone) {
+    makeFile("/a/b/c.txt");
+    Trash trash = open();
+    (void)trash.moveIn({"/a/b/c.txt"});
+    fs::remove_all(drive / "a");
+    EXPECT_EQ(outcome(trash.restore({"/Trash/c.txt"})), "/a/b/c.txt");
+}
+
+TEST_F(TrashTest, GivesBackPartOfAFolder) {
+    makeFile("/folder/inner/a.txt");
+    makeFile("/folder/b.txt");
+    Trash trash = open();
+    (void)trash.moveIn({"/folder"});
+    EXPECT_EQ(outcome(trash.restore({"/Trash/folder/inner/a.txt"})), "/folder/inner/a.txt");
+    EXPECT_TRUE(isThere("/Trash/folder/b.txt"));
+    EXPECT_EQ(outcome(trash.restore({"/Trash/folder/b.txt"})), "/folder/b.txt");
+}
+
+TEST_F(TrashTest, MovesALinkAndNotWhatItLeadsTo) {
+    makeFile("/a.txt");
+    fs::create_symlink("a.txt", drive / "link");
+    EXPECT_EQ(outcome(open().moveIn({"/link"})), "/Trash/link");
+    EXPECT_TRUE(isThere("/a.txt"));
+    EXPECT_TRUE(fs::is_symlink(drive / "Trash/link"));
+}
+
+TEST_F(TrashTest, RemembersTheRealFolderOfAnItemBehindALink) {
+    makeFile("/Docs/a.txt");
+    fs::create_directory_symlink("Docs", drive / "link");
+    Trash trash = open();
+    (void)trash.moveIn({"/link/a.txt"});
+    fs::remove(drive / "link");
+    EXPECT_EQ(outcome(trash.restore({"/Trash/a.txt"})), "/Docs/a.txt");
+}
+
+TEST_F(TrashTest, RefusesFoldersThatStay) {
+    fs::create_directories(drive / "Shared Folders");
+    for (const char* const path : {"/", "/Trash", "/Trash/", "/Shared Folders", "//./Trash"}) {
+        EXPECT_EQ(outcome(open().moveIn({path})), "this folder stays where it is") << path;
+    }
+}
+
+TEST_F(TrashTest, RefusesWhatItHasAlready) {
+    makeFile("/Trash/a");
+    fs::create_directory_symlink("Trash", drive / "link");
+    EXPECT_EQ(outcome(open().moveIn({"/Trash/a"})), "it is in the Trash already");
+    EXPECT_EQ(outcome(open().moveIn({"/link/a"})), "it is in the Trash already");
+}
+
+TEST_F(TrashTest, RefusesWhatIsNotThere) {
+    EXPECT_EQ(outcome(open().moveIn({"/missing"})), "there is no such item");
+    EXPECT_EQ(outcome(open().restore({"/Trash/missing"})), "there is no such item");
+    EXPECT_EQ(outcome(open().remove({"/Trash/missing"})), "there is no such item");
+}
+
+TEST_F(TrashTest, GoesOnAfterAnItemThatIsRefused) {
+    makeFile("/a");
+    const auto results = open().moveIn({"/missing", "/a", "relative"});
+    EXPECT_EQ(results[1].to, "/Trash/a");
+    EXPECT_FALSE(results[0].reason.empty());
+    EXPECT_FALSE(results[2].reason.empty());
+}
+
+TEST_F(TrashTest, RefusesToGiveBackWhatItDoesNotKnow) {
+    makeFile("/Trash/stray");
+    makeFile("/a");
+    EXPECT_EQ(outcome(open().restore({"/Trash/stray"})), "it is not known where it was");
+    EXPECT_EQ(outcome(open().restore({"/a"})), "not in the Trash");
+    EXPECT_EQ(outcome(open().restore({"/Trash"})), "not in the Trash");
+}
+
+TEST_F(TrashTest, DoesNotTakeAnotherItemOfTheNameForTheOneThatItKnows) {
+    makeFile("/a");
+    Trash trash = open();
+    (void)trash.moveIn({"/a"});
+    fs::rename(drive / "Trash/a", drive / "elsewhere"); // keeps its inode busy
+    makeFile("/Trash/a");
+    EXPECT_EQ(outcome(trash.restore({"/Trash/a"})), "it is not known where it was");
+}
+
+TEST_F(TrashTest, RemovesFromItselfOnly) {
+    makeFile("/a");
+    makeFile("/Trash/b/c");
+    EXPECT_EQ(outcome(open().remove({"/a"})), "not in the Trash");
+    EXPECT_EQ(outcome(open().remove({"/Trash"})), "not in the Trash");
+    EXPECT_EQ(outcome(open().remove({"/Trash/b"})), "");
+    EXPECT_TRUE(isThere("/a"));
+    EXPECT_FALSE(isThere("/Trash/b"));
+}
+
+TEST_F(TrashTest, RemovesALinkAndNotWhatItLeadsTo) {
+    makeFile("/a/b");
+    fs::create_directories(drive / "Trash");
+    fs::create_directory_symlink("../a", drive / "Trash/link");
+    EXPECT_EQ(outcome(open().remove({"/Trash/link"})), "");
+    EXPECT_TRUE(isThere("/a/b"));
+    EXPECT_FALSE(isThere("/Trash/link"));
+}
+
+TEST_F(TrashTest, IsEmptiedWhole) {
+    makeFile("/Trash/a/b/c");
+    makeFile("/Trash/d");
+    EXPECT_EQ(open().empty().size(), 2U);
+    EXPECT_TRUE(fs::is_empty(drive / "Trash"));
+}
+
+TEST_F(TrashTest, IsMadeWhenItIsMissing) {
+    EXPECT_TRUE(open().empty().empty());
+    EXPECT_TRUE(fs::is_directory(drive / "Trash"));
+}
+
+TEST_F(TrashTest, IsRefusedWhereItIsNoFolder) {
+    fs::create_directories(folders.root() / "outside");
+    fs::create_directory_symlink(folders.root() / "outside", drive / "Trash");
+    makeFile("/a");
+    EXPECT_THROW((void)open().moveIn({"/a"}), Refusal);
+    EXPECT_THROW((void)open().empty(), Refusal);
+    EXPECT_TRUE(isThere("/a"));
+}
+
+TEST_F(TrashTest, TakesLongNamesThatCollide) {
+    const std::string name(255, 'n');
+    makeFile("/a/" + name);
+    makeFile("/b/" + name);
+    const auto results = open().moveIn({"/a/" + name, "/b/" + name});
+    EXPECT_EQ(results[1].to, "/Trash/" + name.substr(2) + " 2");
+}
+
+TEST_F(TrashTest, TakesMoreItemsThanAProcessMayOpenFiles) {
+    std::vector<std::string> paths;
+    std::vector<std::string> trashed;
+    for (int i = 0; i < 3'000; ++i) {
+        paths.push_back("/many/" + std::to_string(i));
+        trashed.push_back("/Trash/" + std::to_string(i));
+        makeFile(paths.back());
+    }
+    Trash trash = open();
+    (void)trash.moveIn(paths);
+    EXPECT_TRUE(fs::is_empty(drive / "many"));
+    (void)trash.restore(trashed);
+    EXPECT_TRUE(fs::is_empty(drive / "Trash"));
+    EXPECT_EQ(contents("/many/2999"), "/many/2999");
+}
+
+// Ends a process of its own at the n-th step of what it does, for every n that there is.
+class KilledTrash : public TrashTest {
+  protected:
+    using Work = void (*)(Trash& trash);
+
+    void makeFiles() const {
+        for (const auto& [path, trashed] : files) {
+            makeFile(path);
+        }
+    }
+    // False when the work came to its end before the step.
+    bool killAt(int step, Work work) const {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            int steps = 0;
+            Trash trash = open([&] {
+                if (steps++ == step) {
+                    (void)::kill(::getpid(), SIGKILL);
+                }
+            });
+            work(trash);
+            ::_exit(0);
+        }
+        int status = 0;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        return WIFSIGNALED(status);
+    }
+    // Every file is at its origin, or in the Trash from where it comes back.
+    void expectNothingLost() const {
+        Trash trash = open();
+        for (const auto& [path, trashed] : files) {
+            if (!isThere(path)) {
+                ASSERT_TRUE(isThere(trashed)) << path;
+                EXPECT_EQ(outcome(trash.restore({trashed})), path);
+            } else {
+                EXPECT_FALSE(isThere(trashed)) << path;
+            }
+            EXPECT_EQ(contents(path), path);
+        }
+    }
+    static void moveAll(Trash& trash) { (void)trash.moveIn({"/a", "/Docs/b", "/Docs/c"}); }
+    static void restoreAll(Trash& trash) {
+        (void)trash.restore({"/Trash/a", "/Trash/b", "/Trash/c"});
+    }
+
+    const std::map<std::string, std::string> files{
+        {"/a",      "/Trash/a"},
+        {"/Docs/b", "/Trash/b"},
+        {"/Docs/c", "/Trash/c"}
+    };
+};
+
+TEST_F(KilledTrash, LosesNothingOnTheWayIn) {
+    makeFiles();
+    int steps = 0;
+    while (killAt(steps, &moveAll)) {
+        expectNothingLost();
+        ++steps;
+    }
+    EXPECT_GT(steps, 3);
+}
+
+TEST_F(KilledTrash, LosesNothingOnTheWayBack) {
+    int steps = 0;
+    for (bool killed = true; killed; ++steps) {
+        makeFiles();
+        Trash trash = open();
+        moveAll(trash);
+        killed = killAt(steps, &restoreAll);
+        expectNothingLost();
+    }
+    EXPECT_GT(steps, 6);
+}
+
+TEST_F(KilledTrash, LosesNothingElseWhenItIsEmptied) {
+    int steps = 0;
+    for (bool killed = true; killed; ++steps) {
+        makeFiles();
+        Trash trash = open();
+        moveAll(trash);
+        makeFile("/kept");
+        killed = killAt(steps, [](Trash& t) { (void)t.remove({"/Trash/a", "/Trash/b"}); });
+        EXPECT_TRUE(isThere("/kept"));
+        EXPECT_EQ(outcome(open().restore({"/Trash/c"})), "/Docs/c");
+        (void)open().empty();
+    }
+    EXPECT_GT(steps, 2);
+}
+
+} // namespace
