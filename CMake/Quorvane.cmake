@@ -1,6 +1,7 @@
 # What every target of the tree has in common.
 
 option(QUORVANE_TESTS "Build the tests" ON)
+option(QUORVANE_BENCHMARKS "Build the benchmarks, which need libbenchmark-dev" OFF)
 set(QUORVANE_SANITIZE "" CACHE STRING "Sanitisers to build with: a value of -fsanitize")
 
 set(CMAKE_CXX_STANDARD 20)

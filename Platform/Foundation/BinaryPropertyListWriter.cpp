@@ -22,6 +22,11 @@ unsigned sizeExponent(std::uint64_t value) noexcept {
     return static_cast<unsigned>(std::bit_width(BigEndian::widthOf(value) - 1));
 }
 
+// The fewest bytes for the number that are also those of an integer of a machine.
+unsigned machineWidthOf(std::uint64_t value) noexcept {
+    return std::bit_ceil(BigEndian::widthOf(value));
+}
+
 std::byte* putInteger(std::byte* out, std::uint64_t value) noexcept {
     const unsigned exponent = sizeExponent(value);
     *out = static_cast<std::byte>(0x10U | exponent);
@@ -151,7 +156,7 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addString(const St
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addUid(std::uint64_t value) {
-    const unsigned width = BigEndian::widthOf(value);
+    const unsigned width = machineWidthOf(value);
     std::byte* const out = begin(1 + width);
     *out = static_cast<std::byte>(0x80U | (width - 1));
     BigEndian::store(out + 1, value, width);
@@ -185,10 +190,10 @@ std::uint64_t BinaryPropertyListWriter::endOf(Reference object) const noexcept {
 // merely the largest reference and the last object's offset.
 BinaryPropertyListWriter::Layout BinaryPropertyListWriter::layout() const {
     Layout layout{};
-    layout.referenceWidth = BigEndian::widthOf(offsets_.size());
+    layout.referenceWidth = machineWidthOf(offsets_.size());
     layout.tableOffset = kMagic.size() + tape_.size() - referenceCount_ * kTapeReference +
                          referenceCount_ * layout.referenceWidth;
-    layout.offsetWidth = BigEndian::widthOf(layout.tableOffset);
+    layout.offsetWidth = machineWidthOf(layout.tableOffset);
     return layout;
 }
 

@@ -15,7 +15,7 @@ class Number;
 
 // Puts a binary property list ("bplist00") together, an object at a time. Objects are added before
 // the collections that hold them, and each is written once, where it was added: equal objects stay
-// two. Widths are the smallest that readers accept.
+// two. Offsets, references and UIDs take 1, 2, 4 or 8 bytes, since some readers know no others.
 class BinaryPropertyListWriter {
   public:
     // An object that was added, by its number; the first one has the number 0.

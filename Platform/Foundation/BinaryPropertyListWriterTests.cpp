@@ -94,8 +94,11 @@ TEST_F(BinaryPropertyListWriter, WritesDatesDataAndUids) {
     list.addData(NS::bytesOf("\0x"s));
     EXPECT_EQ(object(), "\x42\0x"s);
     list = NS::BinaryPropertyListWriter();
+    list.addUid(0x100);
+    EXPECT_EQ(object(), "\x81\x01\x00"s);
+    list = NS::BinaryPropertyListWriter();
     list.addUid(0x10000);
-    EXPECT_EQ(object(), "\x82\x01\x00\x00"s);
+    EXPECT_EQ(object(), "\x83\x00\x01\x00\x00"s);
 }
 
 TEST_F(BinaryPropertyListWriter, WritesEqualObjectsTwice) {
@@ -116,7 +119,7 @@ TEST_F(BinaryPropertyListWriter, WidensReferencesAndOffsetsInTime) {
         const char* reason = nullptr;
         const auto reader = NS::BinaryPropertyListReader::open(bytes, reason).value();
         const unsigned referenceWidth = std::to_integer<unsigned>(bytes[bytes.size() - 25]);
-        EXPECT_EQ(referenceWidth, count + 1 < 256 ? 1U : (count + 1 < 65536 ? 2U : 3U)) << count;
+        EXPECT_EQ(referenceWidth, count + 1 < 256 ? 1U : (count + 1 < 65536 ? 2U : 4U)) << count;
         const auto array = reader.item(reader.topObject());
         ASSERT_EQ(array.count, count);
         for (std::size_t i = 0; i < count; ++i) {

@@ -12,6 +12,7 @@
 #include "Platform/Foundation/Testing/ArchivedRecords.h"
 #include "Platform/Foundation/Testing/HandMadeArchive.h"
 #include "Platform/Foundation/Testing/HandWrittenList.h"
+#include "Platform/Foundation/Testing/ListXML.h"
 #include "Platform/Foundation/Testing/RaisedException.h"
 #include "Platform/Foundation/URL.h"
 
@@ -127,6 +128,38 @@ TEST_F(HostileArchive, MutableDataThatShareLongBytesAreRefused) {
                                                         {"NS.data", data}
         }));
     }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), entries)),
+              NS::kInvalidArgumentException);
+}
+
+TEST_F(HostileArchive, MutableDataThatShareAnEntryAreRefused) {
+    const auto entry =
+        archive.uid(archive.add(archive.list.addData(NS::bytesOf(std::string(100'000, 'x')))));
+    const auto record = archive.addClass("NSMutableData");
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10000; ++i) {
+        entries.push_back(archive.addRecord(record, {
+                                                        {"NS.data", entry}
+        }));
+    }
+    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), entries)),
+              NS::kInvalidArgumentException);
+}
+
+// The hint that is known comes last, for each class anew.
+TEST_F(HostileArchive, ClassesThatShareTheirHintsAreRefused) {
+    std::vector<HandMade::Reference> names(100'000, archive.list.addAscii("NoSuchHint"));
+    names.push_back(archive.list.addAscii("NSNull"));
+    const auto hints = archive.list.addArray(names);
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10'000; ++i) {
+        const auto record = archive.add(archive.dictionary({
+            {"$classname",  archive.list.addAscii("NoSuchClass")},
+            {"$classhints", hints                               }
+        }));
+        entries.push_back(archive.addRecord(record, {}));
+    }
+    EXPECT_EQ(outcome(entries.front()), "none");
     EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSArray"), entries)),
               NS::kInvalidArgumentException);
 }
@@ -309,6 +342,26 @@ TEST_F(HostileArchive, TextsThatOverlapAreRefused) {
     EXPECT_EQ(reason->utf8(), "texts or data that overlap");
 }
 
+// In XML each reference takes fifty characters; what comes of them is a list of one object.
+TEST_F(HostileArchive, AMillionReferencesInXMLAreOneObject) {
+    constexpr std::string_view kUid = "<dict><key>CF$UID</key><integer>1</integer></dict>";
+    std::string xml =
+        "<plist><dict><key>$version</key><integer>100000</integer><key>$archiver</key>"
+        "<string>NSKeyedArchiver</string><key>$top</key><dict><key>root</key><dict>"
+        "<key>CF$UID</key><integer>2</integer></dict></dict><key>$objects</key>"
+        "<array><string>$null</string><string>one</string><dict><key>$class</key>"
+        "<dict><key>CF$UID</key><integer>3</integer></dict><key>NS.objects</key><array>";
+    for (int i = 0; i < 1'000'000; ++i) {
+        xml += kUid;
+    }
+    xml +=
+        "</array></dict><dict><key>$classname</key><string>NSArray</string></dict></array></dict>"
+        "</plist>";
+    const auto array = as<NS::Array>(unarchive(*NS::Data::dataWithBytes(NS::bytesOf(xml))));
+    ASSERT_EQ(array->count(), 1'000'000U);
+    EXPECT_EQ(array->objectAtIndex(0), array->objectAtIndex(999'999));
+}
+
 // A small archive of everything, to be damaged.
 NS::Ref<NS::Data> sampleArchive() {
     const auto shared = NS::str("shared");
@@ -347,19 +400,65 @@ void decodeDamaged(std::string_view bytes) {
     EXPECT_TRUE(NS::propertyListWithData(*data, reason) || reason);
 }
 
-TEST(DamagedArchive, IsReadOrRefusedWhereverItIsCutOff) {
-    const auto sample = sampleArchive();
-    const std::string whole(NS::charactersOf(sample->bytes()));
-    for (std::size_t length = 0; length < whole.size(); ++length) {
-        decodeDamaged(whole.substr(0, length));
-        // The same with the trailer that belongs to the whole.
-        decodeDamaged(whole.substr(0, length) + whole.substr(whole.size() - 32));
+// Collections and a record that hold each other, and a text of which no other reader could tell
+// what it is.
+NS::Ref<NS::Data> circularArchive() {
+    const auto record = NS::make<Tests::ArchivedRecord>();
+    const auto array =
+        NS::Array::arrayWithObjects({record, NS::String::fromUtf16(u"\xD800"), record});
+    record->setFirst(array);
+    const auto archive = NS::KeyedArchiver::archivedDataWithRootObject(record);
+    record->setFirst(nullptr);
+    return archive;
+}
+
+// The same without the text, which XML does not hold.
+NS::Ref<NS::Data> circularArchiveOfPlainTexts() {
+    const auto record = NS::make<Tests::ArchivedRecord>();
+    record->setFirst(NS::Array::arrayWithObjects({record, NS::str("<caf\xC3\xA9>")}));
+    record->setSecond(NS::make<NS::MutableData>(NS::bytesOf("data")));
+    const auto archive = NS::KeyedArchiver::archivedDataWithRootObject(record);
+    record->setFirst(nullptr);
+    return archive;
+}
+
+// More objects than one byte tells apart.
+NS::Ref<NS::Data> wideArchive() {
+    std::vector<NS::Ref<NS::Object>> flags;
+    for (int i = 0; i < 130; ++i) {
+        flags.push_back(NS::Number::numberWithInt(i));
+    }
+    return NS::KeyedArchiver::archivedDataWithRootObject(NS::make<NS::Array>(std::move(flags)));
+}
+
+std::vector<std::string> samples() {
+    std::vector<std::string> all{Tests::ListXML(*sampleArchive()).text()};
+    for (const auto& archive : {sampleArchive(), circularArchive(), wideArchive()}) {
+        all.emplace_back(NS::charactersOf(archive->bytes()));
+    }
+    return all;
+}
+
+TEST(DamagedArchive, IsReadWhenItIsNot) {
+    for (const std::string& whole : samples()) {
+        const auto data = NS::Data::dataWithBytes(NS::bytesOf(whole));
+        NS::RefPtr<NS::Object> root;
+        WITHOUT_LEAK_CHECK(root = NS::KeyedUnarchiver::unarchiveObjectWithData(*data));
+        EXPECT_TRUE(root);
     }
 }
 
-TEST(DamagedArchive, IsReadOrRefusedWhicheverBitIsFlipped) {
-    const auto sample = sampleArchive();
-    std::string bytes(NS::charactersOf(sample->bytes()));
+TEST(DamagedArchive, IsReadOrRefusedWhereverItIsCutOff) {
+    for (const std::string& whole : samples()) {
+        for (std::size_t length = 0; length < whole.size(); ++length) {
+            decodeDamaged(whole.substr(0, length));
+            // The same with the trailer that belongs to the whole.
+            decodeDamaged(whole.substr(0, length) + whole.substr(whole.size() - 32));
+        }
+    }
+}
+
+void decodeWithEachBitFlipped(std::string bytes) {
     for (char& byte : bytes) {
         const char before = byte;
         for (unsigned bit = 0; bit < 8; ++bit) {
@@ -369,6 +468,37 @@ TEST(DamagedArchive, IsReadOrRefusedWhicheverBitIsFlipped) {
         byte = static_cast<char>(~static_cast<unsigned char>(before));
         decodeDamaged(bytes);
         byte = before;
+    }
+}
+
+TEST(DamagedArchive, IsReadOrRefusedWhicheverBitIsFlipped) {
+    for (const auto& archive : {sampleArchive(), circularArchive()}) {
+        decodeWithEachBitFlipped(std::string(NS::charactersOf(archive->bytes())));
+    }
+}
+
+TEST(DamagedArchive, IsReadOrRefusedWhicheverBitOfWideOffsetsIsFlipped) {
+    decodeWithEachBitFlipped(std::string(NS::charactersOf(wideArchive()->bytes())));
+}
+
+TEST(DamagedArchive, IsReadOrRefusedWhicheverBitOfXMLIsFlipped) {
+    decodeWithEachBitFlipped(Tests::ListXML(*circularArchiveOfPlainTexts()).text());
+}
+
+// The smallest and the largest numbers in each field of the trailer.
+TEST(DamagedArchive, IsReadOrRefusedWhateverItsTrailerSays) {
+    const auto sample = sampleArchive();
+    const std::string whole(NS::charactersOf(sample->bytes()));
+    const std::size_t trailer = whole.size() - 32;
+    for (std::size_t field = 8; field < 32; field += 8) {
+        for (const std::uint64_t value :
+             {std::uint64_t{0}, std::uint64_t{1}, std::uint64_t{whole.size()},
+              std::uint64_t{1} << 31U, std::uint64_t{1} << 32U, std::uint64_t{1} << 61U,
+              std::uint64_t{1} << 63U, ~std::uint64_t{0}}) {
+            std::string bytes = whole;
+            bytes.replace(trailer + field, 8, Tests::HandWrittenList::bigEndian(value, 8));
+            decodeDamaged(bytes);
+        }
     }
 }
 

@@ -21,5 +21,7 @@ inline constexpr std::string_view kClassKey = "$class";
 // In the dictionary of a class.
 inline constexpr std::string_view kClassName = "$classname";
 inline constexpr std::string_view kClasses = "$classes";
+// Names of classes that can stand in for one that is not known.
+inline constexpr std::string_view kClassHints = "$classhints";
 
 } // namespace NS::KeyedArchiveNames

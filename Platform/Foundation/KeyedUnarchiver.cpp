@@ -11,6 +11,7 @@
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/Utf8.h"
+#include "Platform/Foundation/XMLPropertyList.h"
 
 #include <algorithm>
 
@@ -52,6 +53,14 @@ Ref<String> quoted(std::string_view name) {
     raiseInvalid(stringWithFormat("cannot decode object of class (%@); the class may be defined in "
                                   "a library that is not linked",
                                   quoted(name)));
+}
+
+// The class of a name when objects of it can be read from archives, or null.
+const Class* decodableClassNamed(const String& name) {
+    const Class* const known = classNamed(name.utf8());
+    const bool isDecodable = known != nullptr && (valueDecoderFor(*known) != nullptr ||
+                                                  known->createForCoder != nullptr);
+    return isDecodable ? known : nullptr;
 }
 
 BinaryPropertyListReader openList(Bytes bytes) {
@@ -131,7 +140,19 @@ class KeyedUnarchiver::Nesting {
 };
 
 RefPtr<Object> KeyedUnarchiver::unarchiveObjectWithData(const Data& data) {
-    KeyedUnarchiver coder(data.bytes());
+    if (!isXMLPropertyList(data.bytes())) {
+        return unarchive(data.bytes());
+    }
+    std::string reason;
+    const auto list = binaryListOfXML(data.bytes(), reason);
+    if (!list) {
+        raiseIncomprehensible(reason.c_str());
+    }
+    return unarchive(*list);
+}
+
+RefPtr<Object> KeyedUnarchiver::unarchive(Bytes list) {
+    KeyedUnarchiver coder(list);
     try {
         return coder.decodeRoot();
     } catch (...) {
@@ -166,6 +187,9 @@ RefPtr<Object> KeyedUnarchiver::decodeRoot() {
 // still held here, so that nothing is released from within anything else.
 void KeyedUnarchiver::breakCycles() {
     for (const Made& made : made_) {
+        if (!made.object) {
+            continue;
+        }
         Object& object = *made.object;
         if (object.isKindOfClass(Array::kClass)) {
             static_cast<Array&>(object).objects_.clear();
@@ -235,6 +259,9 @@ std::size_t KeyedUnarchiver::makeObject(std::uint64_t uid) {
     const Item item = list_.item(number);
     if (item.kind == Kind::kDictionary) {
         return makeRecord(uid, item);
+    }
+    if (isText(item, kNull)) {
+        return note(uid, nullptr, true); // nil has this name at any UID
     }
     const char* reason = nullptr;
     RefPtr<Object> value = values_.value(item, number, reason);
@@ -335,15 +362,32 @@ KeyedUnarchiver::ArchivedClass KeyedUnarchiver::readClass(std::uint64_t uid) {
     if (!name) {
         raiseIncomprehensible(reason);
     }
-    const Class* const known = classNamed(name->utf8());
+    const Class* known = decodableClassNamed(*name);
+    if (known == nullptr) {
+        known = hintedClass(memberOf(record, kClassHints));
+    }
     if (known == nullptr) {
         raiseUnknownClass(*name);
     }
-    const ValueDecoder decode = valueDecoderFor(*known);
-    if (decode == nullptr && known->createForCoder == nullptr) {
-        raiseUnknownClass(*name);
+    return {known, valueDecoderFor(*known), {}};
+}
+
+// The first class that is known of those that the archive names in another's stead; its chain of
+// superclasses is no such list: what a subclass adds would be lost unnoticed.
+const Class* KeyedUnarchiver::hintedClass(const Member& hints) {
+    if (hints.item.kind != Kind::kArray) {
+        return nullptr;
     }
-    return {known, decode, {}};
+    spendElements(hints.item.count);
+    for (std::uint64_t i = 0; i < hints.item.count; ++i) {
+        const std::uint64_t number = list_.reference(hints.item, i);
+        const char* reason = nullptr;
+        const auto name = as<String>(values_.value(list_.item(number), number, reason));
+        if (const Class* const known = name ? decodableClassNamed(*name) : nullptr) {
+            return known;
+        }
+    }
+    return nullptr;
 }
 
 // Keys.
@@ -392,14 +436,23 @@ bool KeyedUnarchiver::decodeBoolForKey(std::string_view key) {
 
 Bytes KeyedUnarchiver::decodeBytesForKey(std::string_view key) {
     const Member member = find(key);
+    Bytes bytes;
     if (member.item.kind == Kind::kData) {
-        if (!values_.spendBytes(member.item.count)) {
-            raiseIncomprehensible("texts or data that overlap");
-        }
-        return member.item.bytes();
+        bytes = member.item.bytes();
+    } else if (const auto data = as<Data>(dataOf(member))) {
+        bytes = data->bytes();
+    } else {
+        checkAbsent(member, key, "no data");
     }
-    checkAbsent(member, key, "no data");
-    return {};
+    if (!values_.spendBytes(bytes.size())) {
+        raiseIncomprehensible("texts or data that overlap");
+    }
+    return bytes;
+}
+
+// Data that has an entry of its own, which keeps it in place.
+RefPtr<Object> KeyedUnarchiver::dataOf(const Member& member) {
+    return member.item.kind == Kind::kUid ? objectForUid(member.item.bits, true) : nullptr;
 }
 
 std::vector<Ref<Object>> KeyedUnarchiver::decodeObjectsForKey(std::string_view key) {
@@ -422,10 +475,11 @@ std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, bool 
     objects.reserve(static_cast<std::size_t>(list.count));
     for (std::uint64_t i = 0; i < list.count; ++i) {
         const Item uid = list_.element(list, i);
-        if (uid.kind != Kind::kUid || uid.bits == 0) {
+        RefPtr<Object> object =
+            uid.kind == Kind::kUid ? objectForUid(uid.bits, mustBeComplete) : nullptr;
+        if (!object) {
             raiseWrongKind(key, "an element that is no object");
         }
-        RefPtr<Object> object = objectForUid(uid.bits, mustBeComplete);
         objects.emplace_back(*object.leak(), kAdopt);
     }
     return objects;

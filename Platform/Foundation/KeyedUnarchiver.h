@@ -14,8 +14,8 @@
 
 namespace NS {
 
-// Reads a keyed archive (Docs/keyed-archives.md), its own or another implementation's, and gives
-// back the object that it holds with whatever that refers to.
+// Reads a keyed archive (Docs/keyed-archives.md), its own or another implementation's, in the
+// binary form or in XML, and gives back the object that it holds with whatever that refers to.
 //
 // One object of the archive becomes one object, however often it is referred to, also from within
 // itself. Plain values come back as such; any other object is made by its class's createForCoder,
@@ -75,7 +75,7 @@ class KeyedUnarchiver {
 
     // An object that was made. Its height is one more than that of the highest object below it.
     struct Made {
-        RefPtr<Object> object;
+        RefPtr<Object> object; // nil for an entry that stands for nil
         std::uint16_t height;
         bool isComplete;
     };
@@ -110,6 +110,7 @@ class KeyedUnarchiver {
     class Nesting;
 
     explicit KeyedUnarchiver(Bytes bytes);
+    static RefPtr<Object> unarchive(Bytes list);
 
     RefPtr<Object> decodeRoot();
     RefPtr<Object> objectOf(const Member& member, std::string_view key);
@@ -119,11 +120,13 @@ class KeyedUnarchiver {
     std::size_t fillRecord(std::uint64_t uid);
     std::size_t note(std::uint64_t uid, RefPtr<Object> object, bool isComplete);
     std::uint32_t slotOf(std::uint64_t uid) const;
+    RefPtr<Object> dataOf(const Member& member);
     std::vector<Ref<Object>> decodeList(std::string_view key, bool mustBeComplete);
 
     std::uint64_t classUidOf(const Item& record);
     std::size_t classIndexForUid(std::uint64_t uid);
     ArchivedClass readClass(std::uint64_t uid);
+    const Class* hintedClass(const Member& hints);
 
     Member find(std::string_view key);
     Member findArchived(std::string_view archivedKey);

@@ -208,27 +208,151 @@ TEST_F(KeyedUnarchiver, MakesTwoObjectsOfTwoEntriesThatShareAValue) {
     EXPECT_NE(back->objectAtIndex(0), back->objectAtIndex(1));
 }
 
-TEST_F(KeyedUnarchiver, ReadsValuesThatStandInADictionaryOfTheirOwn) {
+TEST_F(KeyedUnarchiver, ReadsATextThatStandsInADictionaryOfItsOwn) {
     const auto string = archive.addRecord(archive.addClass("NSString"),
                                           {
                                               {"NS.string", archive.list.addAscii("boxed")}
     });
     EXPECT_EQ(unarchive(*archive.data(string))->description()->utf8(), "boxed");
-    const auto number = archive.addRecord(archive.addClass("NSNumber"),
-                                          {
-                                              {"NS.intval", archive.list.addInteger(12)}
+}
+
+TEST_F(KeyedUnarchiver, ReadsTextsFromTheirUtf8Bytes) {
+    const auto bytes = archive.list.addData(NS::bytesOf("caf\xC3\xA9"));
+    for (const char* const name : {"NSString", "NSMutableString"}) {
+        const auto root = archive.addRecord(archive.addClass(name), {
+                                                                        {"NS.bytes", bytes}
+        });
+        const auto text = unarchive(*archive.data(root));
+        EXPECT_STREQ(text->objectClass().name, name);
+        EXPECT_EQ(text->description()->utf8(), "caf\xC3\xA9");
+    }
+}
+
+TEST_F(KeyedUnarchiver, ReadsDataFromAnyOfTheirForms) {
+    const auto plain = archive.list.addData(NS::bytesOf("d"));
+    const auto entry = archive.uid(archive.add(plain));
+    const std::pair<const char*, HandMade::Members> records[] = {
+        {"NSData",        {{"NS.data", plain}} },
+        {"NSData",        {{"NS.bytes", plain}}},
+        {"NSData",        {{"NS.data", entry}} },
+        {"NSMutableData", {{"NS.bytes", plain}}},
+        {"NSMutableData", {{"NS.data", entry}} },
+    };
+    for (const auto& [name, members] : records) {
+        const auto data =
+            unarchive(*archive.data(archive.addRecord(archive.addClass(name), members)));
+        EXPECT_STREQ(data->objectClass().name, name);
+        EXPECT_EQ(NS::charactersOf(as<NS::Data>(data)->bytes()), "d");
+    }
+}
+
+TEST_F(KeyedUnarchiver, ReadsNumbersThatAreBoxed) {
+    const std::tuple<const char*, HandMade::Reference, const char*> rows[] = {
+        {"NS.number",  archive.list.addUnsigned(~std::uint64_t{0}), "18446744073709551615"},
+        {"NS.boolval", archive.list.addBool(true),                  "1"                   },
+        {"NS.intval",  archive.list.addInteger(-7),                 "-7"                  },
+        {"NS.dblval",  archive.list.addReal(0.5),                   "0.5"                 },
+    };
+    for (const auto& [key, value, expected] : rows) {
+        const auto root = archive.addRecord(archive.addClass("NSNumber"), {
+                                                                              {key, value}
+        });
+        EXPECT_EQ(unarchive(*archive.data(root))->description()->utf8(), expected) << key;
+    }
+}
+
+// The name of nil means nil wherever it stands, not only at UID 0.
+TEST_F(KeyedUnarchiver, TakesTheNameOfNilForNilAtAnyUid) {
+    const auto null = archive.add(archive.list.addAscii("$null"));
+    EXPECT_FALSE(unarchive(*archive.data(null)));
+    const auto root =
+        archive.addRecord(archive.addClass("ArchivedRecord"),
+                          {
+                              {"first",   archive.uid(null)},
+                              {"$$class", archive.uid(null)}
     });
-    EXPECT_EQ(unarchive(*archive.data(number))->description()->utf8(), "12");
-    const auto data = archive.addRecord(archive.addClass("NSData"),
-                                        {
-                                            {"NS.data", archive.list.addData(NS::bytesOf("d"))}
-    });
-    EXPECT_EQ(as<NS::Data>(unarchive(*archive.data(data)))->length(), 1U);
+    const auto record = as<ArchivedRecord>(unarchive(*archive.data(root)));
+    ASSERT_TRUE(record);
+    EXPECT_FALSE(record->first());
+    EXPECT_FALSE(record->second());
+    EXPECT_EQ(nameOf(archive.addCollection(archive.addClass("NSArray"), {null})),
+              NS::kInvalidUnarchiveOperationException);
+}
+
+TEST_F(KeyedUnarchiver, UsesTheFirstHintThatItKnows) {
+    const HandMade::Reference hints[] = {archive.list.addBool(true),
+                                         archive.list.addAscii("NoSuchHint"),
+                                         archive.list.addAscii("NSMutableArray")};
+    const auto name = archive.list.addAscii("NoSuchClass");
+    const auto hinted = archive.add(archive.dictionary({
+        {"$classname",  name                        },
+        {"$classhints", archive.list.addArray(hints)}
+    }));
+    EXPECT_TRUE(as<NS::MutableArray>(unarchive(*archive.data(archive.addCollection(hinted, {})))));
+}
+
+// A subclass may keep what its superclass knows nothing of.
+TEST_F(KeyedUnarchiver, DoesNotTakeASuperclassForAClassThatItDoesNotKnow) {
+    const HandMade::Reference chain[] = {archive.list.addAscii("NoSuchClass"),
+                                         archive.list.addAscii("ArchivedRecord")};
+    const auto unknown = archive.add(archive.dictionary({
+        {"$classname", chain[0]                    },
+        {"$classes",   archive.list.addArray(chain)}
+    }));
+    const auto root = archive.addRecord(unknown, {});
+    EXPECT_EQ(nameOf(root), NS::kInvalidUnarchiveOperationException);
+    EXPECT_NE(reasonOf(root).find("(NoSuchClass)"), std::string::npos);
+}
+
+TEST_F(KeyedUnarchiver, TakesTheRootFromAmongSeveralTopObjects) {
+    archive.top = {
+        {"other", archive.list.addBool(true)}
+    };
+    const auto root = archive.add(archive.list.addAscii("root"));
+    EXPECT_EQ(unarchive(*archive.data(root))->description()->utf8(), "root");
 }
 
 TEST_F(KeyedUnarchiver, ReadsAPlainDateOfTheList) {
     const auto root = archive.add(archive.list.addDate(1.5));
     EXPECT_EQ(as<NS::Date>(unarchive(*archive.data(root)))->timeIntervalSinceReferenceDate(), 1.5);
+}
+
+// One text twice, another that is equal, and a record: each UID a dictionary of its own.
+constexpr std::string_view kArchiveInXML =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"
+    "<key>$version</key><integer>100000</integer>"
+    "<key>$archiver</key><string>NSKeyedArchiver</string>"
+    "<key>$top</key><dict><key>root</key><dict><key>CF$UID</key><integer>1</integer></dict></dict>"
+    "<key>$objects</key><array><string>$null</string>"
+    "<dict><key>$class</key><dict><key>CF$UID</key><integer>5</integer></dict>"
+    "<key>NS.objects</key><array><dict><key>CF$UID</key><integer>2</integer></dict>"
+    "<dict><key>CF$UID</key><integer>3</integer></dict>"
+    "<dict><key>CF$UID</key><integer>2</integer></dict>"
+    "<dict><key>CF$UID</key><integer>4</integer></dict></array></dict>"
+    "<string>same</string><string>same</string>"
+    "<dict><key>$class</key><dict><key>CF$UID</key><integer>6</integer></dict>"
+    "<key>time</key><real>1.5</real></dict>"
+    "<dict><key>$classname</key><string>NSArray</string></dict>"
+    "<dict><key>$classname</key><string>ArchivedRecord</string></dict>"
+    "</array></dict></plist>";
+
+TEST_F(KeyedUnarchiver, ReadsTheXMLForm) {
+    const auto array =
+        as<NS::Array>(unarchive(*NS::Data::dataWithBytes(NS::bytesOf(kArchiveInXML))));
+    ASSERT_TRUE(array);
+    ASSERT_EQ(array->count(), 4U);
+    EXPECT_EQ(array->objectAtIndex(0)->description()->utf8(), "same");
+    EXPECT_EQ(array->objectAtIndex(0), array->objectAtIndex(2));
+    EXPECT_NE(array->objectAtIndex(0), array->objectAtIndex(1));
+    EXPECT_EQ(as<ArchivedRecord>(NS::RefPtr<NS::Object>(array->objectAtIndex(3)))->time(), 1.5);
+}
+
+TEST_F(KeyedUnarchiver, SaysWhatIsWrongWithXML) {
+    const std::string cut(kArchiveInXML.substr(0, 100));
+    EXPECT_EQ(
+        Tests::reasonOfException([&] { unarchive(*NS::Data::dataWithBytes(NS::bytesOf(cut))); }),
+        "*** -[NSKeyedUnarchiver initForReadingWithData:]: incomprehensible archive: "
+        "unclosed token on line 1");
 }
 
 TEST_F(KeyedUnarchiver, RaisesForBytesThatAreNoArchive) {
@@ -310,6 +434,8 @@ TEST_F(KeyedUnarchiver, RaisesForValuesOfTheWrongKind) {
         {"NSDate",          {{"NS.time", text}}                                                      },
         {"NSMutableString", {{"NS.string", flag}}                                                    },
         {"NSMutableData",   {{"NS.data", text}}                                                      },
+        {"NSMutableData",   {{"NS.data", uidOfFlag}}                                                 },
+        {"NSString",        {{"NS.bytes", archive.list.addData(NS::bytesOf("\xFF"))}}                },
         {"NSURL",           {{"NS.relative", archive.uid(archive.add(archive.list.addAscii("a b")))}}},
         {"NSURL",           {{"NS.relative", uidOfFlag}}                                             },
         {"NSURL",           {{"NS.relative", text}, {"NS.base", uidOfFlag}}                          },

@@ -37,21 +37,36 @@ const ClassRegistration kRegistrations[] = {
     ClassRegistration(URL::kClass),
 };
 
+// A text, or the UTF-8 bytes of one.
+Ref<String> textFrom(KeyedUnarchiver& coder) {
+    if (const auto text = coder.decodeObjectOfClassForKey<String>("NS.string")) {
+        return text->copy();
+    }
+    const auto text = String::fromUtf8(charactersOf(coder.decodeBytesForKey("NS.bytes")));
+    if (!text) {
+        coder.raiseRefused("its bytes are no UTF-8");
+    }
+    return Ref<String>(*text);
+}
+
+Bytes bytesFrom(KeyedUnarchiver& coder) {
+    return coder.decodeBytesForKey(coder.containsValueForKey("NS.data") ? "NS.data" : "NS.bytes");
+}
+
 RefPtr<Object> decodeString(KeyedUnarchiver& coder) {
-    const auto text = coder.decodeObjectOfClassForKey<String>("NS.string");
-    return text ? text : RefPtr<String>(String::fromAscii(""));
+    return textFrom(coder);
 }
 
 RefPtr<Object> decodeMutableString(KeyedUnarchiver& coder) {
-    return make<MutableString>(*cast<String>(decodeString(coder)));
+    return make<MutableString>(*textFrom(coder));
 }
 
 RefPtr<Object> decodeData(KeyedUnarchiver& coder) {
-    return Data::dataWithBytes(coder.decodeBytesForKey("NS.data"));
+    return Data::dataWithBytes(bytesFrom(coder));
 }
 
 RefPtr<Object> decodeMutableData(KeyedUnarchiver& coder) {
-    return make<MutableData>(coder.decodeBytesForKey("NS.data"));
+    return make<MutableData>(bytesFrom(coder));
 }
 
 RefPtr<Object> decodeDate(KeyedUnarchiver& coder) {
@@ -64,7 +79,7 @@ RefPtr<Object> decodeNull(KeyedUnarchiver&) {
 
 // Some writers box numbers into objects of their own.
 RefPtr<Object> decodeNumber(KeyedUnarchiver& coder) {
-    for (const std::string_view key : {"NS.boolval", "NS.intval", "NS.dblval"}) {
+    for (const std::string_view key : {"NS.number", "NS.boolval", "NS.intval", "NS.dblval"}) {
         if (const auto number = coder.decodeObjectOfClassForKey<Number>(key)) {
             return number;
         }

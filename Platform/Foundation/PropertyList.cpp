@@ -11,8 +11,10 @@
 #include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/PropertyListValues.h"
+#include "Platform/Foundation/XMLPropertyList.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace NS {
@@ -159,6 +161,23 @@ class Reading {
     std::uint64_t elementsLeft_;
 };
 
+RefPtr<Object> readList(Bytes bytes, RefPtr<String>& reason) {
+    const char* damage = nullptr;
+    const auto list = BinaryPropertyListReader::open(bytes, damage);
+    if (!list) {
+        reason = str(damage);
+        return nullptr;
+    }
+    try {
+        return Reading(*list, bytes.size()).object(list->topObject(), 0);
+    } catch (const Refusal& refusal) {
+        reason = refusal.reason;
+    } catch (const Exception& exception) {
+        reason = exception.reason();
+    }
+    return nullptr;
+}
+
 } // namespace
 
 RefPtr<Data> dataWithPropertyList(const Object& object, RefPtr<String>& reason) {
@@ -175,20 +194,16 @@ RefPtr<Data> dataWithPropertyList(const Object& object, RefPtr<String>& reason) 
 }
 
 RefPtr<Object> propertyListWithData(const Data& data, RefPtr<String>& reason) {
-    const char* damage = nullptr;
-    const auto list = BinaryPropertyListReader::open(data.bytes(), damage);
+    if (!isXMLPropertyList(data.bytes())) {
+        return readList(data.bytes(), reason);
+    }
+    std::string damage;
+    const auto list = binaryListOfXML(data.bytes(), damage);
     if (!list) {
         reason = str(damage);
         return nullptr;
     }
-    try {
-        return Reading(*list, data.length()).object(list->topObject(), 0);
-    } catch (const Refusal& refusal) {
-        reason = refusal.reason;
-    } catch (const Exception& exception) {
-        reason = exception.reason();
-    }
-    return nullptr;
+    return readList(*list, reason);
 }
 
 } // namespace NS

@@ -5,8 +5,9 @@
 
 namespace NS {
 
-// Plain property lists in the binary form: texts, numbers, dates, data, and arrays and dictionaries
-// of them whose keys are texts. No identity: an object that stands in it twice is written twice.
+// Plain property lists, written in the binary form and read in that or XML: texts, numbers, dates,
+// data, and arrays and dictionaries of them whose keys are texts. No identity: an object that
+// stands in it twice is written twice.
 
 // Nil, and why, when something in the object is of another class, a key is no text, or collections
 // stand deeper within one another than Limits::kDepth.

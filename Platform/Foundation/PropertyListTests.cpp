@@ -45,6 +45,26 @@ TEST_F(PropertyList, GivesBackEqualPlainValues) {
     EXPECT_EQ(back->description()->utf8(), value->description()->utf8());
 }
 
+TEST_F(PropertyList, IsReadFromXML) {
+    const auto xml = NS::bytesOf("<plist><dict><key>a</key><array><integer>1</integer>"
+                                 "<date>2001-01-01T00:00:02Z</date></array></dict></plist>");
+    const auto value = NS::propertyListWithData(*NS::Data::dataWithBytes(xml), reason);
+    ASSERT_TRUE(value);
+    EXPECT_TRUE(
+        value->isEqual(NS::Dictionary::dictionaryWithEntries(
+                           {
+                               {"a", NS::Array::arrayWithObjects(
+                                         {NS::Number::numberWithInt(1), NS::make<NS::Date>(2)})}
+    })
+                           .get()));
+}
+
+TEST_F(PropertyList, SaysWhatIsWrongWithXML) {
+    const auto xml = NS::bytesOf("<plist>\n<dict></plist>");
+    EXPECT_FALSE(NS::propertyListWithData(*NS::Data::dataWithBytes(xml), reason));
+    EXPECT_EQ(reason->utf8(), "mismatched tag on line 2");
+}
+
 TEST_F(PropertyList, SaysWhichObjectItDoesNotHold) {
     EXPECT_FALSE(roundTrip(*NS::Array::arrayWithObjects({NS::Null::null()})));
     EXPECT_EQ(reason->utf8(), "an object of class NSNull");

@@ -49,6 +49,15 @@ TEST_F(UserDefaults, KeepWhatIsSetInTheUsersFolder) {
     EXPECT_TRUE(fileContents().starts_with("bplist00"));
 }
 
+TEST_F(UserDefaults, AreReadFromAFileThatSomebodyWroteInXML) {
+    writeFile(
+        "<plist><dict><key>key</key><true/><key>other</key><string>v</string></dict></plist>");
+    EXPECT_TRUE(defaults->boolForKey(*key));
+    defaults->setBool_forKey(false, *key);
+    EXPECT_FALSE(defaults->boolForKey(*key));
+    EXPECT_EQ(defaults->objectForKey(*NS::str("other"))->description()->utf8(), "v");
+}
+
 TEST_F(UserDefaults, AreForTheUserAlone) {
     defaults->setBool_forKey(true, *key);
     using std::filesystem::perms;

@@ -6,10 +6,10 @@
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/String.h"
+#include "Programs/Json/PercentEncoding.h"
 
 #include <cmath>
 #include <string>
-#include <string_view>
 
 using Json = nlohmann::ordered_json;
 
@@ -19,20 +19,6 @@ constexpr int kDepthLimit = 64;
 constexpr std::size_t kValueLimit = 1'000'000;
 constexpr std::size_t kTextLimit = std::size_t{64} << 20U;
 constexpr const char* kRest = "\u2026";
-
-std::string percentEncoded(std::string_view bytes) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte > 0x20 && byte < 0x7F && c != '%') {
-            text.push_back(c);
-        } else {
-            text += {'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
-        }
-    }
-    return text;
-}
 
 class Converter {
   public:

@@ -164,8 +164,9 @@ bool QVFolderListItem::containsItemNamed(const NS::String& name) const {
 }
 
 NS::Ref<NS::MutableArray> QVFolderListItem::itemNames() const {
+    const auto items = combinedItems();
     const auto names = NS::make<NS::MutableArray>();
-    for (const NS::Ref<NS::Object>& entry : *combinedItems()) {
+    for (const NS::Ref<NS::Object>& entry : *items) {
         names->addObject(nameOf(*entry));
     }
     return names;

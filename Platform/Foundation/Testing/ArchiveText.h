@@ -8,8 +8,8 @@
 
 namespace Tests {
 
-// A property list on one line, for tests to compare: texts in quotes, data in angle brackets, UIDs
-// as #n, dictionaries in their own order.
+// A property list on one line, for tests to compare: texts in quotes (u"…" has UTF-16 code units),
+// data in angle brackets, dates as @seconds, UIDs as #n, dictionaries in their own order.
 class ListText {
   public:
     explicit ListText(const NS::BinaryPropertyListReader& list) : list_(list) {}
@@ -27,6 +27,10 @@ class ListText {
             return formatted("%g", item.real);
         case Kind::kAscii:
             return '"' + std::string(NS::charactersOf(item.bytes())) + '"';
+        case Kind::kUtf16:
+            return "u\"" + hex({item.body, item.count * 2}) + '"';
+        case Kind::kDate:
+            return '@' + formatted("%g", item.real);
         case Kind::kData:
             return '<' + hex(item.bytes()) + '>';
         case Kind::kUid:

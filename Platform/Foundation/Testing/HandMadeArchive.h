@@ -22,6 +22,7 @@ class HandMadeArchive {
     std::vector<Reference> entries{list.addAscii("$null")};
     std::string_view archiver = "NSKeyedArchiver";
     std::int64_t version = 100000;
+    Members top; // what stands beside the root
 
     // Adds an entry to "$objects".
     Uid add(Reference contents) {
@@ -74,13 +75,12 @@ class HandMadeArchive {
     }
 
     NS::Ref<NS::Data> data(Uid root) {
-        const Reference top = dictionary({
-            {"root", uid(root)}
-        });
+        Members all = top;
+        all.emplace_back("root", uid(root));
         return NS::Data::dataWithVector(list.finish(dictionary({
             {"$version",  list.addInteger(version)},
             {"$archiver", list.addAscii(archiver) },
-            {"$top",      top                     },
+            {"$top",      dictionary(all)         },
             {"$objects",  list.addArray(entries)  }
         })));
     }

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace Inspection {
+
+// The commands of quorvane-inspect (Docs/inspector.md). Each writes to standard output, and raises
+// Error, or what the platform raises, when it comes to no result.
+
+void showArchive(const std::string& file);
+
+// With an archive, the record is written there as well; on standard output ("-") in place of the
+// JSON.
+void showItem(const std::string& className, const std::string& replyFile,
+              const std::string& archiveFile);
+
+void encodeValue(const std::string& valueFile, const std::string& archiveFile);
+
+void listClasses();
+
+} // namespace Inspection

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Platform/Foundation/Data.h"
+
+#include <string>
+
+namespace Inspection {
+
+// Files as a command line names them: "-" is standard input or output.
+
+// The file for a message: its name in quotes, or what "-" stands for.
+std::string nameOfInput(const std::string& file);
+std::string nameOfOutput(const std::string& file);
+
+// All bytes of a file. Raises Error when it cannot be read.
+NS::Ref<NS::Data> contentsOf(const std::string& file);
+
+// Replaces a file's contents. Raises Error when it cannot be written.
+void writeContents(const std::string& file, NS::Bytes bytes);
+
+} // namespace Inspection

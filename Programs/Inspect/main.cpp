@@ -1,0 +1,84 @@
+// Shows what keyed archives and service replies hold, and makes archives.
+
+#include "Platform/Foundation/Exception.h"
+#include "Programs/Inspect/Commands.h"
+#include "Programs/Inspect/InspectionError.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdlib>
+#include <iostream>
+#include <new>
+
+namespace {
+
+struct Options {
+    std::string input;
+    std::string className;
+    std::string archive;
+};
+
+void describeArchive(CLI::App& app, Options& options) {
+    CLI::App* const command =
+        app.add_subcommand("archive", "Print a keyed archive, binary or XML, as JSON");
+    command->add_option("FILE", options.input, "The archive; \"-\" for standard input")->required();
+    command->callback([&] { Inspection::showArchive(options.input); });
+}
+
+void describeItem(CLI::App& app, Options& options) {
+    CLI::App* const command = app.add_subcommand(
+        "item", "Print the record that a service reply makes, or every key that it fails for");
+    command->add_option("CLASS", options.className, "The record's class")->required();
+    command->add_option("REPLY", options.input, "The reply in JSON; \"-\" for standard input")
+        ->required();
+    command->add_option("--archive", options.archive,
+                        "Archive the record to this file; \"-\" for standard output, in place of "
+                        "the JSON");
+    command->callback(
+        [&] { Inspection::showItem(options.className, options.input, options.archive); });
+}
+
+void describeEncode(CLI::App& app, Options& options) {
+    CLI::App* const command =
+        app.add_subcommand("encode", "Archive plain values that are given in JSON");
+    command->add_option("VALUE", options.input, "The value in JSON; \"-\" for standard input")
+        ->required();
+    command->add_option("OUT", options.archive, "The archive; \"-\" for standard output")
+        ->required();
+    command->callback([&] { Inspection::encodeValue(options.input, options.archive); });
+}
+
+void describeClasses(CLI::App& app) {
+    CLI::App* const command = app.add_subcommand(
+        "classes", "List the records' classes with their chain, mapping and archive list");
+    command->callback([] { Inspection::listClasses(); });
+}
+
+int fail(const std::string& message) {
+    std::cerr << "quorvane-inspect: " << message << '\n';
+    return EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::ios::sync_with_stdio(false);
+    CLI::App app("Shows keyed archives and the records that service replies make.");
+    app.set_version_flag("--version", "quorvane-inspect " QUORVANE_VERSION);
+    app.require_subcommand(1);
+    Options options;
+    describeArchive(app, options);
+    describeItem(app, options);
+    describeEncode(app, options);
+    describeClasses(app);
+    try {
+        CLI11_PARSE(app, argc, argv);
+    } catch (const Inspection::Error& error) {
+        return fail(error.what());
+    } catch (const NS::Exception& exception) {
+        return fail(exception.what());
+    } catch (const std::bad_alloc&) {
+        return fail("there is not enough memory");
+    }
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,144 @@
+#include "Platform/Foundation/String.h"
+#include "QVApi/Content/QVContentClasses.h"
+#include "Tests/Support/PrivateFolders.h"
+#include "Tests/Support/Process.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// The inspector as a person runs it.
+class InspectorProcess : public Tests::FolderTest {
+  protected:
+    struct Result {
+        int status;
+        std::string output;
+        std::string errors;
+    };
+
+    std::string path(const std::string& name) const { return folders.root() / name; }
+    std::string write(const std::string& name, std::string_view contents) const {
+        std::ofstream(path(name), std::ios::binary) << contents;
+        return path(name);
+    }
+    Result start(const std::string& program, std::vector<std::string> arguments) const {
+        Tests::Process process(program, std::move(arguments), path("out"), path("err"));
+        const int status = process.waitForExit().value_or(-1);
+        return {status, process.output(), process.errors()};
+    }
+    Result run(std::vector<std::string> arguments) const {
+        return start(INSPECT_PROGRAM, std::move(arguments));
+    }
+    // With the program as "$0" and the arguments as "$1" and so on.
+    Result shell(const std::string& command, std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), {"-c", command, INSPECT_PROGRAM});
+        return start("/bin/sh", std::move(arguments));
+    }
+};
+
+TEST_F(InspectorProcess, ShowsWhatItEncoded) {
+    const auto value =
+        write("value.json", R"({"a":[1,{"$date":"2026-11-16T06:56:27Z"}],"b":null})");
+    EXPECT_EQ(run({"encode", value, path("archive")}).status, 0);
+    EXPECT_TRUE(Tests::contentsOf(path("archive")).starts_with("bplist00"));
+    const Result shown = run({"archive", path("archive")});
+    EXPECT_EQ(shown.status, 0);
+    EXPECT_EQ(Json::parse(shown.output), Json::parse(Tests::contentsOf(value)));
+}
+
+TEST_F(InspectorProcess, ReadsStandardInputAndWritesStandardOutput) {
+    const auto value = write("value.json", "[1,2]");
+    const Result result = shell("\"$0\" encode - - < \"$1\" | \"$0\" archive -", {value});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "[\n  1,\n  2\n]\n");
+}
+
+TEST_F(InspectorProcess, ShowsAndArchivesTheRecordOfAReply) {
+    const auto reply = write("reply.json", R"({"MaxStorage":100,"UserPlan":"Basic"})");
+    const Result item = run({"item", "QVUserInfoItem", reply, "--archive", path("archive")});
+    EXPECT_EQ(item.status, 0);
+    const Json record = Json::parse(item.output);
+    EXPECT_EQ(record["$class"], "QVUserInfoItem");
+    EXPECT_EQ(record["storageMax"], 100);
+    EXPECT_EQ(record["plan"], "Basic");
+    EXPECT_EQ(run({"archive", path("archive")}).output, item.output);
+    const Result onlyArchive = run({"item", "QVUserInfoItem", reply, "--archive", "-"});
+    EXPECT_EQ(onlyArchive.output, Tests::contentsOf(path("archive")));
+}
+
+TEST_F(InspectorProcess, NamesEveryKeyOfAReplyThatFails) {
+    const auto reply = write("reply.json", R"({"StorageUsed":[],"BwMax":null})");
+    const Result result = run({"item", "QVUserInfoItem", reply});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    for (const char* const key : {"StorageUsed", "BwMax", "UserPlan"}) {
+        EXPECT_NE(result.errors.find(key), std::string::npos) << key;
+    }
+    EXPECT_EQ(result.errors.find("MaxStorage"), std::string::npos);
+}
+
+TEST_F(InspectorProcess, ListsEveryClassWithItsTables) {
+    const Result result = run({"classes"});
+    EXPECT_EQ(result.status, 0);
+    for (const QVContentClass* const each : qvContentClasses()) {
+        EXPECT_NE(('\n' + result.output).find('\n' + std::string(each->objectClass.name) + " : "),
+                  std::string::npos)
+            << each->objectClass.name;
+    }
+    EXPECT_NE(result.output.find("QVUserInfoItem : QVContentItem : NSObject\n    mapping\n"
+                                 "        storageMax     MaxStorage\n"),
+              std::string::npos);
+    EXPECT_NE(result.output.find("    archived\n        identifier\n        storageMax\n"),
+              std::string::npos);
+}
+
+TEST_F(InspectorProcess, FailsWithOneClearLine) {
+    const auto junk = write("junk", "no archive");
+    const std::vector<std::string> rows[] = {
+        {"archive",       path("missing")},
+        {                   "archive", folders.root()               },
+        {           "archive",               junk                      },
+        { "encode",               junk,                       path("out2")},
+        {            "encode",               path("missing"),                         path("out2")},
+        {                "item",               "NoSuchClass",                         junk},
+        {                  "item",          "QVUserInfoItem",                         write("list.json", "[]")},
+        {                                      "item",           "QVUserInfoItem",                          junk},
+    };
+    for (const auto& arguments : rows) {
+        const Result result = run(arguments);
+        EXPECT_EQ(result.status, 1) << arguments[0] << ' ' << arguments[1];
+        EXPECT_EQ(result.output, "");
+        EXPECT_TRUE(result.errors.starts_with("quorvane-inspect: ")) << result.errors;
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    }
+    EXPECT_FALSE(std::filesystem::exists(path("out2")));
+}
+
+TEST_F(InspectorProcess, FailsWhenItsOutputCannotBeWritten) {
+    const auto value = write("value.json", "[1]");
+    EXPECT_EQ(run({"encode", value, path("no/such/folder")}).status, 1);
+    const Result full = shell("\"$0\" encode \"$1\" - > /dev/full", {value});
+    EXPECT_EQ(full.status, 1);
+    EXPECT_NE(full.errors.find("cannot write standard output"), std::string::npos) << full.errors;
+    EXPECT_EQ(shell("\"$0\" classes > /dev/full", {}).status, 1);
+}
+
+TEST_F(InspectorProcess, ExplainsItself) {
+    const Result help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char* const command : {"archive", "item", "encode", "classes"}) {
+        EXPECT_NE(help.output.find(command), std::string::npos) << command;
+    }
+    EXPECT_TRUE(run({"--version"}).output.starts_with("quorvane-inspect "));
+    EXPECT_NE(run({}).status, 0);
+    EXPECT_NE(run({"archive"}).status, 0);
+    EXPECT_NE(run({"nonsense"}).status, 0);
+}
+
+} // namespace
