@@ -16,10 +16,6 @@ constexpr const char* kRaised = "error com.Quorvane.Quorvane.QVFinderExtension.E
 // When and how the service is there.
 class FinderServiceLife : public Tests::ServiceTest {
   protected:
-    // Turns the run loop until it is idle for a moment.
-    static void settle() {
-        (void)NS::pumpUntil([] { return false; }, 0.1);
-    }
     Tests::Process startProcess() {
         return {
             SERVICE_PROGRAM, {}, folders.root() / "service.out", folders.root() / "service.err"};
@@ -104,7 +100,7 @@ TEST_F(FinderServiceLife, GathersChangesWhileTheBusTakesNothing) {
     peer->followProperties();
     bus.daemon().signal(SIGSTOP);
     ASSERT_TRUE(bus.daemon().waitForState('T'));
-    constexpr int kChanges = 20'000; // more than a socket holds
+    constexpr int kChanges = 50'000; // more than a socket holds
     for (int i = 0; i < kChanges; ++i) {
         extension->setRecord(NS::make<NS::Array>());
         (void)NS::RunLoop::currentRunLoop()->serveReady();

@@ -2,6 +2,7 @@
 #include "Shell/Testing/ServiceFixture.h"
 
 #include <chrono>
+#include <poll.h>
 
 namespace {
 
@@ -101,13 +102,17 @@ TEST_F(FinderService, TellsWhatChangesAndNothingElse) {
 
 TEST_F(FinderService, TellsOfAChangeBeforeItAnswersWithIt) {
     peer->followProperties();
-    std::vector<std::string> order;
+    settle();
+    std::vector<std::string> changesBefore;
     peer->send(
         "Menu", [](sd_bus_message* call) { sd_bus_message_append(call, "tass", 0UL, 0, ""); },
-        [&](const std::string&) { order = peer->changes; });
+        [&](const std::string&) { changesBefore = peer->changes; });
+    // The call is there before the change, and the loop does not wait in between.
+    pollfd loop{NS::RunLoop::currentRunLoop()->pollDescriptor(), POLLIN, 0};
+    ASSERT_TRUE(Tests::waitUntil([&] { return ::poll(&loop, 1, 0) == 1; }));
     extension->setRecord(NS::str("new"));
-    ASSERT_TRUE(NS::pumpUntil([&] { return !order.empty(); }));
-    EXPECT_EQ(order, Calls{"Generation=2"});
+    ASSERT_TRUE(NS::pumpUntil([&] { return !changesBefore.empty(); }, 5));
+    EXPECT_EQ(changesBefore, Calls{"Generation=2"});
 }
 
 TEST_F(FinderService, PassesOnEachBeginAndEnd) {

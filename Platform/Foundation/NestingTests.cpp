@@ -25,7 +25,7 @@ NS::Ref<NS::Array> arrayOfArrays(std::size_t count) {
     std::vector<NS::Ref<NS::Object>> arrays;
     arrays.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
-        arrays.push_back(NS::Array::arrayWithObjects({text}));
+        arrays.emplace_back(NS::Array::arrayWithObjects({text}));
     }
     return NS::make<NS::Array>(std::move(arrays));
 }

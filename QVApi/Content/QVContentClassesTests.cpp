@@ -65,7 +65,7 @@ class ContentClass : public testing::TestWithParam<const QVContentClass*> {
 
     // An item with another text in every property, or true and 0.5 where it has no place for one.
     NS::Ref<QVContentItem> filledItem() const {
-        const auto item = itemClass.create();
+        auto item = itemClass.create();
         for (const NS::Property* const each : properties) {
             if (!each->isScalar) {
                 each->set(*item, NS::str("the " + std::string(each->key)));

@@ -62,7 +62,7 @@ TEST(FileItem, DiffersForAnEqualNameThatIsAnotherObject) {
     other->setIdentifier(identifier);
     EXPECT_FALSE(file->isEqualTo(other.get()));
     EXPECT_FALSE(
-        file->isEqual(fileNamed(NS::Ref<NS::String>(*NS::cast<NS::String>(file->name()))).get()));
+        file->isEqual(fileNamed(Tests::present(NS::cast<NS::String>(file->name()))).get()));
 }
 
 TEST(FileItem, IsComparedWithOtherRecordsByItsIdentifier) {
@@ -99,7 +99,7 @@ TEST(FileItem, ComesBackWithItsTypes) {
         {"Size",         NS::Number::numberWithLongLong(1LL << 40)   },
         {"DateModified", NS::Number::numberWithLongLong(1500000000LL)}
     });
-    const auto back = Tests::restored(NS::Ref<QVFileItem>(*file));
+    const auto back = Tests::restored(Tests::present(file));
     EXPECT_TRUE(back->name()->isEqual(file->name().get()));
     EXPECT_TRUE(back->size()->isEqual(file->size().get()));
     EXPECT_TRUE(back->dateModified()->isEqual(file->dateModified().get()));

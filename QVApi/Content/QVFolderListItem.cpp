@@ -165,7 +165,7 @@ bool QVFolderListItem::containsItemNamed(const NS::String& name) const {
 
 NS::Ref<NS::MutableArray> QVFolderListItem::itemNames() const {
     const auto items = combinedItems();
-    const auto names = NS::make<NS::MutableArray>();
+    auto names = NS::make<NS::MutableArray>();
     for (const NS::Ref<NS::Object>& entry : *items) {
         names->addObject(nameOf(*entry));
     }

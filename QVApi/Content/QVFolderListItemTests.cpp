@@ -139,7 +139,7 @@ TEST_F(FolderListItem, PutsAnEntryAtTheEndOfItsList) {
 }
 
 TEST_F(FolderListItem, ReplacesAnEntryWithTheVerySameName) {
-    const auto newer = named<QVFileItem>(NS::Ref<NS::String>(*NS::cast<NS::String>(a->name())));
+    const auto newer = named<QVFileItem>(Tests::present(NS::cast<NS::String>(a->name())));
     listing->insertItem(newer);
     EXPECT_EQ(entries(), "Docs Music | docs b a");
     EXPECT_EQ(listing->itemNamed(*str("a")), newer);
@@ -176,7 +176,7 @@ TEST_F(FolderListItem, ReplacesAnyNumberOfEqualEntriesAtOnce) {
 TEST_F(FolderListItem, RemovesTheVeryEntry) {
     listing->removeItem(a);
     listing->removeItem(file("b"));
-    listing->removeItem(named<QVFileItem>(NS::Ref<NS::String>(*NS::cast<NS::String>(b->name()))));
+    listing->removeItem(named<QVFileItem>(Tests::present(NS::cast<NS::String>(b->name()))));
     listing->removeItem(music);
     EXPECT_EQ(entries(), "Docs | docs b");
 }
@@ -306,7 +306,7 @@ TEST_F(FolderListItem, ComesBackWithItsEntries) {
 }
 
 TEST_F(FolderListItem, ComesBackWithOneNameWhereItWasOne) {
-    const auto shared = NS::Ref<NS::String>(*NS::cast<NS::String>(a->name()));
+    const auto shared = Tests::present(NS::cast<NS::String>(a->name()));
     b->setName(shared);
     const auto back = Tests::restored(listing);
     const auto files = NS::cast<NS::Array>(back->files());

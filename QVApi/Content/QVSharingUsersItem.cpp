@@ -36,7 +36,7 @@ NS::RefPtr<QVSharingUserItem> QVSharingUsersItem::itemNamed(const NS::String& na
         return nullptr;
     }
     for (const NS::Ref<NS::Object>& each : *list) {
-        const auto user = NS::as<QVSharingUserItem>(each);
+        auto user = NS::as<QVSharingUserItem>(each);
         const auto itsName = user ? NS::as<NS::String>(user->name()) : nullptr;
         if (itsName && itsName->isEqualToString(name)) {
             return user;

@@ -78,7 +78,7 @@ TEST_F(SharingUsersItem, HasNoUsersWhenTheReplyHasNone) {
 }
 
 TEST_F(SharingUsersItem, ComesBackWithItsUsers) {
-    const auto back = Tests::restored(NS::Ref<QVSharingUsersItem>(*item));
+    const auto back = Tests::restored(Tests::present(item));
     const auto found = back->itemNamed(*str("Ada"));
     ASSERT_TRUE(found);
     EXPECT_EQ(textOf(found->identifier()), "3");

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 namespace Tests {
 
@@ -62,11 +63,11 @@ std::string valuesOf(sd_bus_message* message) {
 }
 
 int answered(sd_bus_message* answer, void* data, sd_bus_error*) {
-    const std::unique_ptr<OnAnswer> onAnswer(static_cast<OnAnswer*>(data));
+    const auto onAnswer = std::exchange(*static_cast<OnAnswer*>(data), nullptr);
     const sd_bus_error* const error = sd_bus_message_get_error(answer);
-    if (*onAnswer) {
-        (*onAnswer)(error == nullptr ? valuesOf(answer)
-                                     : std::string("error ") + error->name + ": " + error->message);
+    if (onAnswer) {
+        onAnswer(error == nullptr ? valuesOf(answer)
+                                  : std::string("error ") + error->name + ": " + error->message);
     }
     return 1;
 }
@@ -207,12 +208,11 @@ std::string BusPeer::answerTo(sd_bus_message* call) {
 // Takes the call over.
 void BusPeer::send(sd_bus_message* call, OnAnswer onAnswer) {
     constexpr std::uint64_t kAMinute = 60'000'000;
-    auto kept = std::make_unique<OnAnswer>(std::move(onAnswer));
+    onAnswer_.push_back(std::move(onAnswer));
     const int result =
-        sd_bus_call_async(connection_->bus(), nullptr, call, answered, kept.get(), kAMinute);
+        sd_bus_call_async(connection_->bus(), nullptr, call, answered, &onAnswer_.back(), kAMinute);
     sd_bus_message_unref(call);
     require(result, "to send a call");
-    (void)kept.release(); // answered() has it
 }
 
 } // namespace Tests

@@ -2,6 +2,7 @@
 
 #include "Shell/linux/BusConnection.h"
 
+#include <deque>
 #include <functional>
 #include <string>
 #include <vector>
@@ -60,6 +61,7 @@ class BusPeer final : public Shell::BusConnection::Delegate {
     std::string answerTo(sd_bus_message* call);
     void send(sd_bus_message* call, std::function<void(std::string)> onAnswer);
 
+    std::deque<std::function<void(std::string)>> onAnswer_; // where the library finds them
     NS::Ref<Shell::BusConnection> connection_ = NS::make<Shell::BusConnection>(*this);
 };
 

@@ -46,6 +46,10 @@ class ServiceTest : public SessionBusTest {
     bool waitForName() {
         return NS::pumpUntil([&] { return peer->nameHasOwner(Shell::FinderInterface::kName); });
     }
+    // Turns the run loop for a moment, in which what is under way comes to its end.
+    static void settle() {
+        (void)NS::pumpUntil([] { return false; }, 0.1);
+    }
     Calls takeCalls() { return std::exchange(extension->calls, {}); }
 
     NS::Ref<SampleExtension> extension = NS::make<SampleExtension>();

@@ -25,7 +25,7 @@ constexpr const char* kConfiguration = R"(<busconfig>
 )";
 
 std::filesystem::path writeConfiguration(const std::filesystem::path& folder) {
-    const auto file = folder / "bus.conf";
+    auto file = folder / "bus.conf";
     std::ofstream(file) << kConfiguration << "  <listen>" << std::getenv("DBUS_SESSION_BUS_ADDRESS")
                         << "</listen>\n</busconfig>\n";
     return file;

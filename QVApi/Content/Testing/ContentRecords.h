@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/Description.h"
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Platform/Foundation/KeyedUnarchiver.h"
 #include "Platform/Foundation/Testing/HandMadeArchive.h"
@@ -25,6 +26,15 @@ inline NS::Ref<NS::Dictionary> dictionaryOf(Entries entries) {
     return NS::Dictionary::dictionaryWithEntries(entries);
 }
 
+// What a test knows to be there; nil raises.
+template <class T>
+NS::Ref<T> present(const NS::RefPtr<T>& object) {
+    if (!object) {
+        NS::Exception::raise(NS::kGenericException, "the object is not there");
+    }
+    return NS::Ref<T>(*object);
+}
+
 // An item of the class from a reply, or nil.
 template <class Item>
 NS::RefPtr<Item> itemFrom(Entries reply) {
@@ -36,7 +46,7 @@ template <class Item>
 NS::Ref<Item> restored(const NS::Ref<Item>& item) {
     const auto back = NS::KeyedUnarchiver::unarchiveObjectWithData(
         *NS::KeyedArchiver::archivedDataWithRootObject(item));
-    return NS::Ref<Item>(*NS::cast<Item>(back));
+    return present(NS::cast<Item>(back));
 }
 
 // An item restored from an archive that has nothing under the class's name.
@@ -45,7 +55,7 @@ NS::Ref<Item> restoredFromNothing() {
     HandMadeArchive archive;
     const auto root = archive.addRecord(archive.addClass(Item::kClass.name), {});
     const auto item = NS::KeyedUnarchiver::unarchiveObjectWithData(*archive.data(root));
-    return NS::Ref<Item>(*NS::cast<Item>(item));
+    return present(NS::cast<Item>(item));
 }
 
 // The item's description without that of the root.

@@ -260,7 +260,7 @@ NS::Ref<NS::Object> sampleValue(const ExpectedRow& row) {
 }
 
 NS::Ref<NS::MutableDictionary> sampleReply(const ExpectedClass& itemClass) {
-    const auto reply = NS::make<NS::MutableDictionary>();
+    auto reply = NS::make<NS::MutableDictionary>();
     for (const ExpectedRow& row : itemClass.mapping) {
         reply->setObject_forKey(sampleValue(row), row.reply);
     }

@@ -1,0 +1,113 @@
+#include "Shell/linux/BusConnection.h"
+
+#include "Platform/Ports/Testing/PumpUntil.h"
+#include "Tests/Support/SessionBus.h"
+
+#include <chrono>
+#include <csignal>
+#include <string>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+class BusConnection : public Tests::SessionBusTest, public Shell::BusConnection::Delegate {
+  protected:
+    ~BusConnection() override { connection->close(); }
+
+    void SetUp() override {
+        ASSERT_GE(connection->open(), 0);
+        const char* name = nullptr;
+        ASSERT_GE(sd_bus_get_unique_name(connection->bus(), &name), 0); // connected
+        connection->schedule();
+    }
+    void busWillServe() override {}
+    void busServed() override { ++served; }
+    void busLost() override { ++lost; }
+
+    void stopBus() {
+        bus.daemon().signal(SIGSTOP);
+        ASSERT_TRUE(bus.daemon().waitForState('T'));
+    }
+    // The bus takes nothing more, and something waits for it.
+    void fillBus() {
+        stopBus();
+        const std::string text(1'000'000, 'x');
+        for (int i = 0; i < 1000 && !connection->hasUnsent(); ++i) {
+            ASSERT_GE(sd_bus_emit_signal(connection->bus(), "/a", "a.b", "C", "s", text.c_str()),
+                      0);
+        }
+        ASSERT_TRUE(connection->hasUnsent());
+    }
+    bool isServed() { return NS::RunLoop::currentRunLoop()->serveReady(); }
+
+    NS::Ref<Shell::BusConnection> connection = NS::make<Shell::BusConnection>(*this);
+    int served = 0;
+    int lost = 0;
+};
+
+TEST_F(BusConnection, SendsWhatTheBusDoesNotTakeAtOnceFromTheLoop) {
+    fillBus();
+    bus.daemon().signal(SIGCONT);
+    EXPECT_TRUE(NS::pumpUntil([&] { return !connection->hasUnsent(); }));
+}
+
+TEST_F(BusConnection, FlushesUntilTheBusHasTakenEverything) {
+    fillBus();
+    bus.daemon().signal(SIGCONT);
+    connection->flush(60s);
+    EXPECT_FALSE(connection->hasUnsent());
+    EXPECT_EQ(served, 0);
+}
+
+TEST_F(BusConnection, FlushesNoLongerThanItIsAllowedTo) {
+    fillBus();
+    const auto before = std::chrono::steady_clock::now();
+    connection->flush(100ms);
+    const auto taken = std::chrono::steady_clock::now() - before;
+    EXPECT_TRUE(connection->hasUnsent());
+    EXPECT_GE(taken, 100ms);
+    EXPECT_LT(taken, 10s);
+}
+
+TEST_F(BusConnection, WakesForCallsThatAreNotAnsweredInTime) {
+    stopBus();
+    constexpr std::uint64_t kTimeout = 50'000; // microseconds
+    int answers = 0;
+    sd_bus_message* call = nullptr;
+    ASSERT_GE(sd_bus_message_new_method_call(connection->bus(), &call, "a.b", "/a", "a.b", "C"), 0);
+    const auto answered = [](sd_bus_message* answer, void* count, sd_bus_error*) {
+        *static_cast<int*>(count) += sd_bus_message_is_method_error(answer, nullptr);
+        return 1;
+    };
+    ASSERT_GE(sd_bus_call_async(connection->bus(), nullptr, call, answered, &answers, kTimeout), 0);
+    sd_bus_message_unref(call);
+    EXPECT_TRUE(NS::pumpUntil([&] { return answers > 0; }));
+}
+
+TEST_F(BusConnection, RestsWhenThereIsNothingToDo) {
+    // The bus may still have something to say at first.
+    EXPECT_TRUE(NS::pumpUntil([] {
+        return !NS::RunLoop::currentRunLoop()->runMode_beforeDate(
+            NS::RunLoopMode::kDefault, *NS::Date::dateWithTimeIntervalSinceNow(0.1));
+    }));
+}
+
+TEST_F(BusConnection, LeavesTheLoopWhenTheBusGoes) {
+    bus.daemon().signal(SIGKILL);
+    EXPECT_TRUE(NS::pumpUntil([&] { return lost == 1; }));
+    EXPECT_EQ(connection->bus(), nullptr);
+    EXPECT_FALSE(connection->hasUnsent());
+    EXPECT_FALSE(isServed());
+    EXPECT_EQ(lost, 1);
+}
+
+TEST_F(BusConnection, LeavesTheLoopWhenItCloses) {
+    connection->close();
+    connection->close();
+    EXPECT_FALSE(isServed());
+    EXPECT_EQ(lost, 0);
+    EXPECT_EQ(connection->referenceCount(), 1U);
+}
+
+} // namespace
