@@ -12,11 +12,12 @@ const Shell::Menu kMenu{
 };
 
 TEST(MenuText, IsJsonInMenuOrder) {
-    EXPECT_EQ(jsonOf(kMenu),
-              R"({"title":"Fennmoor Cloud","items":[)"
-              R"({"title":"Empty Trash (3)","action":"emptyTrash","enabled":true},)"
-              "{\"title\":\"\u2014\u2014\",\"action\":null,\"enabled\":false},"
-              R"({"title":"1 KB used","action":null,"enabled":false}]})");
+    const std::string expected =
+        R"({"title":"Fennmoor Cloud","items":[)"
+        R"({"title":"Empty Trash (3)","action":"emptyTrash","enabled":true},)"
+        "{\"title\":\"\u2014\u2014\",\"action\":null,\"enabled\":false},"
+        R"({"title":"1 KB used","action":null,"enabled":false}]})";
+EXPECT_EQ(jsonOf(kMenu), expected);
 }
 
 TEST(MenuText, IsJsonOfAnEmptyMenu) {
