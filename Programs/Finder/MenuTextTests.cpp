@@ -14,7 +14,7 @@ const Shell::Menu kMenu{
 TEST(MenuText, IsJsonInMenuOrder) {
     const std::string expected =
         R"({"title":"Fennmoor Cloud","items":[)"
-        R"({"title":"Empty Trash (3)","action":"emptyTrash","enabled":true},)"
+        R"x({"title":"Empty Trash (3)","action":"emptyTrash","enabled":true},)x"
         "{\"title\":\"\u2014\u2014\",\"action\":null,\"enabled\":false},"
         R"({"title":"1 KB used","action":null,"enabled":false}]})";
 EXPECT_EQ(jsonOf(kMenu), expected);
