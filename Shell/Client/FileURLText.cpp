@@ -51,7 +51,7 @@ std::optional<std::string> pathOfFileURL(std::string_view url) {
         unsigned byte = 0;
         const auto end = digits.data() + digits.size();
         if (digits.size() != 2 || std::from_chars(digits.data(), end, byte, 16).ptr != end ||
-            byte == 0) {
+            byte == 0 || byte == '/') {
             return std::nullopt;
         }
         path.push_back(static_cast<char>(byte));
