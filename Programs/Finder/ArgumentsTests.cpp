@@ -72,7 +72,7 @@ TEST_F(Arguments, MayNameALinkThatLeadsNowhere) {
 
 TEST_F(Arguments, MustNameWhatExists) {
     EXPECT_EQ(errorOf({"docs/a", "docs/missing"}), "no such file or folder: docs/missing");
-    EXPECT_EQ(errorOf({"docs/a/below"}), "docs/a/below: Not a directory");
+    EXPECT_EQ(errorOf({"docs/a/below"}), "no such file or folder: docs/a/below");
     EXPECT_EQ(errorOf({""}), "a path is empty, or holds a NUL");
     EXPECT_THROW(menuRequestFrom({MenuKind::kToolbar, "missing", {}}), UserError);
 }

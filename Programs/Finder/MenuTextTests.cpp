@@ -17,7 +17,7 @@ TEST(MenuText, IsJsonInMenuOrder) {
         R"x({"title":"Empty Trash (3)","action":"emptyTrash","enabled":true},)x"
         "{\"title\":\"\u2014\u2014\",\"action\":null,\"enabled\":false},"
         R"({"title":"1 KB used","action":null,"enabled":false}]})";
-EXPECT_EQ(jsonOf(kMenu), expected);
+    EXPECT_EQ(jsonOf(kMenu), expected);
 }
 
 TEST(MenuText, IsJsonOfAnEmptyMenu) {

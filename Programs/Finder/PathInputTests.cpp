@@ -47,7 +47,7 @@ class PathInput : public Tests::FolderTest {
 };
 
 TEST_F(PathInput, IsSeparatedByNul) {
-    EXPECT_EQ(pathsFrom(file(std::string_view("/a b\0c\nd\0\xFF\0", 12))),
+    EXPECT_EQ(pathsFrom(file(std::string_view("/a b\0c\nd\0\xFF\0", 11))),
               (Paths{"/a b", "c\nd", "\xFF"}));
 }
 

@@ -2,6 +2,7 @@
 
 #include "Programs/Finder/Commands.h"
 #include "Programs/Finder/Completion.h"
+#include "Programs/Finder/MenuText.h"
 
 #include <CLI/CLI.hpp>
 
@@ -142,7 +143,7 @@ int main(int argc, char** argv) {
     try {
         perform(app, options);
     } catch (const UserError& error) {
-        std::cerr << "quorvane-finder: " << error.what() << '\n';
+        std::cerr << "quorvane-finder: " << printable(error.what()) << '\n';
         return EXIT_FAILURE;
     }
     return std::cout.flush() ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -158,6 +158,11 @@ TEST_F(Finder, TellsWhenAPathDoesNotExist) {
     EXPECT_EQ(finished.errors, "quorvane-finder: no such file or folder: missing\n");
 }
 
+TEST_F(Finder, TellsEachMistakeInOneLine) {
+    const auto finished = finder({"menu", "no\nsuch\033[2Jfile"});
+    EXPECT_EQ(finished.errors, "quorvane-finder: no such file or folder: no?such?[2Jfile\n");
+}
+
 TEST_F(Finder, TellsWhenTheExtensionIsNotRunning) {
     extension->signal(SIGKILL);
     EXPECT_TRUE(extension->waitForExit());
@@ -236,7 +241,7 @@ TEST_P(OddNames, ReachTheHostUnchanged) {
 INSTANTIATE_TEST_SUITE_P(
     Of, OddNames,
     testing::Values(OddName{"Blanks", " a  b "}, OddName{"Quotes", "a\"b'c`d"},
-                    OddName{"Newlines", "a\nMOVETOTRASH:/Docs\n"}, OddName{"Colons", ":a:b:"},
+                    OddName{"Newlines", "a\nMOVETOTRASH:Docs\n"}, OddName{"Colons", ":a:b:"},
                     OddName{"PercentSigns", "100%25%@%s"}, OddName{"Emoji", "\U0001F600\u200D"},
                     OddName{"ComposedAccents", "\u00e9t\u00e9"},
                     OddName{"DecomposedAccents", "e\u0301te\u0301"},
