@@ -46,24 +46,20 @@ class FinderClient::Session {
     // loop has its turn before that is told.
     void serve() {
         connection.serve();
-        handled();
-        if (isTelling_ || told_ == extension.changes()) {
-            return;
-        }
-        told_ = extension.changes();
-        const Telling telling(isTelling_);
-        if (const auto tell = onChange) { // which it may replace
-            tell();
+        takeIn();
+        if (!isTelling_ && told_ != extension.changes()) {
+            told_ = extension.changes();
+            const Telling telling(isTelling_);
+            if (const auto tell = onChange) { // which it may replace
+                tell();
+            }
         }
         handled();
     }
 
     // After each time that messages were handled.
     void handled() {
-        if (connection.bus() == nullptr) {
-            extension.busLost();
-        }
-        shown.update();
+        takeIn();
         if (told_ != extension.changes()) {
             connection.wake();
         }
@@ -106,6 +102,13 @@ class FinderClient::Session {
         bool& flag_;
     };
 
+    void takeIn() {
+        if (connection.bus() == nullptr) {
+            extension.busLost();
+        }
+        shown.update();
+    }
+
     std::uint64_t told_ = extension.changes();
     bool isTelling_ = false;
 };
@@ -127,7 +130,8 @@ void FinderClient::setOnChange(std::function<void()> onChange) {
 }
 
 bool FinderClient::waitUntilKnown(milliseconds timeout) {
-    return session_->waitUntil([this] { return session_->extension.isKnown(); }, timeout);
+    (void)session_->waitUntil([this] { return session_->extension.isKnown(); }, timeout);
+    return session_->extension.isKnown(); // that it is absent when the bus has gone
 }
 
 bool FinderClient::isPresent() const noexcept {

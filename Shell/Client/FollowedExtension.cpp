@@ -97,8 +97,10 @@ struct FollowedExtension::Callbacks {
 FollowedExtension::FollowedExtension(ClientConnection& connection) : connection_(connection) {
     sd_bus* const bus = connection_.bus();
     if (bus == nullptr) {
+        isOwnerKnown_ = true;
         return;
     }
+    // What fails here is the connection itself, as whoever serves it will see.
     (void)sd_bus_add_match_async(bus, nullptr, kOwnerChanged.c_str(), &Callbacks::ownerChanged,
                                  nullptr, this);
     (void)sd_bus_add_match_async(bus, nullptr, kPropertiesChanged.c_str(),
@@ -109,7 +111,7 @@ FollowedExtension::FollowedExtension(ClientConnection& connection) : connection_
 }
 
 bool FollowedExtension::isKnown() const noexcept {
-    return connection_.bus() == nullptr || (isOwnerKnown_ && (owner_.empty() || hasAnswered_));
+    return isOwnerKnown_ && (owner_.empty() || hasAnswered_);
 }
 
 void FollowedExtension::noteChange() noexcept {
