@@ -166,12 +166,9 @@ TEST_F(Finder, TellsEachMistakeInOneLine) {
 TEST_F(Finder, TellsWhenTheExtensionIsNotRunning) {
     extension->signal(SIGKILL);
     EXPECT_TRUE(extension->waitForExit());
-    for (const auto& command : {
-             std::vector<std::string>{"status"},
-             {                                                  "menu"},
-             {                                         "pick",      "QV: Share"},
-             { "observe",       "begin", "."}
-    }) {
+    const std::vector<std::vector<std::string>> commands{
+        {"status"}, {"menu"}, {"pick", "QV: Share"}, {"observe", "begin", "."}};
+    for (const auto& command : commands) {
         const auto finished = finder(command);
         EXPECT_EQ(finished.status, 1);
         EXPECT_EQ(finished.errors, "quorvane-finder: the extension is not running\n");
