@@ -72,7 +72,7 @@ void measure(const Row& row, int rounds) {
         }
     }
     std::ranges::sort(times);
-    std::printf("%-28s %9.3f %9.3f %9.3f\n", row.name.c_str(), times[times.size() / 2],
+    std::printf("%-34s %9.3f %9.3f %9.3f\n", row.name.c_str(), times[times.size() / 2],
                 times[times.size() * 99 / 100], times.back());
 }
 
@@ -115,7 +115,7 @@ int main(int argc, char** argv) {
         std::cerr << "quorvane-menu-times: the extension is not running\n";
         return EXIT_FAILURE;
     }
-    std::printf("%-28s %9s %9s %9s   milliseconds\n", "", "median", "p99", "longest");
+    std::printf("%-34s %9s %9s %9s   milliseconds\n", "", "median", "p99", "longest");
     for (const int items : {1, options.items}) {
         const Shell::Place outside = placeOf(options, items, "");
         const Shell::Place inTrash = placeOf(options, items, "/Trash");

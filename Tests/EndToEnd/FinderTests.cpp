@@ -166,16 +166,15 @@ TEST_F(Finder, TellsEachMistakeInOneLine) {
 TEST_F(Finder, TellsWhenTheExtensionIsNotRunning) {
     extension->signal(SIGKILL);
     EXPECT_TRUE(extension->waitForExit());
-    for (const auto& command : {
-             std::vector<std::string>{"status"},
-             {                                                  "menu"},
-             {                                         "pick",      "QV: Share"},
-             { "observe",       "begin", "."}
-    }) {
+    const auto expectAbsence = [&](const std::vector<std::string>& command) {
         const auto finished = finder(command);
         EXPECT_EQ(finished.status, 1);
         EXPECT_EQ(finished.errors, "quorvane-finder: the extension is not running\n");
-    }
+    };
+    expectAbsence({"status"});
+    expectAbsence({"menu"});
+    expectAbsence({"pick", "QV: Share"});
+    expectAbsence({"observe", "begin", "."});
 }
 
 TEST_F(Finder, TellsWhatIsWrongWithItsUsage) {
