@@ -93,12 +93,13 @@ class FinderClient::Session {
   private:
     class Telling {
       public:
-        explicit Telling(bool& flag) : flag_(flag) { flag_ = true; }
-        ~Telling() { flag_ = false; }
+        explicit Telling(bool& flag) : before_(std::exchange(flag, true)), flag_(flag) {}
+        ~Telling() { flag_ = before_; }
         Telling(const Telling&) = delete;
         Telling& operator=(const Telling&) = delete;
 
       private:
+        bool before_;
         bool& flag_;
     };
 

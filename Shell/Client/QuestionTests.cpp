@@ -24,6 +24,12 @@ class Question : public Tests::ClientTest {
     Outcome run(std::string_view action, std::chrono::milliseconds timeout = kLong) {
         return client->run(MenuKind::kItems, action, item, timeout);
     }
+    // An item with a name of so many letters.
+    static Place itemOf(std::size_t letters) {
+        Place place{{"/mnt/Drive/"}, ""};
+        place.items[0].append(letters, 'a');
+        return place;
+    }
     std::string lastCall() {
         const auto calls = extension->calls();
         return calls.empty() ? "none" : calls.back();
@@ -177,9 +183,8 @@ TEST_F(Question, GivesUpInTimeWhenTheBusIsStopped) {
 
 TEST_F(Question, IsNotQueuedBehindABusThatTakesNothing) {
     stop(bus.daemon());
-    // More than the socket takes.
-    const Place large{{"/mnt/Drive/" + std::string(40'000'000, 'a')}, ""};
-    EXPECT_EQ(menu(large, 0ms), Outcome::kTimedOut);
+    constexpr std::size_t kMoreThanASocketTakes = 40'000'000;
+    EXPECT_EQ(menu(itemOf(kMoreThanASocketTakes), 0ms), Outcome::kTimedOut);
     EXPECT_EQ(menu(item, 0ms), Outcome::kTimedOut);
     EXPECT_EQ(menu(item, 0ms), Outcome::kTimedOut);
     bus.daemon().signal(SIGCONT);
@@ -205,15 +210,16 @@ TEST_F(Question, IsTooLargeBeyondWhatAnArrayOfTheBusHolds) {
     constexpr std::size_t kLongest = std::size_t{64} << 20U;
     const std::string url = "file:///mnt/Drive/";
     const std::size_t fits = kLongest - url.size() - 5;
-    EXPECT_EQ(menu({{"/mnt/Drive/" + std::string(fits + 1, 'a')}, ""}), Outcome::kTooLarge);
+    EXPECT_EQ(menu(itemOf(fits + 1)), Outcome::kTooLarge);
     EXPECT_TRUE(extension->calls().empty());
     EXPECT_NE(client->error(), "");
-    EXPECT_EQ(menu({{"/mnt/Drive/" + std::string(fits, 'a')}, ""}), Outcome::kDone);
+    EXPECT_EQ(menu(itemOf(fits)), Outcome::kDone);
     EXPECT_EQ(client->error(), "");
 }
 
 TEST_F(Question, IsTooLargeWithATextThatLeavesNoRoom) {
-    EXPECT_EQ(run(std::string(20'000'000, 'a')), Outcome::kTooLarge);
+    EXPECT_EQ(run(itemOf(std::size_t{16} << 20U).items[0]), Outcome::kTooLarge);
+    EXPECT_TRUE(extension->calls().empty());
 }
 
 TEST_F(Question, FailsWithAnActionThatIsNoText) {

@@ -34,8 +34,10 @@ bool isAbsolute(std::string_view path) {
     return path.starts_with('/') && path.find('\0') == std::string_view::npos;
 }
 
-std::string joined(const std::string& folder, std::string_view name) {
-    return (folder == "/" ? "" : folder) + "/" + std::string(name);
+std::string joined(std::string_view folder, std::string_view name) {
+    std::string path;
+    path.reserve(folder.size() + 1 + name.size());
+    return path.append(folder == "/" ? "" : folder).append("/").append(name);
 }
 
 bool isBelow(std::string_view path, std::string_view folder) {
@@ -59,23 +61,25 @@ WatchedFolders::WatchedFolders(const std::vector<std::string>& folders) {
 }
 
 Placing WatchedFolders::placeResolved(std::string path) const {
-    Placing placing{Where::kOutside, {}};
+    Where where = Where::kOutside;
+    const Watched* respelled = nullptr;
     for (const Watched& watched : watched_) {
         if (path == watched.resolved || path == watched.spelling) {
             return {Where::kWatched, watched.spelling};
         }
         if (isBelow(path, watched.resolved)) {
-            placing = {Where::kInside, moved(path, watched.resolved, watched.spelling)};
+            where = Where::kInside;
+            respelled = watched.resolved == watched.spelling ? nullptr : &watched;
         } else if (isBelow(path, watched.spelling)) {
-            placing = {Where::kInside, path};
-        } else if (placing.where == Where::kOutside && path.starts_with(watched.spelling)) {
-            placing.where = Where::kBeside;
+            where = Where::kInside;
+        } else if (where == Where::kOutside && path.starts_with(watched.spelling)) {
+            where = Where::kBeside;
         }
     }
-    if (!placing.isOnDrive()) {
-        placing.path = std::move(path);
+    if (respelled != nullptr) {
+        path = moved(path, respelled->resolved, respelled->spelling);
     }
-    return placing;
+    return {where, std::move(path)};
 }
 
 Placing WatchedFolders::placeFolder(std::string_view path) const {

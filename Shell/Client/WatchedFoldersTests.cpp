@@ -31,7 +31,7 @@ class WatchedFolders : public Tests::FolderTest {
         std::filesystem::create_symlink(root / target, root / name);
     }
 
-    std::string full(std::string path) const {
+    std::string full(const std::string& path) const {
         return path.starts_with('@') ? root.string() + path.substr(1) : path;
     }
     std::string brief(const Shell::Placing& placing) const {

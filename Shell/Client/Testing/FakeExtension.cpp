@@ -80,7 +80,7 @@ void FakeExtension::perform(std::function<void()> work) {
     std::promise<void> done;
     {
         const std::lock_guard lock(mutex_);
-        work_.push_back([&] {
+        work_.emplace_back([&] {
             try {
                 work();
                 done.set_value();
