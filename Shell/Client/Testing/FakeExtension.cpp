@@ -59,11 +59,7 @@ void FakeExtension::serve() {
         for (const auto& each : work) {
             each();
         }
-        std::uint64_t unsent = 0;
-        if (isFlooding_ && sd_bus_get_n_queued_write(bus_.get(), &unsent) >= 0 && unsent == 0) {
-            tellChange("Generation");
-        }
-        if (isEnding_ || sd_bus_process(bus_.get(), nullptr) > 0 || isFlooding_) {
+        if (isEnding_ || sd_bus_process(bus_.get(), nullptr) > 0) {
             continue;
         }
         pollfd ready[] = {
@@ -135,13 +131,17 @@ void FakeExtension::setWatchedFolders(std::vector<std::string> folders) {
     perform([&] {
         watchedFolders_ = std::move(folders);
         tellChange("WatchedFolders");
+        awaitBus();
     });
 }
 
-void FakeExtension::changeGeneration() {
-    perform([this] {
-        ++generation_;
-        tellChange("Generation");
+void FakeExtension::changeGeneration(int times) {
+    perform([&] {
+        for (int i = 0; i < times; ++i) {
+            ++generation_;
+            tellChange("Generation");
+        }
+        awaitBus();
     });
 }
 
@@ -149,11 +149,8 @@ void FakeExtension::changeToolTip(std::string toolTip) {
     perform([&] {
         toolTip_ = std::move(toolTip);
         tellChange("ToolbarItemToolTip");
+        awaitBus();
     });
-}
-
-void FakeExtension::tellChangesWithoutEnd() {
-    perform([this] { isFlooding_ = true; });
 }
 
 std::vector<std::string> FakeExtension::calls() {
@@ -306,6 +303,13 @@ void FakeExtension::tellChange(const char* property) {
     require(sd_bus_message_append(signal, "as", 0), "no other properties");
     require(sd_bus_send(bus_.get(), signal, nullptr), "to tell a change");
     sd_bus_message_unref(signal);
+}
+
+// The bus takes what it is sent in order, and answers this last.
+void FakeExtension::awaitBus() {
+    require(sd_bus_call_method(bus_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                               "org.freedesktop.DBus", "GetId", nullptr, nullptr, ""),
+            "to answer");
 }
 
 } // namespace Tests

@@ -42,12 +42,10 @@ class FakeExtension {
     // Answers Menu with a number.
     void setMenuMalformed();
 
-    // Tell their change.
+    // Tell their change; the bus has it when they return.
     void setWatchedFolders(std::vector<std::string> folders);
-    void changeGeneration();
+    void changeGeneration(int times = 1);
     void changeToolTip(std::string toolTip);
-    // Tells changes for as long as it lives, as quickly as it can.
-    void tellChangesWithoutEnd();
 
     // "Menu 0 [file:///a file:///b] file:///t", "BeginObserving file:///a true", and so on.
     std::vector<std::string> calls();
@@ -69,6 +67,7 @@ class FakeExtension {
     void answerProperties(sd_bus_message* call);
     void appendProperty(sd_bus_message* message, const char* name);
     void tellChange(const char* property);
+    void awaitBus();
     std::string argumentsOf(sd_bus_message* call);
 
     std::unique_ptr<sd_bus, Free> bus_;
@@ -86,7 +85,6 @@ class FakeExtension {
     };
     bool isMenuMalformed_ = false;
     bool keepsCalls_ = false;
-    bool isFlooding_ = false;
     std::string error_;
     std::string message_;
     std::vector<sd_bus_message*> kept_;
