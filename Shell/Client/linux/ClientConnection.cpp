@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint64_t kMicroseconds = 1'000'000;
 constexpr std::uint64_t kNever = UINT64_MAX;
 // What one turn of a file manager's loop may cost, however much there is.
-constexpr int kMessagesPerTurn = 256;
+constexpr int kMessagesPerTurn = 64;
 
 // Adds a descriptor, or changes what it is waited for; it leaves by being closed.
 bool watch(int epoll, int descriptor, int events) noexcept {
