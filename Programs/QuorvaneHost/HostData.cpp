@@ -7,6 +7,8 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <fcntl.h>
+#include <sys/file.h>
 
 std::string shortNameFor(const std::string& bytes) {
     constexpr std::uint64_t kOffsetBasis = 0xCBF29CE484222325;
@@ -18,6 +20,18 @@ std::string shortNameFor(const std::string& bytes) {
     std::array<char, 17> text{};
     (void)std::snprintf(text.data(), text.size(), "%016llx", static_cast<unsigned long long>(hash));
     return text.data();
+}
+
+NS::FileDescriptor lockHostData(const std::string& folder) {
+    const std::string file = folder + "/lock";
+    NS::FileDescriptor lock(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!lock) {
+        throw Refusal("the file \"" + file + "\" cannot be opened: " + systemError());
+    }
+    if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        throw Refusal("another host application is running for this drive");
+    }
+    return lock;
 }
 
 std::string hostDataFolderFor(const std::string& drivePath) {
