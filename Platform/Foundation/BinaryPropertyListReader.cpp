@@ -213,6 +213,17 @@ Item BinaryPropertyListReader::sizedItem(unsigned marker, std::uint64_t bodyOffs
     return item;
 }
 
+Item BinaryPropertyListReader::withUid(const Item& dictionary) const noexcept {
+    if (dictionary.kind != Kind::kDictionary || dictionary.count != 1) {
+        return dictionary;
+    }
+    const Item key = element(dictionary, 0);
+    const Item value = element(dictionary, 1);
+    const bool isUid = key.kind == Kind::kAscii && charactersOf(key.bytes()) == "CF$UID" &&
+                       value.kind == Kind::kInteger && value.bits >> 63U == 0;
+    return isUid ? valueItem(Kind::kUid, value.bits) : dictionary;
+}
+
 std::uint64_t BinaryPropertyListReader::reference(const Item& collection,
                                                   std::uint64_t position) const noexcept {
     return BigEndian::load(collection.body + position * referenceWidth_, referenceWidth_);

@@ -67,6 +67,10 @@ class BinaryPropertyListReader {
         return item(reference(collection, position));
     }
 
+    // A UID for the dictionary that XML has for one, which some converters to the binary form leave
+    // as it is; anything else as it stands.
+    Item withUid(const Item& item) const noexcept;
+
   private:
     BinaryPropertyListReader() = default;
 

@@ -474,7 +474,7 @@ std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, bool 
     std::vector<Ref<Object>> objects;
     objects.reserve(static_cast<std::size_t>(list.count));
     for (std::uint64_t i = 0; i < list.count; ++i) {
-        const Item uid = list_.element(list, i);
+        const Item uid = list_.withUid(list_.element(list, i));
         RefPtr<Object> object =
             uid.kind == Kind::kUid ? objectForUid(uid.bits, mustBeComplete) : nullptr;
         if (!object) {
@@ -540,7 +540,7 @@ KeyedUnarchiver::Member KeyedUnarchiver::memberOf(const Member& dictionary,
 KeyedUnarchiver::Member KeyedUnarchiver::memberAt(const Item& dictionary,
                                                   std::uint64_t position) const {
     const std::uint64_t number = list_.reference(dictionary, dictionary.count + position);
-    return {number, list_.item(number), true};
+    return {number, list_.withUid(list_.item(number)), true};
 }
 
 } // namespace NS

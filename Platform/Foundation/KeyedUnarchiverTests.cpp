@@ -347,6 +347,24 @@ TEST_F(KeyedUnarchiver, ReadsTheXMLForm) {
     EXPECT_EQ(as<ArchivedRecord>(NS::RefPtr<NS::Object>(array->objectAtIndex(3)))->time(), 1.5);
 }
 
+// Tools that turn XML into a binary list do not all know what this dictionary stands for.
+TEST_F(KeyedUnarchiver, TakesTheDictionaryOfXMLForAUidInABinaryListToo) {
+    const auto uid = [&](HandMade::Uid entry) {
+        return archive.dictionary({
+            {"CF$UID", archive.list.addInteger(entry)}
+        });
+    };
+    const auto text = archive.add(archive.list.addAscii("x"));
+    const HandMade::Reference elements[] = {uid(text), uid(text)};
+    const auto root = archive.add(archive.dictionary({
+        {"$class",     uid(archive.addClass("NSArray"))},
+        {"NS.objects", archive.list.addArray(elements) }
+    }));
+    const auto array = as<NS::Array>(unarchive(*archive.data(root)));
+    ASSERT_TRUE(array);
+    EXPECT_EQ(array->objectAtIndex(0), array->objectAtIndex(1));
+}
+
 TEST_F(KeyedUnarchiver, SaysWhatIsWrongWithXML) {
     const std::string cut(kArchiveInXML.substr(0, 100));
     EXPECT_EQ(

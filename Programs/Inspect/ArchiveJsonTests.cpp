@@ -163,6 +163,17 @@ TEST_F(ArchiveJson, ReadsXML) {
               "no keyed archive, or a damaged one: no element found on line 1");
 }
 
+TEST_F(ArchiveJson, TakesTheDictionaryOfXMLForAUidInABinaryListToo) {
+    const auto uid = archive.dictionary({
+        {"CF$UID", archive.list.addInteger(addText("x"))}
+    });
+    EXPECT_EQ(json(archive.addRecord(archive.addClass("R"),
+                                     {
+                                         {"a", uid}
+    })),
+              R"({"$class":"R","a":"x"})");
+}
+
 TEST_F(ArchiveJson, SaysWhatIsWrong) {
     const std::string damaged = "no keyed archive, or a damaged one: ";
     EXPECT_EQ(json(9999), damaged + "a UID of an object that is not there");

@@ -64,7 +64,9 @@ class ArchiveReading {
     NS::RefPtr<NS::Object> boxedValue(Shape shape, const Item& object);
 
   private:
-    Member memberAt(std::uint64_t number) const { return {number, list_.item(number)}; }
+    Member memberAt(std::uint64_t number) const {
+        return {number, list_.withUid(list_.item(number))};
+    }
     NS::RefPtr<NS::Object> plainValueUnder(const Item& object, std::string_view key);
     NS::RefPtr<NS::Object> boxedText(const Item& object);
     NS::RefPtr<NS::Object> boxedData(const Item& object);

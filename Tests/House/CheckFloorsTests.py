@@ -1,6 +1,6 @@
 """Scripts/check-floors, on small trees with one file each.
 
-Written without a test framework: Debian's python3-minimal, all that a build needs, has none.
+Written without a test framework, as a script of a few rows needs none.
 """
 
 import subprocess

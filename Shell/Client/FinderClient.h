@@ -115,15 +115,21 @@ class FinderClient {
     Outcome run(MenuKind kind, std::string_view action, const Place& place,
                 std::chrono::milliseconds timeout = kDefaultTimeout);
 
-    // Tells that a window begins, or stops, showing a folder; folders that are not watched are
-    // kept to itself. Does not wait. What was begun with untilGone ends when this client goes.
+    // Tells that a window begins, or stops, showing a folder; of one that is not watched the
+    // extension hears nothing. Does not wait. A folder that was begun twice has to end twice.
+    //
+    // What was begun until this client goes ends with it, and an extension that comes later hears
+    // of it as well. What was begun until it is ended is told just once, to the extension that is
+    // there.
     enum class Lifetime : bool { kUntilEnded, kUntilGone };
     Outcome beginObserving(std::string_view folder, Lifetime lifetime = Lifetime::kUntilGone);
     Outcome endObserving(std::string_view folder);
+    // Waits until the extension has taken in what these two told: the worst of its answers.
+    Outcome settle(std::chrono::milliseconds timeout = kDefaultTimeout);
 
   private:
-    class Bus;
-    std::unique_ptr<Bus> bus_;
+    class Session;
+    std::unique_ptr<Session> session_;
 };
 
 } // namespace Shell

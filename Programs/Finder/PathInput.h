@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Paths that a descriptor brings, each ended by a NUL; the last may go without. Reads to the end.
+// Throws UserError when it cannot be read, or brings more than kLongestPathInput bytes.
+std::vector<std::string> pathsFrom(int descriptor);
+
+// The same where the descriptor is a file, or a pipe that begins to bring something within a
+// second; else none: a terminal, or a pipe that a parent merely keeps open, is not waited for.
+std::vector<std::string> pathsFromPipe(int descriptor);

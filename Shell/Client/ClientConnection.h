@@ -1,0 +1,66 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <systemd/sd-bus.h>
+
+namespace Shell {
+
+struct BusMessageUnref {
+    void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }
+};
+using BusMessage = std::unique_ptr<sd_bus_message, BusMessageUnref>;
+
+struct BusSlotUnref {
+    void operator()(sd_bus_slot* slot) const noexcept { sd_bus_slot_unref(slot); }
+};
+using BusSlot = std::unique_ptr<sd_bus_slot, BusSlotUnref>;
+
+// A connection of a file manager to the session bus that never waits for it, but in waitUntil(),
+// which ends in time. Belongs to one thread.
+class ClientConnection {
+  public:
+    using Clock = std::chrono::steady_clock;
+
+    // Begins to connect; error() tells why it could not.
+    ClientConnection();
+    ~ClientConnection();
+    ClientConnection(const ClientConnection&) = delete;
+    ClientConnection& operator=(const ClientConnection&) = delete;
+
+    // Null when there is no bus, or no longer.
+    sd_bus* bus() const noexcept { return bus_.get(); }
+    const std::string& error() const noexcept { return error_; }
+
+    // Readable when serve() has something to do; the same for the life of this object.
+    int descriptor() const noexcept { return epoll_; }
+    // Handles what has come, without waiting.
+    void serve();
+    // Handles what comes until the condition holds; false when it did not in time, or the bus went.
+    bool waitUntil(const std::function<bool()>& condition, Clock::time_point deadline);
+    // Looks up what the connection waits for now; after calls that send something.
+    void awaitEvents() noexcept;
+
+  private:
+    struct Close {
+        void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
+    };
+
+    bool process();
+    void pollUntil(Clock::time_point deadline) const;
+    void lose(int negativeNumber);
+    void awaitSocket() noexcept;
+    void awaitMoment(std::uint64_t microseconds) noexcept;
+
+    int epoll_;
+    int timer_;
+    int awaitedSocket_ = -1;
+    int awaitedEvents_ = 0;
+    std::unique_ptr<sd_bus, Close> bus_;
+    std::string error_;
+};
+
+} // namespace Shell

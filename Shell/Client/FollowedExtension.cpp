@@ -1,0 +1,213 @@
+#include "Shell/Client/FollowedExtension.h"
+
+#include "Shell/Client/FileURLText.h"
+#include "Shell/FinderInterface.h"
+
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Shell {
+
+namespace {
+
+constexpr const char* kBusName = "org.freedesktop.DBus";
+constexpr const char* kBusObject = "/org/freedesktop/DBus";
+constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
+
+const std::string kOwnerChanged =
+    std::string("type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',"
+                "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg0='") +
+    FinderInterface::kName + "'";
+const std::string kPropertiesChanged =
+    std::string("type='signal',interface='org.freedesktop.DBus.Properties',"
+                "member='PropertiesChanged',path='") +
+    FinderInterface::kObject + "',arg0='" + FinderInterface::kInterface + "'";
+
+// An extension that is stopped answers when it goes on, however late that is.
+constexpr std::uint64_t kForEver = UINT64_MAX;
+
+struct TextProperty {
+    std::string_view name;
+    std::string ToolbarItem::*member;
+};
+constexpr TextProperty kTextProperties[] = {
+    {"ToolbarItemName",    &ToolbarItem::name     },
+    {"ToolbarItemToolTip", &ToolbarItem::toolTip  },
+    {"ToolbarItemImage",   &ToolbarItem::imageName},
+};
+
+int readText(sd_bus_message* message, std::string& text) {
+    const char* value = "";
+    const int result = sd_bus_message_read(message, "v", "s", &value);
+    if (result >= 0) {
+        text = value;
+    }
+    return result;
+}
+
+int readFile(sd_bus_message* message, std::string& path) {
+    std::string url;
+    const int result = readText(message, url);
+    path = pathOfFileURL(url).value_or("");
+    return result;
+}
+
+} // namespace
+
+// What the library calls. Nothing here raises: allocation alone could, and then nobody goes on.
+struct FollowedExtension::Callbacks {
+    static FollowedExtension& self(void* object) {
+        return *static_cast<FollowedExtension*>(object);
+    }
+
+    static int ownerChanged(sd_bus_message* signal, void* object, sd_bus_error*) noexcept {
+        const char* name = nullptr;
+        const char* before = nullptr;
+        const char* now = nullptr;
+        if (sd_bus_message_read(signal, "sss", &name, &before, &now) >= 0) {
+            self(object).setOwner(now);
+        }
+        return 0;
+    }
+    // An error says that there is none.
+    static int ownerTold(sd_bus_message* reply, void* object, sd_bus_error*) noexcept {
+        const char* owner = "";
+        if (sd_bus_message_is_method_error(reply, nullptr) > 0 ||
+            sd_bus_message_read(reply, "s", &owner) < 0) {
+            owner = "";
+        }
+        self(object).setOwner(owner);
+        return 1;
+    }
+    static int propertiesTold(sd_bus_message* reply, void* object, sd_bus_error*) noexcept {
+        self(object).takeAll(reply);
+        return 1;
+    }
+    static int propertiesChanged(sd_bus_message* signal, void* object, sd_bus_error*) noexcept {
+        FollowedExtension& extension = self(object);
+        const char* const sender = sd_bus_message_get_sender(signal);
+        if (extension.isPresent_ && sender != nullptr && extension.owner_ == sender &&
+            sd_bus_message_skip(signal, "s") >= 0 && extension.takeProperties(signal) >= 0) {
+            ++extension.changes_;
+        }
+        return 0;
+    }
+};
+
+FollowedExtension::FollowedExtension(ClientConnection& connection) : connection_(connection) {
+    sd_bus* const bus = connection_.bus();
+    if (bus == nullptr) {
+        return;
+    }
+    (void)sd_bus_add_match_async(bus, nullptr, kOwnerChanged.c_str(), &Callbacks::ownerChanged,
+                                 nullptr, this);
+    (void)sd_bus_add_match_async(bus, nullptr, kPropertiesChanged.c_str(),
+                                 &Callbacks::propertiesChanged, nullptr, this);
+    (void)sd_bus_call_method_async(bus, nullptr, kBusName, kBusObject, kBusName, "GetNameOwner",
+                                   &Callbacks::ownerTold, this, "s", FinderInterface::kName);
+    connection_.awaitEvents();
+}
+
+bool FollowedExtension::isKnown() const noexcept {
+    return connection_.bus() == nullptr || (isOwnerKnown_ && (owner_.empty() || isPresent_));
+}
+
+void FollowedExtension::setOwner(const char* owner) {
+    if (isOwnerKnown_ && owner_ == owner) {
+        return;
+    }
+    isOwnerKnown_ = true;
+    owner_ = owner;
+    properties_.reset();
+    isPresent_ = false;
+    watched_.set({});
+    toolbarItem_ = {};
+    generation_ = 0;
+    ++changes_;
+    if (!owner_.empty()) {
+        askForProperties();
+    }
+}
+
+// Of the owner by its unique name: nobody is started for it.
+void FollowedExtension::askForProperties() {
+    sd_bus_message* made = nullptr;
+    if (sd_bus_message_new_method_call(connection_.bus(), &made, owner_.c_str(),
+                                       FinderInterface::kObject, kProperties, "GetAll") < 0) {
+        return;
+    }
+    const BusMessage question(made);
+    sd_bus_slot* slot = nullptr;
+    if (sd_bus_message_append(made, "s", FinderInterface::kInterface) >= 0 &&
+        sd_bus_call_async(connection_.bus(), &slot, made, &Callbacks::propertiesTold, this,
+                          kForEver) >= 0) {
+        properties_.reset(slot);
+    }
+}
+
+void FollowedExtension::takeAll(sd_bus_message* reply) {
+    if (sd_bus_message_is_method_error(reply, nullptr) > 0 || takeProperties(reply) < 0) {
+        return; // not one of ours, or about to go
+    }
+    isPresent_ = true;
+    ++changes_;
+}
+
+int FollowedExtension::takeProperties(sd_bus_message* message) {
+    int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}");
+    while (result >= 0 &&
+           (result = sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv")) > 0) {
+        result = takeProperty(message);
+        if (result >= 0) {
+            result = sd_bus_message_exit_container(message);
+        }
+    }
+    return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
+int FollowedExtension::takeProperty(sd_bus_message* message) {
+    const char* name = nullptr;
+    const int result = sd_bus_message_read(message, "s", &name);
+    if (result < 0) {
+        return result;
+    }
+    const std::string_view property(name);
+    if (property == "WatchedFolders") {
+        return takeWatchedFolders(message);
+    }
+    if (property == "Generation") {
+        return sd_bus_message_read(message, "v", "t", &generation_);
+    }
+    if (property == "ToolbarItemImageFile") {
+        return readFile(message, toolbarItem_.imageFile);
+    }
+    for (const TextProperty& text : kTextProperties) {
+        if (property == text.name) {
+            return readText(message, toolbarItem_.*text.member);
+        }
+    }
+    return sd_bus_message_skip(message, "v");
+}
+
+int FollowedExtension::takeWatchedFolders(sd_bus_message* message) {
+    std::vector<std::string> folders;
+    const char* url = nullptr;
+    int result = sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, "as");
+    if (result >= 0) {
+        result = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "s");
+    }
+    while (result >= 0 &&
+           (result = sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, &url)) > 0) {
+        if (auto path = pathOfFileURL(url)) {
+            folders.push_back(std::move(*path));
+        }
+    }
+    if (result < 0 || (result = sd_bus_message_exit_container(message)) < 0) {
+        return result;
+    }
+    watched_.set(std::move(folders));
+    return sd_bus_message_exit_container(message);
+}
+
+} // namespace Shell

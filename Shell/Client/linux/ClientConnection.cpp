@@ -1,0 +1,152 @@
+#include "Shell/Client/ClientConnection.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/timerfd.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace Shell {
+
+namespace {
+
+constexpr std::uint64_t kMicroseconds = 1'000'000;
+constexpr std::uint64_t kNever = UINT64_MAX;
+
+// Adds a descriptor, or changes what it is waited for; it leaves by being closed.
+bool watch(int epoll, int descriptor, int events) noexcept {
+    epoll_event event{};
+    event.events = static_cast<std::uint32_t>(events);
+    event.data.fd = descriptor;
+    return ::epoll_ctl(epoll, EPOLL_CTL_MOD, descriptor, &event) == 0 ||
+           ::epoll_ctl(epoll, EPOLL_CTL_ADD, descriptor, &event) == 0;
+}
+
+ClientConnection::Clock::time_point momentOf(std::uint64_t microseconds) {
+    // The library's moments are on the clock that steady_clock reads.
+    constexpr std::uint64_t kFarAway = kNever / 4000;
+    return ClientConnection::Clock::time_point(
+        std::chrono::microseconds(std::min(microseconds, kFarAway)));
+}
+
+} // namespace
+
+ClientConnection::ClientConnection()
+    : epoll_(::epoll_create1(EPOLL_CLOEXEC)),
+      timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {
+    (void)watch(epoll_, timer_, EPOLLIN);
+    sd_bus* bus = nullptr;
+    const int result = sd_bus_open_user_with_description(&bus, "file manager");
+    if (result < 0) {
+        lose(result);
+        return;
+    }
+    bus_.reset(bus);
+    (void)sd_bus_set_exit_on_disconnect(bus, 0);
+    awaitEvents();
+}
+
+ClientConnection::~ClientConnection() {
+    bus_.reset();
+    for (const int descriptor : {epoll_, timer_}) {
+        if (descriptor >= 0) {
+            (void)::close(descriptor);
+        }
+    }
+}
+
+void ClientConnection::serve() {
+    std::uint64_t expirations = 0;
+    [[maybe_unused]] const ssize_t taken = ::read(timer_, &expirations, sizeof expirations);
+    while (process()) {
+    }
+    awaitEvents();
+}
+
+bool ClientConnection::waitUntil(const std::function<bool()>& condition,
+                                 Clock::time_point deadline) {
+    while (!condition() && bus_) {
+        if (process()) {
+            continue;
+        }
+        if (condition() || Clock::now() >= deadline) {
+            break;
+        }
+        pollUntil(deadline);
+    }
+    awaitEvents();
+    return condition();
+}
+
+// One step; false when there was nothing to do.
+bool ClientConnection::process() {
+    if (!bus_) {
+        return false;
+    }
+    const int result = sd_bus_process(bus_.get(), nullptr);
+    if (result < 0) {
+        lose(result);
+    } else if (sd_bus_is_open(bus_.get()) <= 0) {
+        lose(-ECONNRESET);
+    }
+    return result > 0 && bus_;
+}
+
+void ClientConnection::pollUntil(Clock::time_point deadline) const {
+    if (!bus_) {
+        return;
+    }
+    std::uint64_t moment = kNever;
+    if (sd_bus_get_timeout(bus_.get(), &moment) > 0) {
+        deadline = std::min(deadline, momentOf(moment));
+    }
+    const auto left = std::chrono::ceil<std::chrono::microseconds>(
+        std::max(deadline - Clock::now(), Clock::duration::zero()));
+    const timespec wait{static_cast<time_t>(left.count() / 1'000'000),
+                        static_cast<long>(left.count() % 1'000'000) * 1000};
+    pollfd socket{sd_bus_get_fd(bus_.get()), static_cast<short>(sd_bus_get_events(bus_.get())), 0};
+    (void)::ppoll(&socket, 1, &wait, nullptr);
+}
+
+void ClientConnection::lose(int negativeNumber) {
+    error_ =
+        "the session bus cannot be reached: " + std::system_category().message(-negativeNumber);
+    bus_.reset();
+    awaitedSocket_ = -1;
+    awaitMoment(kNever);
+}
+
+void ClientConnection::awaitEvents() noexcept {
+    if (!bus_) {
+        return;
+    }
+    awaitSocket();
+    std::uint64_t moment = kNever;
+    (void)sd_bus_get_timeout(bus_.get(), &moment);
+    awaitMoment(moment);
+}
+
+void ClientConnection::awaitSocket() noexcept {
+    const int socket = sd_bus_get_fd(bus_.get());
+    const int events = sd_bus_get_events(bus_.get());
+    if (socket < 0 || events < 0 || (socket == awaitedSocket_ && events == awaitedEvents_)) {
+        return;
+    }
+    awaitedEvents_ = events;
+    awaitedSocket_ = watch(epoll_, socket, events) ? socket : -1;
+}
+
+void ClientConnection::awaitMoment(std::uint64_t microseconds) noexcept {
+    itimerspec moment{};
+    if (microseconds != kNever) {
+        // All zeros would be never.
+        moment.it_value.tv_sec = static_cast<time_t>(microseconds / kMicroseconds);
+        moment.it_value.tv_nsec =
+            std::max<long>(1, static_cast<long>(microseconds % kMicroseconds) * 1000);
+    }
+    (void)::timerfd_settime(timer_, TFD_TIMER_ABSTIME, &moment, nullptr);
+}
+
+} // namespace Shell
