@@ -183,5 +183,9 @@ Json DriveRequests::observedJson(const std::string& client) const {
 }
 
 void DriveRequests::clientGone(const std::string& client) {
+    if (!observed_.foldersOf(client).empty()) {
+        journal_.noteGone(client, observedJson(client)["observed"]);
+        journal_.flush();
+    }
     observed_.forget(client);
 }
