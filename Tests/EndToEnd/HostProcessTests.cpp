@@ -127,15 +127,15 @@ TEST_F(HostProcess, OutlivesAMalformedFrameAndAnAnnouncementWithoutAPort) {
     EXPECT_TRUE(host.isRunning());
 }
 
-TEST_F(HostProcess, RefusesARequestWithoutItsComponentsOrWithSomethingElseInThem) {
+TEST_F(HostProcess, RefusesARequestThatIsNotAsTheLinkHasIt) {
     auto host = startHost();
     ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
-    sendToHost({"ext_req_userinfo", "no archive"});
-    EXPECT_TRUE(journalShows(host, R"({"refused":"ext_req_userinfo","path":null,)"));
-    sendToHost({"ext_share"});
-    EXPECT_TRUE(journalShows(host, R"({"refused":"ext_share","path":null,)"));
-    sendToHost({"ext_movetotrash", "no archive"});
-    EXPECT_TRUE(journalShows(host, R"({"refused":"ext_movetotrash","path":null,)"));
+    sendToHost({"ext_share", "no archive"});
+    EXPECT_TRUE(journalShows(host, R"("refused":"ext_share","path":null,"reason":"NSInvalid)"));
+    sendToHost({"ext_movetotrash"});
+    EXPECT_TRUE(journalShows(host, R"("refused":"ext_movetotrash","path":null,"reason":"not as)"));
+    sendToHost({"ext_req_userinfo", "more than it has"});
+    EXPECT_TRUE(journalShows(host, R"("refused":"ext_req_userinfo")"));
     EXPECT_TRUE(host.isRunning());
 }
 
