@@ -1,6 +1,7 @@
 // What the host does about requests that came over the link, seen in its files and its journal.
 
 #include "Platform/Foundation/Number.h"
+#include "Platform/Ports/RunLoop.h"
 #include "Platform/Ports/Testing/PumpUntil.h"
 #include "Tests/EndToEnd/ExtensionProcess.h"
 #include "Tests/EndToEnd/HostListener.h"
@@ -159,6 +160,19 @@ TEST_F(HostRequests, ForgetTheFoldersOfAClientThatIsGone) {
     ASSERT_EQ(gone.size(), 1U);
     EXPECT_EQ(gone[0]["gone"], shown[0]["client"]);
     EXPECT_EQ(gone[0]["observed"].dump(), R"(["/Docs"])");
+}
+
+TEST_F(HostRequests, KeepNothingForAClientThatHasNotAnnouncedItself) {
+    start();
+    const auto silent = NS::make<QVExtensionCommsClient>();
+    silent->setServerPort(listener->client().serverPort());
+    silent->beginObserving(path("/Docs"));
+    const auto refused = lines("refused", 1);
+    ASSERT_EQ(refused.size(), 1U);
+    EXPECT_EQ(refused[0]["path"], "/Docs");
+    EXPECT_EQ(refused[0]["reason"], "this client has not announced itself");
+    NS::RunLoop::currentRunLoop()->removePort_forMode(NS::Ref<NS::MachPort>(*silent->port()),
+                                                      NS::RunLoopMode::kDefault);
 }
 
 TEST_F(HostRequests, LoseNothingWhenTheHostIsKilledAmongThem) {
