@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Tests/Support/PrivateFolders.h"
+#include "Tests/Support/ScopedOpenFiles.h"
 
 #include <fcntl.h>
 #include <fstream>
@@ -79,6 +80,7 @@ TEST_F(FolderWalkTest, CountsNothingInWhatIsNoFolder) {
 }
 
 TEST_F(FolderWalkTest, GoesDeeperThanAPathMayBeLong) {
+    const Tests::ScopedOpenFiles few(200);
     makeDeep(1'500);
     const FolderContents contents = FolderContents::below(opened().get(), "deep");
     EXPECT_EQ(contents.folders, 1'499U);

@@ -35,7 +35,7 @@ NS::FileDescriptor lockHostData(const std::string& folder) {
 }
 
 std::string hostDataFolderFor(const std::string& drivePath) {
-    const std::string folder =
+    std::string folder =
         NS::searchPathForDirectoryInDomain(NS::SearchPathDirectory::kApplicationSupport,
                                            NS::SearchPathDomain::kUser)
             ->fileSystemRepresentation() +

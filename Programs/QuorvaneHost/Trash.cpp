@@ -151,6 +151,7 @@ Trash::Results Trash::moveIn(const std::vector<std::string>& paths) {
 void Trash::moveBatch(const std::vector<std::string>& paths, Names& names, int trash,
                       Results& results) {
     std::vector<Move> moves;
+    moves.reserve(paths.size());
     for (const std::string& path : paths) {
         moves.push_back(plannedMove(path, names));
     }

@@ -44,6 +44,7 @@ class HostRequests : public Tests::ProcessTest {
     }
     static NS::Ref<NS::Array> paths(const std::vector<std::string>& texts) {
         std::vector<NS::Ref<NS::Object>> list;
+        list.reserve(texts.size());
         for (const std::string& text : texts) {
             list.emplace_back(path(text));
         }
