@@ -35,12 +35,19 @@ function(quorvane_library name)
     target_link_libraries(${name} PUBLIC quorvane_options ${ARG_LINKS})
 endfunction()
 
-# quorvane_tests(NAME SOURCES ... LINKS ...): one folder's tests, a process for each test.
+# The tests of what several threads may use; they carry the label "threads".
+add_custom_target(threaded-tests)
+
+# quorvane_tests(NAME [THREADS] SOURCES ... LINKS ...): one folder's tests, a process for each test.
+# THREADS marks code that several threads may use.
 function(quorvane_tests name)
     if(NOT QUORVANE_TESTS)
         return()
     endif()
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;PROPERTIES" ${ARGN})
+    cmake_parse_arguments(ARG "THREADS" "" "SOURCES;LINKS;PROPERTIES" ${ARGN})
+    if(ARG_THREADS)
+        list(APPEND ARG_PROPERTIES LABELS threads)
+    endif()
     add_executable(${name} ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
     if(QUORVANE_SANITIZE)
@@ -49,6 +56,9 @@ function(quorvane_tests name)
     endif()
     target_link_libraries(${name} PRIVATE ${ARG_LINKS} quorvane_test_support GTest::gmock
         GTest::gtest_main)
+    if(ARG_THREADS)
+        add_dependencies(threaded-tests ${name})
+    endif()
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ${ARG_PROPERTIES})
 endfunction()
 

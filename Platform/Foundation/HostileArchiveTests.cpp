@@ -18,7 +18,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -45,9 +45,10 @@ class HostileArchive : public testing::Test {
     }
     std::string outcome(Uid root) {
         const auto data = archive.data(root);
-        const auto start = std::chrono::steady_clock::now();
+        const std::clock_t start = std::clock();
         const std::string name = Tests::nameOfException([&] { unarchive(*data); });
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+        // Of processor time, under a sanitiser too; a work without bounds takes hours.
+        EXPECT_LT(std::clock() - start, 60 * CLOCKS_PER_SEC);
         return name;
     }
     Uid nextUid() const { return static_cast<Uid>(archive.entries.size()); }

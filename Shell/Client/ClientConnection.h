@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -23,7 +24,7 @@ using BusSlot = std::unique_ptr<sd_bus_slot, BusSlotUnref>;
 // which ends in time. Belongs to one thread.
 class ClientConnection {
   public:
-    using Clock = std::chrono::steady_clock;
+    using Clock = std::chrono::steady_clock; // the one that the bus's library and the kernel use
 
     // Begins to connect; error() tells why it could not.
     ClientConnection();
@@ -35,14 +36,19 @@ class ClientConnection {
     sd_bus* bus() const noexcept { return bus_.get(); }
     const std::string& error() const noexcept { return error_; }
 
-    // Readable when serve() has something to do; the same for the life of this object.
+    // Readable when serve() has something to do; the same for the life of this object. -1 when
+    // there was no bus.
     int descriptor() const noexcept { return epoll_; }
-    // Handles what has come, without waiting.
+    // Handles what has come, without waiting. Of a flood it leaves the rest for the next time.
     void serve();
+    // Makes the descriptor readable until serve() is called.
+    void wake() noexcept;
     // Handles what comes until the condition holds; false when it did not in time, or the bus went.
     bool waitUntil(const std::function<bool()>& condition, Clock::time_point deadline);
     // Looks up what the connection waits for now; after calls that send something.
     void awaitEvents() noexcept;
+    // How many messages the bus has not taken yet.
+    std::uint64_t unsent() const noexcept;
 
   private:
     struct Close {
@@ -54,11 +60,11 @@ class ClientConnection {
     void lose(int negativeNumber);
     void awaitSocket() noexcept;
     void awaitMoment(std::uint64_t microseconds) noexcept;
+    void closeDescriptors() noexcept;
 
     int epoll_;
     int timer_;
-    int awaitedSocket_ = -1;
-    int awaitedEvents_ = 0;
+    bool isWoken_ = false;
     std::unique_ptr<sd_bus, Close> bus_;
     std::string error_;
 };

@@ -23,18 +23,17 @@ constexpr std::array<bool, 256> kStandsInPath = [] {
 
 std::string fileURLOf(std::string_view path) {
     std::string url(kScheme);
-    url.reserve(kScheme.size() + path.size());
-    for (const char c : path) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (kStandsInPath[byte]) {
-            url.push_back(c);
-        } else {
-            url.push_back('%');
-            url.push_back(kDigits[byte >> 4U]);
-            url.push_back(kDigits[byte & 0xFU]);
+    url.reserve(kScheme.size() + path.size() + path.size() / 4);
+    std::size_t done = 0;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(path[i]);
+        if (!kStandsInPath[byte]) {
+            url.append(path, done, i - done);
+            url += {'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
+            done = i + 1;
         }
     }
-    return url;
+    return url.append(path, done);
 }
 
 std::optional<std::string> pathOfFileURL(std::string_view url) {
@@ -51,7 +50,7 @@ std::optional<std::string> pathOfFileURL(std::string_view url) {
         unsigned byte = 0;
         const auto end = digits.data() + digits.size();
         if (digits.size() != 2 || std::from_chars(digits.data(), end, byte, 16).ptr != end ||
-            byte == 0) {
+            byte == 0 || byte == '/') {
             return std::nullopt;
         }
         path.push_back(static_cast<char>(byte));

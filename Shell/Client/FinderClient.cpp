@@ -1,61 +1,30 @@
 #include "Shell/Client/FinderClient.h"
 
 #include "Shell/Client/ClientConnection.h"
-#include "Shell/Client/FileURLText.h"
 #include "Shell/Client/FollowedExtension.h"
+#include "Shell/Client/Offer.h"
 #include "Shell/Client/Question.h"
 #include "Shell/Client/ShownFolders.h"
+#include "Shell/Client/WatchedFolders.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Shell {
 
 using std::chrono::milliseconds;
 using Clock = ClientConnection::Clock;
-using Where = Placing::Where;
 
 namespace {
 
 // How much longer than a command's deadline its answer is waited for: one that was taken up in time
-// is to be told as done. What is answered later still is told as timed out.
+// is to be told as done.
 constexpr milliseconds kGrace{50};
+// Longer than anybody waits, and far from what a clock can count.
+constexpr milliseconds kLongestTimeout = std::chrono::hours(24);
 
-// A place as the rules for offering a menu see it.
-struct Judged {
-    PlaceURLs urls;
-    bool isRefused = false;
-    bool hasItemInside = false;
-    bool isTargetInside = false;
-};
-
-Judged judge(const WatchedFolders& watched, const Place& place) {
-    Judged judged;
-    WatchedFolders::Items items(watched);
-    judged.urls.items.reserve(place.items.size());
-    for (const std::string& item : place.items) {
-        const Placing placing = items.place(item);
-        judged.isRefused =
-            judged.isRefused || placing.where == Where::kWatched || placing.where == Where::kBeside;
-        judged.hasItemInside = judged.hasItemInside || placing.where == Where::kInside;
-        judged.urls.items.push_back(fileURLOf(placing.path));
-    }
-    const Placing target = watched.placeFolder(place.target);
-    judged.isTargetInside = target.where == Where::kWatched || target.where == Where::kInside;
-    if (judged.isTargetInside) {
-        judged.urls.target = fileURLOf(target.path);
-    }
-    return judged;
-}
-
-bool offers(MenuKind kind, const Judged& place) {
-    switch (kind) {
-    case MenuKind::kToolbar:
-        return true;
-    case MenuKind::kContainer:
-        return !place.isRefused && place.isTargetInside;
-    default:
-        return !place.isRefused && place.hasItemInside;
-    }
+Clock::time_point deadlineAfter(milliseconds timeout) {
+    return Clock::now() + std::clamp(timeout, milliseconds::zero(), kLongestTimeout);
 }
 
 std::uint64_t microsecondsOf(Clock::time_point moment) {
@@ -71,52 +40,77 @@ class FinderClient::Session {
     FollowedExtension extension{connection};
     ShownFolders shown{connection, extension};
     std::function<void()> onChange;
-    std::string lastError;
+    std::string error;
 
-    // After each time that messages were handled; not within, where the bus cannot be asked.
-    void tellChanges() {
-        if (isTelling_) {
-            return;
-        }
-        isTelling_ = true;
-        while (told_ != extension.changes()) {
+    // Takes in what has come. What has changed is told once: when telling it changes something, the
+    // loop has its turn before that is told.
+    void serve() {
+        connection.serve();
+        takeIn();
+        if (!isTelling_ && told_ != extension.changes()) {
             told_ = extension.changes();
-            shown.update();
-            if (onChange) {
-                onChange();
+            const Telling telling(isTelling_);
+            if (const auto tell = onChange) { // which it may replace
+                tell();
             }
         }
-        isTelling_ = false;
+        handled();
     }
 
-    // Takes in what has come, then asks about a place; the question is left for its answer.
-    std::optional<Outcome> cannotAsk(MenuKind kind, const Place& place, Judged& judged) {
+    // After each time that messages were handled.
+    void handled() {
+        takeIn();
+        if (told_ != extension.changes()) {
+            connection.wake();
+        }
+    }
+
+    bool waitUntil(const std::function<bool()>& condition, milliseconds timeout) {
+        const bool holds = connection.waitUntil(condition, deadlineAfter(timeout));
+        handled();
+        return holds;
+    }
+
+    // What can be asked about a place, as things are now; nothing, and the outcome, when nothing.
+    std::optional<PlaceURLs> offered(MenuKind kind, const Place& place, Outcome& outcome) {
         connection.serve();
-        tellChanges();
+        handled();
+        outcome = Outcome::kAbsent;
         if (!extension.isPresent()) {
-            return Outcome::kAbsent;
+            return std::nullopt;
         }
-        judged = judge(extension.watched(), place);
-        if (!offers(kind, judged)) {
-            return Outcome::kNotOffered;
-        }
-        if (judged.isRefused) {
-            judged.urls.items.clear();
-        }
-        return std::nullopt;
+        outcome = Outcome::kNotOffered;
+        return offeredPlace(extension.watchedFolders(), kind, place);
     }
 
     Outcome ask(Question& question, Clock::time_point deadline) {
-        const Outcome outcome = question.ask(deadline).value_or(Outcome::kTimedOut);
-        if (outcome != Outcome::kDone) {
-            lastError = question.error();
-        }
-        tellChanges();
+        const Outcome outcome = question.ask(deadline);
+        error = question.error();
+        handled();
         return outcome;
     }
 
   private:
-    std::uint64_t told_ = 0;
+    class Telling {
+      public:
+        explicit Telling(bool& flag) : before_(std::exchange(flag, true)), flag_(flag) {}
+        ~Telling() { flag_ = before_; }
+        Telling(const Telling&) = delete;
+        Telling& operator=(const Telling&) = delete;
+
+      private:
+        bool before_;
+        bool& flag_;
+    };
+
+    void takeIn() {
+        if (connection.bus() == nullptr) {
+            extension.busLost();
+        }
+        shown.update();
+    }
+
+    std::uint64_t told_ = extension.changes();
     bool isTelling_ = false;
 };
 
@@ -125,12 +119,11 @@ FinderClient::FinderClient() : session_(std::make_unique<Session>()) {}
 FinderClient::~FinderClient() = default;
 
 int FinderClient::descriptor() const noexcept {
-    return session_->connection.bus() == nullptr ? -1 : session_->connection.descriptor();
+    return session_->connection.descriptor();
 }
 
 void FinderClient::serve() {
-    session_->connection.serve();
-    session_->tellChanges();
+    session_->serve();
 }
 
 void FinderClient::setOnChange(std::function<void()> onChange) {
@@ -138,10 +131,8 @@ void FinderClient::setOnChange(std::function<void()> onChange) {
 }
 
 bool FinderClient::waitUntilKnown(milliseconds timeout) {
-    (void)session_->connection.waitUntil([this] { return session_->extension.isKnown(); },
-                                         Clock::now() + timeout);
-    session_->tellChanges();
-    return session_->extension.isKnown();
+    (void)session_->waitUntil([this] { return session_->extension.isKnown(); }, timeout);
+    return session_->extension.isKnown(); // that it is absent when the bus has gone
 }
 
 bool FinderClient::isPresent() const noexcept {
@@ -149,11 +140,11 @@ bool FinderClient::isPresent() const noexcept {
 }
 
 std::uint64_t FinderClient::generation() const noexcept {
-    return isPresent() ? session_->extension.generation() : 0;
+    return session_->extension.generation();
 }
 
 const std::vector<std::string>& FinderClient::watchedFolders() const noexcept {
-    return session_->extension.watched().folders();
+    return session_->extension.watchedFolders();
 }
 
 const ToolbarItem& FinderClient::toolbarItem() const noexcept {
@@ -162,71 +153,74 @@ const ToolbarItem& FinderClient::toolbarItem() const noexcept {
 
 const std::string& FinderClient::error() const noexcept {
     const std::string& ofConnection = session_->connection.error();
-    return ofConnection.empty() ? session_->lastError : ofConnection;
+    return ofConnection.empty() ? session_->error : ofConnection;
 }
 
 std::optional<std::string> FinderClient::watchedFolder(std::string_view folder) const {
-    Placing placing = session_->extension.watched().placeFolder(folder);
-    if (placing.where != Where::kWatched && placing.where != Where::kInside) {
+    Placing placing = WatchedFolders(watchedFolders()).placeFolder(folder);
+    if (!placing.isOnDrive()) {
         return std::nullopt;
     }
     return std::move(placing.path);
 }
 
 bool FinderClient::isOffered(MenuKind kind, const Place& place) const {
-    return isPresent() && offers(kind, judge(session_->extension.watched(), place));
+    return isPresent() && offeredPlace(watchedFolders(), kind, place).has_value();
 }
 
 FinderClient::MenuAnswer FinderClient::menu(MenuKind kind, const Place& place,
                                             milliseconds timeout) {
-    const auto deadline = Clock::now() + timeout;
-    Judged judged;
-    if (const auto outcome = session_->cannotAsk(kind, place, judged)) {
-        return {*outcome, std::nullopt};
+    const auto deadline = deadlineAfter(timeout);
+    MenuAnswer answer;
+    const auto urls = session_->offered(kind, place, answer.outcome);
+    if (!urls) {
+        return answer;
     }
-    Question question(session_->connection, session_->extension.owner(), "Menu");
+    Question question(session_->connection, session_->extension, "Menu");
     question.append(static_cast<std::uint64_t>(kind));
-    question.append(judged.urls.items);
-    question.append(judged.urls.target);
-    const Outcome outcome = session_->ask(question, deadline);
-    if (outcome != Outcome::kDone) {
-        return {outcome, std::nullopt};
+    question.append(urls->items);
+    question.append(urls->target);
+    answer.outcome = session_->ask(question, deadline);
+    if (answer.outcome == Outcome::kDone) {
+        answer.menu = question.menu();
+        answer.outcome = answer.menu ? Outcome::kDone : Outcome::kFailed;
     }
-    auto menu = question.menu();
-    return {menu ? Outcome::kDone : Outcome::kFailed, std::move(menu)};
+    return answer;
 }
 
 Outcome FinderClient::run(MenuKind kind, std::string_view action, const Place& place,
                           milliseconds timeout) {
-    const auto deadline = Clock::now() + timeout;
-    Judged judged;
-    if (const auto outcome = session_->cannotAsk(kind, place, judged)) {
-        return *outcome;
+    const auto deadline = deadlineAfter(timeout);
+    Outcome outcome = Outcome::kAbsent;
+    const auto urls = session_->offered(kind, place, outcome);
+    if (!urls) {
+        return outcome;
     }
-    Question question(session_->connection, session_->extension.owner(), "Run");
+    Question question(session_->connection, session_->extension, "Run");
     question.append(static_cast<std::uint64_t>(kind));
-    question.append(std::string(action));
-    question.append(judged.urls.items);
-    question.append(judged.urls.target);
+    question.append(action);
+    question.append(urls->items);
+    question.append(urls->target);
     question.append(microsecondsOf(deadline));
     return session_->ask(question, deadline + kGrace);
 }
 
 Outcome FinderClient::beginObserving(std::string_view folder, Lifetime lifetime) {
-    serve();
+    session_->connection.serve();
+    session_->handled();
     return lifetime == Lifetime::kUntilGone ? session_->shown.begin(folder)
                                             : session_->shown.tellBegin(folder);
 }
 
 Outcome FinderClient::endObserving(std::string_view folder) {
-    serve();
+    session_->connection.serve();
+    session_->handled();
     return session_->shown.end(folder);
 }
 
 Outcome FinderClient::settle(milliseconds timeout) {
-    const bool settled = session_->connection.waitUntil(
-        [this] { return session_->shown.unanswered() == 0; }, Clock::now() + timeout);
-    session_->tellChanges();
+    const bool settled =
+        session_->waitUntil([this] { return session_->shown.unanswered() == 0; }, timeout);
     const Outcome worst = session_->shown.takeWorst();
     if (settled) {
         return worst;

@@ -5,7 +5,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,7 +38,7 @@ enum class Outcome : std::uint8_t {
     kNotOffered, // not a place for that menu; see isOffered()
     kNotInMenu,  // the entry is not, or no longer, in the menu, or disabled
     kAbsent,     // no extension is running, or it is still starting
-    kTimedOut,   // no answer in time; a command is not carried out later either
+    kTimedOut,   // no answer in time; a command is not begun later either
     kTooLarge,   // the selection does not fit a message of the bus
     kFailed,     // the extension, or the bus, reports an error
 };
@@ -72,9 +71,11 @@ class FinderClient {
     // For a foreign loop: readable when serve() has something to do. -1 when there is no bus. Owned
     // by the client, the same for its life.
     int descriptor() const noexcept;
-    // Takes in what has come, without waiting. onChange is called from here, and from questions.
+    // Takes in what has come, without waiting.
     void serve();
-    // Called when watched folders, toolbar item, generation or presence have changed.
+    // Called by serve(), and by nothing else, when watched folders, toolbar item, generation or
+    // presence have changed since: a question that learns of it has the descriptor readable. May
+    // ask questions, but not destroy the client.
     void setOnChange(std::function<void()> onChange);
 
     // Waits until what the extension says of itself is known, or until it is known to be absent;
@@ -82,24 +83,30 @@ class FinderClient {
     bool waitUntilKnown(std::chrono::milliseconds timeout = kDefaultTimeout);
     // True when an extension is on the bus and has said what it watches.
     bool isPresent() const noexcept;
-    // Changes whenever the menu of a place may have changed; never 0 while present.
+    // Changes whenever the menu of a place may have changed, also to that of another extension;
+    // never 0 while present. Making the toolbar's menu can change it: do not ask for that menu at
+    // each change.
     std::uint64_t generation() const noexcept;
-    // Absolute paths without a slash at the end.
+    // Absolute paths as the extension spells them, without a slash at the end.
     const std::vector<std::string>& watchedFolders() const noexcept;
     const ToolbarItem& toolbarItem() const noexcept;
-    // What went wrong last, for a person; empty when nothing has.
+    // Why there is no bus, or what the last question failed of, in the words of the system or the
+    // extension; empty when an outcome says it all.
     const std::string& error() const noexcept;
 
-    // The path of the folder with symbolic links resolved, when that is a watched folder or lies in
-    // one, compared by components; else nothing.
+    // The path of a folder as the extension has it, when it is a watched folder or lies in one,
+    // compared by components with symbolic links resolved; else nothing. Looks at the file system
+    // only.
     std::optional<std::string> watchedFolder(std::string_view folder) const;
 
     // Whether the menu of a kind can be asked for a place. The container's needs a target that is a
     // watched folder or lies in one, the items' and the sidebar's an item that lies in one; the
-    // toolbar's is offered everywhere. None is offered when a watched folder itself is selected,
-    // whose menu the extension cannot make, or something beside one whose path begins like its own
-    // (for "/mnt/Drive" that is "/mnt/Drive2/a"), which the extension would take for its own; the
-    // toolbar's is then asked for without that.
+    // toolbar's is offered wherever an extension is present. Not offered is what has among its
+    // items a watched folder itself, whose menu the extension cannot make, something beside one
+    // whose path begins like its own (for "/mnt/Drive" that is "/mnt/Drive2/a"), which the
+    // extension would take for its own, or what is no absolute path; the toolbar's menu is asked
+    // for without them. A target that is in no watched folder is none. Looks at the file system
+    // only.
     bool isOffered(MenuKind kind, const Place& place) const;
 
     // The menu for a place; the result's menu is there when the outcome is kDone.
@@ -110,13 +117,17 @@ class FinderClient {
     MenuAnswer menu(MenuKind kind, const Place& place,
                     std::chrono::milliseconds timeout = kDefaultTimeout);
 
-    // Carries out an entry of the menu for a place, by its action. When the answer does not come in
-    // time the extension will not carry it out later.
+    // Carries out an entry of the menu for a place, by its action. kDone: it is on its way to the
+    // host. An extension that has not taken it up within the time-out will not, however late it
+    // reads of it; that it takes a command up in time and then needs so long that kTimedOut is
+    // untrue is all that remains, and a twentieth of a second more is waited for it. After kAbsent
+    // and kFailed it may have been carried out when the extension ended meanwhile.
     Outcome run(MenuKind kind, std::string_view action, const Place& place,
                 std::chrono::milliseconds timeout = kDefaultTimeout);
 
     // Tells that a window begins, or stops, showing a folder; of one that is not watched the
-    // extension hears nothing. Does not wait. A folder that was begun twice has to end twice.
+    // extension hears nothing (kNotOffered). Does not wait: kDone says that it is on its way. A
+    // folder that was begun twice has to end twice, by the same path.
     //
     // What was begun until this client goes ends with it, and an extension that comes later hears
     // of it as well. What was begun until it is ended is told just once, to the extension that is
@@ -124,7 +135,8 @@ class FinderClient {
     enum class Lifetime : bool { kUntilEnded, kUntilGone };
     Outcome beginObserving(std::string_view folder, Lifetime lifetime = Lifetime::kUntilGone);
     Outcome endObserving(std::string_view folder);
-    // Waits until the extension has taken in what these two told: the worst of its answers.
+    // Waits until the extension has taken in what these two told, for a program that is about to
+    // end; kDone, or the last error among its answers since the last time.
     Outcome settle(std::chrono::milliseconds timeout = kDefaultTimeout);
 
   private:

@@ -24,9 +24,6 @@ const std::string kPropertiesChanged =
                 "member='PropertiesChanged',path='") +
     FinderInterface::kObject + "',arg0='" + FinderInterface::kInterface + "'";
 
-// An extension that is stopped answers when it goes on, however late that is.
-constexpr std::uint64_t kForEver = UINT64_MAX;
-
 struct TextProperty {
     std::string_view name;
     std::string ToolbarItem::*member;
@@ -70,7 +67,7 @@ struct FollowedExtension::Callbacks {
         }
         return 0;
     }
-    // An error says that there is none.
+    // An error says that nobody has the name.
     static int ownerTold(sd_bus_message* reply, void* object, sd_bus_error*) noexcept {
         const char* owner = "";
         if (sd_bus_message_is_method_error(reply, nullptr) > 0 ||
@@ -87,9 +84,11 @@ struct FollowedExtension::Callbacks {
     static int propertiesChanged(sd_bus_message* signal, void* object, sd_bus_error*) noexcept {
         FollowedExtension& extension = self(object);
         const char* const sender = sd_bus_message_get_sender(signal);
+        // What was said before all properties were told is older than these.
         if (extension.isPresent_ && sender != nullptr && extension.owner_ == sender &&
-            sd_bus_message_skip(signal, "s") >= 0 && extension.takeProperties(signal) >= 0) {
-            ++extension.changes_;
+            sd_bus_message_skip(signal, "s") >= 0) {
+            (void)extension.takeProperties(signal); // as much as can be read
+            extension.noteChange();
         }
         return 0;
     }
@@ -98,8 +97,10 @@ struct FollowedExtension::Callbacks {
 FollowedExtension::FollowedExtension(ClientConnection& connection) : connection_(connection) {
     sd_bus* const bus = connection_.bus();
     if (bus == nullptr) {
+        isOwnerKnown_ = true;
         return;
     }
+    // What fails here is the connection itself, as whoever serves it will see.
     (void)sd_bus_add_match_async(bus, nullptr, kOwnerChanged.c_str(), &Callbacks::ownerChanged,
                                  nullptr, this);
     (void)sd_bus_add_match_async(bus, nullptr, kPropertiesChanged.c_str(),
@@ -110,7 +111,12 @@ FollowedExtension::FollowedExtension(ClientConnection& connection) : connection_
 }
 
 bool FollowedExtension::isKnown() const noexcept {
-    return connection_.bus() == nullptr || (isOwnerKnown_ && (owner_.empty() || isPresent_));
+    return isOwnerKnown_ && (owner_.empty() || hasAnswered_);
+}
+
+void FollowedExtension::noteChange() noexcept {
+    ++generation_;
+    ++changes_;
 }
 
 void FollowedExtension::setOwner(const char* owner) {
@@ -120,11 +126,11 @@ void FollowedExtension::setOwner(const char* owner) {
     isOwnerKnown_ = true;
     owner_ = owner;
     properties_.reset();
+    hasAnswered_ = false;
     isPresent_ = false;
-    watched_.set({});
+    watchedFolders_.clear();
     toolbarItem_ = {};
-    generation_ = 0;
-    ++changes_;
+    noteChange();
     if (!owner_.empty()) {
         askForProperties();
     }
@@ -140,18 +146,17 @@ void FollowedExtension::askForProperties() {
     const BusMessage question(made);
     sd_bus_slot* slot = nullptr;
     if (sd_bus_message_append(made, "s", FinderInterface::kInterface) >= 0 &&
-        sd_bus_call_async(connection_.bus(), &slot, made, &Callbacks::propertiesTold, this,
-                          kForEver) >= 0) {
+        sd_bus_call_async(connection_.bus(), &slot, made, &Callbacks::propertiesTold, this, 0) >=
+            0) {
         properties_.reset(slot);
     }
 }
 
 void FollowedExtension::takeAll(sd_bus_message* reply) {
-    if (sd_bus_message_is_method_error(reply, nullptr) > 0 || takeProperties(reply) < 0) {
-        return; // not one of ours, or about to go
-    }
-    isPresent_ = true;
-    ++changes_;
+    hasAnswered_ = true;
+    // What answers otherwise is not one of ours, or about to go.
+    isPresent_ = sd_bus_message_is_method_error(reply, nullptr) <= 0 && takeProperties(reply) >= 0;
+    noteChange();
 }
 
 int FollowedExtension::takeProperties(sd_bus_message* message) {
@@ -175,9 +180,6 @@ int FollowedExtension::takeProperty(sd_bus_message* message) {
     const std::string_view property(name);
     if (property == "WatchedFolders") {
         return takeWatchedFolders(message);
-    }
-    if (property == "Generation") {
-        return sd_bus_message_read(message, "v", "t", &generation_);
     }
     if (property == "ToolbarItemImageFile") {
         return readFile(message, toolbarItem_.imageFile);
@@ -206,7 +208,7 @@ int FollowedExtension::takeWatchedFolders(sd_bus_message* message) {
     if (result < 0 || (result = sd_bus_message_exit_container(message)) < 0) {
         return result;
     }
-    watched_.set(std::move(folders));
+    watchedFolders_ = std::move(folders);
     return sd_bus_message_exit_container(message);
 }
 

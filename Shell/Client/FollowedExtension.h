@@ -2,16 +2,15 @@
 
 #include "Shell/Client/ClientConnection.h"
 #include "Shell/Client/FinderClient.h"
-#include "Shell/Client/WatchedFolders.h"
 
 #include <cstdint>
-#include <functional>
 #include <string>
+#include <vector>
 
 namespace Shell {
 
 // What the extension says of itself on the bus, kept up to date: who it is, what it watches, its
-// toolbar item and its generation.
+// toolbar item and its generation. Asks for nobody to be started.
 class FollowedExtension {
   public:
     // Begins to follow. The connection outlives it.
@@ -21,16 +20,20 @@ class FollowedExtension {
 
     // Whether it is known who is there, and what that one says.
     bool isKnown() const noexcept;
-    bool isPresent() const noexcept { return isPresent_ && connection_.bus() != nullptr; }
+    bool isPresent() const noexcept { return isPresent_; }
     // Its unique name on the bus; empty while there is none.
     const std::string& owner() const noexcept { return owner_; }
 
-    const WatchedFolders& watched() const noexcept { return watched_; }
+    // As the extension spells them, without slashes at the end.
+    const std::vector<std::string>& watchedFolders() const noexcept { return watchedFolders_; }
     const ToolbarItem& toolbarItem() const noexcept { return toolbarItem_; }
-    std::uint64_t generation() const noexcept { return generation_; }
+    // Counted here: an extension that is started again begins with 1 again.
+    std::uint64_t generation() const noexcept { return isPresent_ ? generation_ : 0; }
 
     // How often what is known has changed.
     std::uint64_t changes() const noexcept { return changes_; }
+    // The bus has gone, and the extension with it.
+    void busLost() { setOwner(""); }
 
   private:
     struct Callbacks;
@@ -38,6 +41,7 @@ class FollowedExtension {
     void setOwner(const char* owner);
     void askForProperties();
     void takeAll(sd_bus_message* reply);
+    void noteChange() noexcept;
     int takeProperties(sd_bus_message* message);
     int takeProperty(sd_bus_message* message);
     int takeWatchedFolders(sd_bus_message* message);
@@ -45,9 +49,10 @@ class FollowedExtension {
     ClientConnection& connection_;
     std::string owner_;
     bool isOwnerKnown_ = false;
+    bool hasAnswered_ = false;
     bool isPresent_ = false;
     BusSlot properties_; // the question that is under way
-    WatchedFolders watched_;
+    std::vector<std::string> watchedFolders_;
     ToolbarItem toolbarItem_;
     std::uint64_t generation_ = 0;
     std::uint64_t changes_ = 0;

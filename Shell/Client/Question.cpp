@@ -2,16 +2,17 @@
 
 #include "Shell/FinderInterface.h"
 
-#include <string_view>
+#include <cerrno>
 #include <system_error>
 
 namespace Shell {
 
 namespace {
 
-constexpr std::uint64_t kForEver = UINT64_MAX;
-// What an array of the bus may hold; a message may be twice as long.
+// What an array of the bus may hold. A message may be twice as long, so that a selection that fits
+// leaves room for two other texts; these come from paths and menus, which are short.
 constexpr std::size_t kLongestArray = std::size_t{64} << 20U;
+constexpr std::size_t kLongestText = std::size_t{16} << 20U;
 
 struct ErrorOutcome {
     std::string_view name;
@@ -24,16 +25,17 @@ constexpr ErrorOutcome kErrors[] = {
     {"org.freedesktop.DBus.Error.ServiceUnknown", Outcome::kAbsent   },
     {"org.freedesktop.DBus.Error.NameHasNoOwner", Outcome::kAbsent   },
     {"org.freedesktop.DBus.Error.Disconnected",   Outcome::kAbsent   },
-    {"org.freedesktop.DBus.Error.LimitsExceeded", Outcome::kTooLarge },
 };
 
 // A text takes its length, its bytes, a NUL, and up to three bytes that align the next one.
 std::size_t sizeOnBus(const std::vector<std::string>& texts) {
     std::size_t size = 0;
+    std::size_t last = 0;
     for (const std::string& text : texts) {
-        size += text.size() + 8;
+        last = text.size() + 5;
+        size += (last + 3) / 4 * 4;
     }
-    return size;
+    return size - ((last + 3) / 4 * 4 - last);
 }
 
 } // namespace
@@ -51,10 +53,11 @@ Outcome outcomeOf(sd_bus_message* reply) {
     return Outcome::kFailed;
 }
 
-Question::Question(ClientConnection& connection, const std::string& owner, const char* method)
-    : connection_(connection) {
+Question::Question(ClientConnection& connection, const FollowedExtension& extension,
+                   const char* method)
+    : connection_(connection), extension_(extension), owner_(extension.owner()) {
     sd_bus_message* call = nullptr;
-    check(sd_bus_message_new_method_call(connection.bus(), &call, owner.c_str(),
+    check(sd_bus_message_new_method_call(connection.bus(), &call, owner_.c_str(),
                                          FinderInterface::kObject, FinderInterface::kInterface,
                                          method));
     call_.reset(call);
@@ -74,9 +77,15 @@ void Question::append(std::uint64_t number) {
     }
 }
 
-void Question::append(const std::string& text) {
+void Question::append(std::string_view text) {
+    if (text.size() > kLongestText) {
+        check(-EMSGSIZE);
+    } else if (text.find('\0') != std::string_view::npos) {
+        check(-EINVAL); // or less than it would be asked for
+    }
     if (failure_ == 0) {
-        check(sd_bus_message_append_basic(call_.get(), SD_BUS_TYPE_STRING, text.c_str()));
+        check(sd_bus_message_append_basic(call_.get(), SD_BUS_TYPE_STRING,
+                                          std::string(text).c_str()));
     }
 }
 
@@ -88,7 +97,9 @@ void Question::append(const std::vector<std::string>& texts) {
         check(sd_bus_message_open_container(call_.get(), SD_BUS_TYPE_ARRAY, "s"));
     }
     for (const std::string& text : texts) {
-        append(text);
+        if (failure_ == 0) {
+            check(sd_bus_message_append_basic(call_.get(), SD_BUS_TYPE_STRING, text.c_str()));
+        }
     }
     if (failure_ == 0) {
         check(sd_bus_message_close_container(call_.get()));
@@ -100,25 +111,40 @@ int Question::answered(sd_bus_message* reply, void* object, sd_bus_error*) noexc
     return 1;
 }
 
-std::optional<Outcome> Question::ask(ClientConnection::Clock::time_point deadline) {
-    sd_bus_slot* slot = nullptr;
-    if (failure_ == 0) {
-        check(sd_bus_call_async(connection_.bus(), &slot, call_.get(), &answered, this, kForEver));
-        slot_.reset(slot);
-    }
+Outcome Question::ask(ClientConnection::Clock::time_point deadline) {
     if (failure_ != 0) {
-        error_ = std::system_category().message(-failure_);
-        return failure_ == -EMSGSIZE ? Outcome::kTooLarge : Outcome::kFailed;
+        return failed();
     }
-    if (!connection_.waitUntil([this] { return reply_ != nullptr; }, deadline)) {
-        slot_.reset(); // an answer that comes now is nobody's
-        return connection_.bus() == nullptr ? std::optional(Outcome::kAbsent) : std::nullopt;
+    // One question at a time waits for a bus that takes nothing, or they would fill the memory.
+    (void)connection_.waitUntil([this] { return connection_.unsent() == 0 || !isAsking(); },
+                                deadline);
+    if (connection_.unsent() != 0 || !isAsking()) {
+        return unanswered();
     }
-    const Outcome outcome = outcomeOf(reply_.get());
+    sd_bus_slot* slot = nullptr;
+    check(sd_bus_call_async(connection_.bus(), &slot, call_.get(), &answered, this, 0));
+    slot_.reset(slot);
+    if (failure_ != 0) {
+        return failed();
+    }
+    (void)connection_.waitUntil([this] { return reply_ || !isAsking(); }, deadline);
+    slot_.reset(); // an answer that comes now is nobody's
+    if (!reply_) {
+        return unanswered();
+    }
     if (const sd_bus_error* const error = sd_bus_message_get_error(reply_.get())) {
         error_ = error->message != nullptr ? error->message : error->name;
     }
-    return outcome;
+    return outcomeOf(reply_.get());
+}
+
+Outcome Question::unanswered() const noexcept {
+    return isAsking() && connection_.bus() != nullptr ? Outcome::kTimedOut : Outcome::kAbsent;
+}
+
+Outcome Question::failed() {
+    error_ = std::system_category().message(-failure_);
+    return failure_ == -EMSGSIZE ? Outcome::kTooLarge : Outcome::kFailed;
 }
 
 std::optional<Menu> Question::menu() const {

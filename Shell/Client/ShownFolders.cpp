@@ -2,97 +2,116 @@
 
 #include "Shell/Client/FileURLText.h"
 #include "Shell/Client/Question.h"
+#include "Shell/Client/WatchedFolders.h"
 #include "Shell/FinderInterface.h"
 
 #include <utility>
 
 namespace Shell {
 
+namespace {
+
+// How much is told to an extension that takes nothing in, before it is told nothing more.
+constexpr std::size_t kMostUnanswered = 4096;
+
+} // namespace
+
 Outcome ShownFolders::begin(std::string_view folder) {
-    Shown& shown = shown_[std::string(folder)];
-    ++shown.count;
     update();
-    if (!extension_.isPresent()) {
-        return Outcome::kAbsent;
+    auto shown = shown_.find(folder);
+    if (shown == shown_.end()) {
+        shown = shown_.emplace(folder, Shown()).first;
+        place(shown->first, shown->second);
     }
-    return shown.told.empty() ? Outcome::kNotOffered : Outcome::kDone;
+    ++shown->second.count;
+    return shown->second.told.empty() ? notTold() : Outcome::kDone;
 }
 
 Outcome ShownFolders::tellBegin(std::string_view folder) {
-    const auto url = watchedURL(folder);
-    if (!url) {
-        return extension_.isPresent() ? Outcome::kNotOffered : Outcome::kAbsent;
-    }
-    return tell("BeginObserving", *url, false);
+    const std::string url = watchedURL(folder);
+    return url.empty() ? notTold() : tellBegin(url, false);
 }
 
 Outcome ShownFolders::end(std::string_view folder) {
     update();
-    const auto found = shown_.find(folder);
-    if (found == shown_.end()) {
-        const auto url = watchedURL(folder);
-        if (!url) {
-            return extension_.isPresent() ? Outcome::kNotOffered : Outcome::kAbsent;
-        }
-        return tell("EndObserving", *url, std::nullopt);
-    }
-    if (--found->second.count > 0) {
+    const auto shown = shown_.find(folder);
+    if (shown != shown_.end() && --shown->second.count > 0) {
         return Outcome::kDone;
     }
-    const std::string told = found->second.told;
-    shown_.erase(found);
-    return told.empty() ? Outcome::kNotOffered : tell("EndObserving", told, std::nullopt);
+    const std::string url =
+        shown == shown_.end() ? watchedURL(folder) : std::move(shown->second.told);
+    if (shown != shown_.end()) {
+        shown_.erase(shown);
+    }
+    return url.empty() ? notTold() : tellEnd(url);
 }
 
 void ShownFolders::update() {
-    const std::string& owner = extension_.isPresent() ? extension_.owner() : std::string();
-    if (toldOwner_ != owner) {
-        toldOwner_ = owner;
-        for (auto& [folder, shown] : shown_) {
-            shown.told.clear();
-        }
+    const std::string owner = extension_.isPresent() ? extension_.owner() : "";
+    if (owner == toldOwner_ && extension_.watchedFolders() == watchedFolders_) {
+        return;
     }
     for (auto& [folder, shown] : shown_) {
-        const std::string url = watchedURL(folder).value_or("");
-        if (url == shown.told) {
-            continue;
+        if (owner != toldOwner_) {
+            shown.told.clear(); // it went with the extension that knew of it
         }
-        if (!shown.told.empty()) {
-            (void)tell("EndObserving", shown.told, std::nullopt);
-        }
-        shown.told = url;
-        if (!url.empty()) {
-            (void)tell("BeginObserving", url, true);
-        }
+        place(folder, shown);
     }
+    toldOwner_ = owner;
+    watchedFolders_ = extension_.watchedFolders();
 }
 
-std::optional<std::string> ShownFolders::watchedURL(std::string_view folder) const {
+void ShownFolders::place(const std::string& folder, Shown& shown) {
+    std::string url = watchedURL(folder);
+    if (url == shown.told) {
+        return;
+    }
+    if (!shown.told.empty()) {
+        (void)tellEnd(shown.told); // one that cannot be told is as good as told
+    }
+    shown.told = !url.empty() && tellBegin(url, true) == Outcome::kDone ? std::move(url) : "";
+}
+
+std::string ShownFolders::watchedURL(std::string_view folder) const {
     if (!extension_.isPresent()) {
-        return std::nullopt;
+        return {};
     }
-    const Placing placing = extension_.watched().placeFolder(folder);
-    const bool isWatched =
-        placing.where == Placing::Where::kWatched || placing.where == Placing::Where::kInside;
-    return isWatched ? std::optional(fileURLOf(placing.path)) : std::nullopt;
+    const Placing placing = WatchedFolders(extension_.watchedFolders()).placeFolder(folder);
+    return placing.isOnDrive() ? fileURLOf(placing.path) : std::string();
 }
 
-Outcome ShownFolders::tell(const char* method, const std::string& url,
-                           std::optional<bool> untilGone) {
-    sd_bus* const bus = connection_.bus();
-    const char* const owner = extension_.owner().c_str();
-    const int result =
-        untilGone ? sd_bus_call_method_async(bus, nullptr, owner, FinderInterface::kObject,
-                                             FinderInterface::kInterface, method, &answered, this,
-                                             "sb", url.c_str(), static_cast<int>(*untilGone))
-                  : sd_bus_call_method_async(bus, nullptr, owner, FinderInterface::kObject,
-                                             FinderInterface::kInterface, method, &answered, this,
-                                             "s", url.c_str());
-    connection_.awaitEvents();
+Outcome ShownFolders::notTold() const noexcept {
+    return extension_.isPresent() ? Outcome::kNotOffered : Outcome::kAbsent;
+}
+
+Outcome ShownFolders::tellBegin(const std::string& url, bool untilCallerGoes) {
+    return isCongested()
+               ? Outcome::kTimedOut
+               : sent(sd_bus_call_method_async(
+                     connection_.bus(), nullptr, extension_.owner().c_str(),
+                     FinderInterface::kObject, FinderInterface::kInterface, "BeginObserving",
+                     &answered, this, "sb", url.c_str(), static_cast<int>(untilCallerGoes)));
+}
+
+Outcome ShownFolders::tellEnd(const std::string& url) {
+    return isCongested()
+               ? Outcome::kTimedOut
+               : sent(sd_bus_call_method_async(connection_.bus(), nullptr,
+                                               extension_.owner().c_str(), FinderInterface::kObject,
+                                               FinderInterface::kInterface, "EndObserving",
+                                               &answered, this, "s", url.c_str()));
+}
+
+bool ShownFolders::isCongested() const noexcept {
+    return unanswered_ >= kMostUnanswered;
+}
+
+Outcome ShownFolders::sent(int result) {
     if (result < 0) {
         return Outcome::kFailed;
     }
     ++unanswered_;
+    connection_.awaitEvents();
     return Outcome::kDone;
 }
 

@@ -1,98 +1,111 @@
 #include "Shell/Client/WatchedFolders.h"
 
-#include <cstdlib>
-#include <memory>
-#include <optional>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace Shell {
 
 namespace {
 
-struct Free {
-    void operator()(char* text) const noexcept { std::free(text); }
-};
+using Where = Placing::Where;
 
-// Without symbolic links; nothing for what does not exist.
-std::optional<std::string> resolved(std::string_view path) {
-    const std::unique_ptr<char, Free> real(::realpath(std::string(path).c_str(), nullptr));
-    return real ? std::optional<std::string>(real.get()) : std::nullopt;
-}
-
-std::string withoutSlashesAtEnd(std::string_view path) {
+std::string_view withoutSlashesAtEnd(std::string_view path) {
     const std::size_t end = path.find_last_not_of('/');
-    return std::string(path.substr(0, end == std::string_view::npos ? 1 : end + 1));
+    return path.substr(0, end == std::string_view::npos ? 1 : end + 1);
 }
 
-std::string joined(const std::string& folder, std::string_view name) {
-    return (folder == "/" ? "" : folder) + "/" + std::string(name);
+// Without symbolic links, "." and ".."; as far as the path exists and may be seen.
+std::string resolved(std::string_view path) {
+    const std::filesystem::path given(path);
+    std::error_code error;
+    std::filesystem::path real = std::filesystem::canonical(given, error);
+    if (error) {
+        real = std::filesystem::weakly_canonical(given, error);
+    }
+    if (error) {
+        real = given.lexically_normal();
+    }
+    return std::string(withoutSlashesAtEnd(real.native()));
 }
 
-// What follows a folder in the path of something in it, with its slash; nothing for anything else.
-std::optional<std::string_view> partBelow(std::string_view folder, std::string_view path) {
-    if (folder == "/") {
-        return path.size() > 1 ? std::optional(path) : std::nullopt;
-    }
-    if (path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/') {
-        return path.substr(folder.size());
-    }
-    return std::nullopt;
+// What the system would read on from is shorter than what a file manager gave when it holds a NUL.
+bool isAbsolute(std::string_view path) {
+    return path.starts_with('/') && path.find('\0') == std::string_view::npos;
+}
+
+std::string joined(std::string_view folder, std::string_view name) {
+    std::string path;
+    path.reserve(folder.size() + 1 + name.size());
+    return path.append(folder == "/" ? "" : folder).append("/").append(name);
+}
+
+bool isBelow(std::string_view path, std::string_view folder) {
+    return folder == "/" ? path.size() > 1
+                         : path.size() > folder.size() && path.starts_with(folder) &&
+                               path[folder.size()] == '/';
+}
+
+// The same place below another folder.
+std::string moved(std::string_view path, std::string_view from, std::string_view to) {
+    const std::string_view rest = from == "/" ? path : path.substr(from.size());
+    return std::string(to == "/" ? "" : to) + std::string(rest);
 }
 
 } // namespace
 
-void WatchedFolders::set(std::vector<std::string> folders) {
-    folders_ = std::move(folders);
-    resolved_.clear();
-    for (const std::string& folder : folders_) {
-        resolved_.push_back(resolved(folder).value_or(folder));
+WatchedFolders::WatchedFolders(const std::vector<std::string>& folders) {
+    for (const std::string& folder : folders) {
+        watched_.push_back({folder, resolved(folder)});
     }
 }
 
 Placing WatchedFolders::placeResolved(std::string path) const {
-    using Where = Placing::Where;
-    bool beside = false;
-    for (std::size_t i = 0; i < folders_.size(); ++i) {
-        if (path == resolved_[i]) {
-            return {Where::kWatched, folders_[i]};
+    Where where = Where::kOutside;
+    const Watched* respelled = nullptr;
+    for (const Watched& watched : watched_) {
+        if (path == watched.resolved || path == watched.spelling) {
+            return {Where::kWatched, watched.spelling};
         }
-        if (const auto below = partBelow(resolved_[i], path)) {
-            return {Where::kInside, withoutSlashesAtEnd(folders_[i]) + std::string(*below)};
+        if (isBelow(path, watched.resolved)) {
+            where = Where::kInside;
+            respelled = watched.resolved == watched.spelling ? nullptr : &watched;
+        } else if (isBelow(path, watched.spelling)) {
+            where = Where::kInside;
+        } else if (where == Where::kOutside && path.starts_with(watched.spelling)) {
+            where = Where::kBeside;
         }
-        beside = beside || path.starts_with(folders_[i]);
     }
-    return {beside ? Where::kBeside : Where::kOutside, std::move(path)};
+    if (respelled != nullptr) {
+        path = moved(path, respelled->resolved, respelled->spelling);
+    }
+    return {where, std::move(path)};
 }
 
 Placing WatchedFolders::placeFolder(std::string_view path) const {
-    if (!path.starts_with('/')) {
-        return {};
-    }
-    return placeResolved(resolved(path).value_or(withoutSlashesAtEnd(path)));
+    return isAbsolute(path) ? placeResolved(resolved(path)) : Placing();
 }
 
-const std::string& WatchedFolders::Items::resolvedFolder(std::string_view folder) {
-    const auto known = resolved_.find(folder);
-    if (known != resolved_.end()) {
+Placing WatchedFolders::placeItem(std::string_view path) {
+    if (!isAbsolute(path)) {
+        return {};
+    }
+    const std::size_t slash = path.rfind('/');
+    const std::string_view name = path.substr(slash + 1);
+    // With a slash at its end a link is the folder that it leads to, as "." and ".." are folders.
+    if (name.empty() || name == "." || name == "..") {
+        return placeResolved(resolved(path));
+    }
+    return placeResolved(joined(resolvedFolder(path.substr(0, slash)), name));
+}
+
+const std::string& WatchedFolders::resolvedFolder(std::string_view folder) {
+    const auto known = resolvedFolders_.find(folder);
+    if (known != resolvedFolders_.end()) {
         return known->second;
     }
-    std::string real = resolved(folder).value_or(std::string(folder));
-    return resolved_.emplace(std::string(folder), std::move(real)).first->second;
-}
-
-Placing WatchedFolders::Items::place(std::string_view path) {
-    if (!path.starts_with('/')) {
-        return {};
-    }
-    const std::string whole = withoutSlashesAtEnd(path);
-    const std::size_t slash = whole.rfind('/');
-    const std::string_view name = std::string_view(whole).substr(slash + 1);
-    // With a slash at its end a link is the folder that it leads to, as "." and ".." are folders.
-    if (path.ends_with('/') || name == "." || name == "..") {
-        return watched_.placeFolder(path);
-    }
-    const std::string_view folder = slash == 0 ? "/" : std::string_view(whole).substr(0, slash);
-    return watched_.placeResolved(joined(resolvedFolder(folder), name));
+    std::string real = resolved(folder.empty() ? "/" : folder);
+    return resolvedFolders_.emplace(folder, std::move(real)).first->second;
 }
 
 } // namespace Shell

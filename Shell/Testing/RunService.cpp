@@ -1,4 +1,4 @@
-// Serves a sample extension until it is ended: the process of a test.
+// Serves a sample extension until it is ended: the process of a test. Writes a line for each menu.
 
 #include "Platform/Finder/FinderSyncController.h"
 #include "Platform/Foundation/Exception.h"
@@ -7,6 +7,8 @@
 #include "Shell/FinderService.h"
 #include "Shell/Testing/SampleExtension.h"
 
+#include <cstdio>
+
 int main() {
     NS::setUncaughtExceptionHandler([](const NS::Exception& exception) {
         NS::Log("uncaught %@ %@", exception.name(), exception.reason());
@@ -14,6 +16,10 @@ int main() {
     FI::FinderSyncController::defaultController()->setDirectoryURLs(
         NS::Set::setWithObject(NS::URL::fileURLWithPath(NS::str("/mnt/drive"))));
     const auto extension = NS::make<Tests::SampleExtension>();
+    extension->onMenu = [] {
+        (void)std::puts("menu");
+        (void)std::fflush(stdout);
+    };
     Shell::FinderService service(extension, [] { return std::vector<NS::RefPtr<NS::Object>>(); });
     if (!service.start()) {
         return 1;

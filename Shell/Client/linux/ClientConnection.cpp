@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::uint64_t kMicroseconds = 1'000'000;
 constexpr std::uint64_t kNever = UINT64_MAX;
+// What one turn of a file manager's loop may cost, however much there is.
+constexpr int kMessagesPerTurn = 64;
 
 // Adds a descriptor, or changes what it is waited for; it leaves by being closed.
 bool watch(int epoll, int descriptor, int events) noexcept {
@@ -36,48 +38,68 @@ ClientConnection::Clock::time_point momentOf(std::uint64_t microseconds) {
 ClientConnection::ClientConnection()
     : epoll_(::epoll_create1(EPOLL_CLOEXEC)),
       timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {
-    (void)watch(epoll_, timer_, EPOLLIN);
+    (void)watch(epoll_, timer_, EPOLLIN); // without descriptors the next call fails as well
     sd_bus* bus = nullptr;
     const int result = sd_bus_open_user_with_description(&bus, "file manager");
     if (result < 0) {
         lose(result);
+        closeDescriptors();
         return;
     }
     bus_.reset(bus);
-    (void)sd_bus_set_exit_on_disconnect(bus, 0);
+    (void)sd_bus_set_exit_on_disconnect(bus, 0); // the process is not ours to end
+    // Who waits for an answer knows how long; an extension that is stopped gives others for later.
+    (void)sd_bus_set_method_call_timeout(bus, UINT64_MAX);
     awaitEvents();
 }
 
 ClientConnection::~ClientConnection() {
     bus_.reset();
-    for (const int descriptor : {epoll_, timer_}) {
-        if (descriptor >= 0) {
-            (void)::close(descriptor);
+    closeDescriptors();
+}
+
+void ClientConnection::closeDescriptors() noexcept {
+    for (int* const descriptor : {&epoll_, &timer_}) {
+        if (*descriptor >= 0) {
+            (void)::close(*descriptor); // nothing was written to it
         }
+        *descriptor = -1;
     }
 }
 
 void ClientConnection::serve() {
     std::uint64_t expirations = 0;
-    [[maybe_unused]] const ssize_t taken = ::read(timer_, &expirations, sizeof expirations);
-    while (process()) {
+    [[maybe_unused]] const ssize_t taken =
+        ::read(timer_, &expirations, sizeof expirations); // none, when it was the socket
+    isWoken_ = false;
+    for (int i = 0; i < kMessagesPerTurn && process(); ++i) {
     }
     awaitEvents();
+}
+
+void ClientConnection::wake() noexcept {
+    isWoken_ = true;
+    awaitMoment(0);
 }
 
 bool ClientConnection::waitUntil(const std::function<bool()>& condition,
                                  Clock::time_point deadline) {
     while (!condition() && bus_) {
-        if (process()) {
-            continue;
-        }
+        const bool wasBusy = process();
         if (condition() || Clock::now() >= deadline) {
-            break;
+            break; // in time also when there is no end of messages
         }
-        pollUntil(deadline);
+        if (!wasBusy) {
+            pollUntil(deadline);
+        }
     }
     awaitEvents();
     return condition();
+}
+
+std::uint64_t ClientConnection::unsent() const noexcept {
+    std::uint64_t messages = 0;
+    return bus_ && sd_bus_get_n_queued_write(bus_.get(), &messages) >= 0 ? messages : 0;
 }
 
 // One step; false when there was nothing to do.
@@ -114,8 +136,7 @@ void ClientConnection::lose(int negativeNumber) {
     error_ =
         "the session bus cannot be reached: " + std::system_category().message(-negativeNumber);
     bus_.reset();
-    awaitedSocket_ = -1;
-    awaitMoment(kNever);
+    awaitMoment(isWoken_ ? 0 : kNever);
 }
 
 void ClientConnection::awaitEvents() noexcept {
@@ -124,18 +145,18 @@ void ClientConnection::awaitEvents() noexcept {
     }
     awaitSocket();
     std::uint64_t moment = kNever;
-    (void)sd_bus_get_timeout(bus_.get(), &moment);
-    awaitMoment(moment);
+    (void)sd_bus_get_timeout(bus_.get(), &moment); // fails on a connection that serve() will lose
+    awaitMoment(isWoken_ ? 0 : moment);
 }
 
+// Each time anew: while it connects, the library may go on to another address with a socket of the
+// same number.
 void ClientConnection::awaitSocket() noexcept {
     const int socket = sd_bus_get_fd(bus_.get());
     const int events = sd_bus_get_events(bus_.get());
-    if (socket < 0 || events < 0 || (socket == awaitedSocket_ && events == awaitedEvents_)) {
-        return;
+    if (socket >= 0 && events >= 0) {
+        (void)watch(epoll_, socket, events); // a question still sees what comes
     }
-    awaitedEvents_ = events;
-    awaitedSocket_ = watch(epoll_, socket, events) ? socket : -1;
 }
 
 void ClientConnection::awaitMoment(std::uint64_t microseconds) noexcept {

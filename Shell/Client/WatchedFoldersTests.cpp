@@ -1,0 +1,177 @@
+#include "Shell/Client/WatchedFolders.h"
+
+#include "Tests/Support/PrivateFolders.h"
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+using Where = Shell::Placing::Where;
+
+// Paths begin with "@", which stands for the test's own folder; "@" has
+//   data/drive/ with docs/ and note.txt, data/drive2/, desk/,
+//   link -> data/drive, desk/docs -> data/drive/docs, data/drive/out -> desk,
+//   data/drive/self -> data/drive, data/drive/gone -> nothing.
+class WatchedFolders : public Tests::FolderTest {
+  protected:
+    void SetUp() override {
+        for (const char* const folder : {"data/drive/docs", "data/drive2", "desk"}) {
+            std::filesystem::create_directories(root / folder);
+        }
+        std::ofstream(root / "data/drive/note.txt") << "note";
+        link("data/drive", "link");
+        link("data/drive/docs", "desk/docs");
+        link("desk", "data/drive/out");
+        link("data/drive", "data/drive/self");
+        link("nothing", "data/drive/gone");
+    }
+    void link(const char* target, const char* name) {
+        std::filesystem::create_symlink(root / target, root / name);
+    }
+
+    std::string full(const std::string& path) const {
+        return path.starts_with('@') ? root.string() + path.substr(1) : path;
+    }
+    std::string brief(const Shell::Placing& placing) const {
+        constexpr const char* kNames[] = {"nowhere", "outside", "beside", "watched", "inside"};
+        std::string text = kNames[static_cast<std::size_t>(placing.where)];
+        const bool isOwn = placing.path.starts_with(root.string());
+        text += placing.path.empty() ? "" : isOwn ? " @" : " ";
+        return text + (isOwn ? placing.path.substr(root.string().size()) : placing.path);
+    }
+    std::string item(const std::string& path) {
+        return brief(Shell::WatchedFolders(watched()).placeItem(full(path)));
+    }
+    std::string folder(const std::string& path) {
+        return brief(Shell::WatchedFolders(watched()).placeFolder(full(path)));
+    }
+    std::vector<std::string> watched() const {
+        std::vector<std::string> paths;
+        for (const std::string& path : spellings) {
+            paths.push_back(full(path));
+        }
+        return paths;
+    }
+
+    const std::filesystem::path root = std::filesystem::canonical(folders.root());
+    std::vector<std::string> spellings{"@/data/drive"};
+};
+
+TEST_F(WatchedFolders, HoldTheirItems) {
+    EXPECT_EQ(item("@/data/drive/note.txt"), "inside @/data/drive/note.txt");
+    EXPECT_EQ(item("@/data/drive/docs"), "inside @/data/drive/docs");
+    EXPECT_EQ(item("@/data/drive/docs/new"), "inside @/data/drive/docs/new");
+    EXPECT_EQ(item("@/desk/a"), "outside @/desk/a");
+}
+
+TEST_F(WatchedFolders, DoNotHoldThemselvesHoweverSpelled) {
+    for (const char* const spelling :
+         {"@/data/drive", "@/data/drive/", "@/data/drive//", "@/data/drive/.", "@/data/drive/./",
+          "@/data/./drive", "@//data//drive", "@/data/drive/docs/..", "@/data/drive/docs/../",
+          "@/link/", "@/link/.", "@/desk/docs/..", "@/data/drive/self/", "@/data/drive2/../drive",
+          "@/data/drive/new/.."}) {
+        EXPECT_EQ(item(spelling), "watched @/data/drive") << spelling;
+    }
+}
+
+TEST_F(WatchedFolders, AreNotHeldByALinkThatIsAnItem) {
+    EXPECT_EQ(item("@/link"), "outside @/link");
+    EXPECT_EQ(item("@/data/drive/self"), "inside @/data/drive/self");
+    EXPECT_EQ(item("@/data/drive/gone"), "inside @/data/drive/gone");
+}
+
+TEST_F(WatchedFolders, AreReachedThroughLinks) {
+    EXPECT_EQ(item("@/link/note.txt"), "inside @/data/drive/note.txt");
+    EXPECT_EQ(item("@/desk/docs/a"), "inside @/data/drive/docs/a");
+    EXPECT_EQ(item("@/link/self/self/note.txt"), "inside @/data/drive/note.txt");
+    EXPECT_EQ(folder("@/desk/docs"), "inside @/data/drive/docs");
+    EXPECT_EQ(folder("@/link"), "watched @/data/drive");
+}
+
+TEST_F(WatchedFolders, AreLeftThroughLinks) {
+    EXPECT_EQ(item("@/data/drive/out/a"), "outside @/desk/a");
+    EXPECT_EQ(folder("@/data/drive/out"), "outside @/desk");
+    EXPECT_EQ(item("@/data/drive/../drive2/a"), "beside @/data/drive2/a");
+}
+
+TEST_F(WatchedFolders, AreToldInTheirOwnSpelling) {
+    spellings = {"@/link"};
+    EXPECT_EQ(item("@/data/drive/note.txt"), "inside @/link/note.txt");
+    EXPECT_EQ(item("@/link/docs/a"), "inside @/link/docs/a");
+    EXPECT_EQ(folder("@/data/drive"), "watched @/link");
+    EXPECT_EQ(item("@/link"), "watched @/link");
+    EXPECT_EQ(item("@/link2/a"), "beside @/link2/a");
+    EXPECT_EQ(item("@/data/drive2/a"), "outside @/data/drive2/a");
+}
+
+TEST_F(WatchedFolders, AreApartFromWhatBeginsLikeThem) {
+    EXPECT_EQ(item("@/data/drive2"), "beside @/data/drive2");
+    EXPECT_EQ(item("@/data/drive2/a"), "beside @/data/drive2/a");
+    EXPECT_EQ(folder("@/data/drive2"), "beside @/data/drive2");
+    EXPECT_EQ(item("@/data/driv"), "outside @/data/driv");
+}
+
+TEST_F(WatchedFolders, MayBeMany) {
+    spellings = {"@/data/drive", "@/data/drive2", "@/data/drive/docs"};
+    EXPECT_EQ(item("@/data/drive2/a"), "inside @/data/drive2/a");
+    EXPECT_EQ(item("@/data/drive/docs/a"), "inside @/data/drive/docs/a");
+    EXPECT_EQ(item("@/data/drive/docs"), "watched @/data/drive/docs");
+    EXPECT_EQ(item("@/data/drive3"), "beside @/data/drive3");
+}
+
+TEST_F(WatchedFolders, MayBeTheWholeFileSystem) {
+    spellings = {"/"};
+    EXPECT_EQ(item("/"), "watched /");
+    EXPECT_EQ(item("/etc"), "inside /etc");
+    EXPECT_EQ(folder("@/link"), "inside @/data/drive");
+}
+
+TEST_F(WatchedFolders, NeedNotExist) {
+    spellings = {"@/away/drive"};
+    EXPECT_EQ(item("@/away/drive/a"), "inside @/away/drive/a");
+    EXPECT_EQ(item("@/away/drive/b/c"), "inside @/away/drive/b/c");
+    EXPECT_EQ(item("@/away/./drive/"), "watched @/away/drive");
+    EXPECT_EQ(item("@/away/drive/b/.."), "watched @/away/drive");
+    EXPECT_EQ(item("@/away/drive2/a"), "beside @/away/drive2/a");
+}
+
+TEST_F(WatchedFolders, AreLookedAtAnewEachTime) {
+    EXPECT_EQ(folder("@/new"), "outside @/new");
+    link("data/drive", "new");
+    EXPECT_EQ(folder("@/new"), "watched @/data/drive");
+}
+
+TEST_F(WatchedFolders, KeepNamesByteForByte) {
+    for (const char* const name : {"a b", "a\nb", "a:b", "100%", "\"'", "\xF0\x9F\x90\x8B",
+                                   "e\xCC\x81", "\xC3\xA9", "not \xFF utf-8", "..a", "...", " "}) {
+        EXPECT_EQ(item("@/link/" + std::string(name)), "inside @/data/drive/" + std::string(name));
+    }
+    const std::string longest(255, 'n');
+    EXPECT_EQ(item("@/link/" + longest), "inside @/data/drive/" + longest);
+}
+
+TEST_F(WatchedFolders, TakePathsThatTheSystemDoesNot) {
+    std::string deep = "@/data/drive";
+    while (deep.size() < 6000) {
+        deep += "/folder";
+    }
+    EXPECT_EQ(item(deep), "inside " + deep);
+    EXPECT_EQ(folder(deep), "inside " + deep);
+    const std::string wide = "@/data/drive/" + std::string(300, 'w') + "/a";
+    EXPECT_EQ(item(wide), "inside " + wide);
+    link("loop", "loop");
+    EXPECT_EQ(item("@/loop/a"), "outside @/loop/a");
+}
+
+TEST_F(WatchedFolders, DoNotKnowWhatIsNoAbsolutePath) {
+    for (const std::string& path :
+         {std::string(), std::string("note.txt"), std::string("./a"), std::string("~/a"),
+          full("@/data/drive/note.txt") + std::string(1, '\0') + "a"}) {
+        EXPECT_EQ(item(path), "nowhere") << path;
+        EXPECT_EQ(folder(path), "nowhere") << path;
+    }
+}
+
+} // namespace
