@@ -67,7 +67,7 @@ TEST_F(FinderService, RunsNothingThatTheMenuDoesNotOffer) {
 TEST_F(FinderService, DoesNothingAfterTheDeadline) {
     EXPECT_EQ(peer->run(0, "first", {}, microsecondsFromNow(std::chrono::microseconds(-1))),
               "error com.Quorvane.Quorvane.QVFinderExtension.Error.TooLate: "
-              "the call was taken up after its deadline, and nothing was done");
+              "the deadline had passed, and nothing was done");
     EXPECT_EQ(takeCalls(), Calls{});
 }
 

@@ -64,6 +64,11 @@ TEST_F(MenuRequest, GivesTheEntryToAnActionThatTakesASender) {
     EXPECT_EQ(extension->calls.back(), "withSender With Sender /a /b > /");
 }
 
+TEST_F(MenuRequest, RunsNothingWhenMakingTheMenuTookTooLong) {
+    EXPECT_FALSE(run("first", true));
+    EXPECT_EQ(extension->calls, Calls{"menu 2 /a /b > /"});
+}
+
 TEST_F(MenuRequest, RunsNothingThatTheMenuDoesNotOffer) {
     for (const char* const action : {"off", "withSender", "first:", "First", "unknown", ""}) {
         EXPECT_FALSE(run(action)) << action;

@@ -192,7 +192,8 @@ TEST_F(Finder, TellsWhenAPathDoesNotExist) {
 
 TEST_F(Finder, TellsEachMistakeInOneLine) {
     const auto finished = finder({"menu", "no\nsuch\033[2Jfile"});
-    EXPECT_EQ(finished.errors, "quorvane-finder: no such file or folder: no?such?[2Jfile\n");
+    EXPECT_EQ(finished.errors, "quorvane-finder: no such file or folder: no?such?[2Jfile "
+                               "(paths on standard input are separated by NUL)\n");
 }
 
 TEST_F(Finder, TellsWhenTheExtensionIsNotRunning) {
@@ -205,7 +206,7 @@ TEST_F(Finder, TellsWhenTheExtensionIsNotRunning) {
     };
     expectAbsence({"status"});
     expectAbsence({"menu"});
-    expectAbsence({"pick", "QV: Share"});
+    expectAbsence({"pick", "QV: Share", "--kind", "container"});
     expectAbsence({"observe", "begin", "."});
 }
 
