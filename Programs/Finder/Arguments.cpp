@@ -21,9 +21,10 @@ bool takesItems(const MenuArguments& arguments) {
 
 std::vector<std::string> pathsFromInput(const MenuArguments& arguments) {
     auto paths = pathsFromPipe(STDIN_FILENO);
-    if (paths && paths->empty() && arguments.needsPathsFromInput && !arguments.kind) {
-        throw UserError(
-            "no paths came on standard input; \"-\" waits for them, --kind does without");
+    const bool namesPlace = arguments.kind || !arguments.target.empty();
+    if (paths && paths->empty() && arguments.needsPathsFromInput && !namesPlace) {
+        throw UserError("no paths came on standard input; \"-\" waits for them, --target or --kind "
+                        "does without");
     }
     return std::move(paths).value_or(std::vector<std::string>());
 }
