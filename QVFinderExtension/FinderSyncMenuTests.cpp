@@ -208,7 +208,8 @@ TEST_F(FinderMenu, OfTheToolbarIsWholeWithAccountAndTarget) {
 }
 
 TEST_F(FinderMenu, OfTheToolbarShowsTheRecordThatIsHeldAndAsksForTheNext) {
-    (void)extension->menuForMenuKind(kToolbar);
+    setAccount(3);
+    EXPECT_EQ(entries(kToolbar).front(), "Empty Trash (3) -> emptyTrash");
     EXPECT_FALSE(argumentOf("ext_req_userinfo", LinkRecorder::kNothing));
 }
 

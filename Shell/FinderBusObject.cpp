@@ -118,15 +118,21 @@ int FinderBusObject::run(sd_bus_message* call, sd_bus_error* error) {
     if (!arguments.error().empty()) {
         return refuseArguments(error, arguments);
     }
-    if (isPast(deadline)) {
+    const auto isTooLate = [&] {
+        return isPast(deadline);
+    };
+    const RunResult result =
+        isTooLate() ? RunResult::kTooLate : runEntryOfMenu(extension_, request, action, isTooLate);
+    switch (result) {
+    case RunResult::kTooLate:
         return refuse(error, FinderInterface::kErrorTooLate,
-                      "the call was taken up after its deadline, and nothing was done");
-    }
-    if (!runEntryOfMenu(extension_, request, action)) {
+                      "the deadline had passed, and nothing was done");
+    case RunResult::kNotInMenu:
         return refuse(error, FinderInterface::kErrorNotInMenu,
                       "the menu has no enabled entry with this action");
+    default:
+        return answer(call);
     }
-    return answer(call);
 }
 
 int FinderBusObject::beginObserving(sd_bus_message* call, sd_bus_error* error) {

@@ -43,17 +43,20 @@ NS::RefPtr<NS::Menu> menuForRequest(FI::FinderSync& extension, const MenuRequest
     return extension.menuForMenuKind(request.kind);
 }
 
-bool runEntryOfMenu(FI::FinderSync& extension, const MenuRequest& request,
-                    std::string_view action) {
+RunResult runEntryOfMenu(FI::FinderSync& extension, const MenuRequest& request,
+                         std::string_view action, const std::function<bool()>& isTooLate) {
     const ShownPlace shown(request);
     const auto menu = extension.menuForMenuKind(request.kind);
     // An entry without an action only tells something.
     const auto entry = menu && !action.empty() ? enabledEntry(*menu, action) : nullptr;
     if (!entry) {
-        return false;
+        return RunResult::kNotInMenu;
+    }
+    if (isTooLate()) {
+        return RunResult::kTooLate;
     }
     entry->sendAction(extension);
-    return true;
+    return RunResult::kDone;
 }
 
 } // namespace Shell

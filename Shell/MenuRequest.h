@@ -3,6 +3,7 @@
 #include "Platform/Finder/FinderSync.h"
 #include "Platform/Foundation/Array.h"
 
+#include <functional>
 #include <string_view>
 
 namespace Shell {
@@ -18,8 +19,12 @@ struct MenuRequest {
 // none. Raises what the extension raises, and leaves the controller as it was then as well.
 NS::RefPtr<NS::Menu> menuForRequest(FI::FinderSync& extension, const MenuRequest& request);
 
-// Makes the menu and sends the action of its first enabled entry with that action. False when it
-// has none: nobody can have the extension do what no menu offers. Raises what the extension raises.
-bool runEntryOfMenu(FI::FinderSync& extension, const MenuRequest& request, std::string_view action);
+enum class RunResult : char { kDone, kNotInMenu, kTooLate };
+
+// Makes the menu and sends the action of its first enabled entry with that action, unless it has
+// none, since nobody is to have the extension do what no menu offers, or it is too late by then.
+// Raises what the extension raises.
+RunResult runEntryOfMenu(FI::FinderSync& extension, const MenuRequest& request,
+                         std::string_view action, const std::function<bool()>& isTooLate);
 
 } // namespace Shell

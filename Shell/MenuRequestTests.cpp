@@ -24,7 +24,10 @@ class MenuRequest : public testing::Test {
     static NS::Ref<NS::URL> url(const std::string& path) {
         return NS::Ref<NS::URL>(*Shell::fileURLFromText("file://" + path));
     }
-    bool run(const char* action) { return Shell::runEntryOfMenu(extension, request, action); }
+    bool run(const char* action, bool tooLate = false) {
+        return Shell::runEntryOfMenu(extension, request, action, [&] { return tooLate; }) ==
+               Shell::RunResult::kDone;
+    }
     void expectNothingIsShown() {
         EXPECT_FALSE(controller->selectedItemURLs());
         EXPECT_FALSE(controller->targetedURL());

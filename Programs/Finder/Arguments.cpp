@@ -19,9 +19,18 @@ bool takesItems(const MenuArguments& arguments) {
            *arguments.kind == Shell::MenuKind::kSidebar;
 }
 
+std::vector<std::string> pathsFromInput(const MenuArguments& arguments) {
+    auto paths = pathsFromPipe(STDIN_FILENO);
+    if (paths && paths->empty() && arguments.needsPathsFromInput && !arguments.kind) {
+        throw UserError(
+            "no paths came on standard input; \"-\" waits for them, --kind does without");
+    }
+    return std::move(paths).value_or(std::vector<std::string>());
+}
+
 std::vector<std::string> givenPaths(const MenuArguments& arguments) {
     if (arguments.paths.empty()) {
-        return takesItems(arguments) ? pathsFromPipe(STDIN_FILENO) : std::vector<std::string>();
+        return takesItems(arguments) ? pathsFromInput(arguments) : std::vector<std::string>();
     }
     std::vector<std::string> paths;
     for (const std::string& path : arguments.paths) {
@@ -35,6 +44,10 @@ std::vector<std::string> givenPaths(const MenuArguments& arguments) {
 }
 
 std::string folderOf(const std::string& path) {
+    const fs::path last = fs::path(path).filename();
+    if (last == "." || last == "..") {
+        return fs::canonical(path).parent_path().string();
+    }
     const auto end = path.find_last_not_of('/');
     const auto slash = end == std::string::npos ? 0 : path.find_last_of('/', end);
     return slash == 0 ? "/" : path.substr(0, slash);
@@ -58,7 +71,10 @@ std::string existingPath(const std::string& path) {
     const std::string absolute = absolutePath(path);
     std::error_code error;
     if (fs::symlink_status(absolute, error).type() == fs::file_type::not_found) {
-        throw UserError("no such file or folder: " + path);
+        throw UserError("no such file or folder: " + path +
+                        (path.find('\n') == std::string::npos
+                             ? ""
+                             : " (paths on standard input are separated by NUL)"));
     }
     if (error) {
         throw UserError(path + ": " + error.message());

@@ -18,6 +18,9 @@ struct MenuArguments {
     std::optional<Shell::MenuKind> kind;
     std::string target;
     std::vector<std::string> paths; // "-" stands for those on standard input
+    // For a command that does something: an input without paths is a mistake, and not the
+    // container.
+    bool needsPathsFromInput = false;
 };
 
 struct MenuRequest {

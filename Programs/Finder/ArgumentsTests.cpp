@@ -52,6 +52,8 @@ TEST_F(Arguments, WithPathsMeanTheFolderOfTheFirst) {
     EXPECT_EQ(from({"docs/inner/"}).place.target, inRoot("docs"));
     EXPECT_EQ(from({"/etc"}).place.target, "/");
     EXPECT_EQ(from({"/"}).place.target, "/");
+    EXPECT_TRUE(fs::equivalent(from({"docs/."}).place.target, folders.root()));
+    EXPECT_TRUE(fs::equivalent(from({"docs/inner/.."}).place.target, folders.root()));
 }
 
 TEST_F(Arguments, WithoutPathsMeanTheCurrentFolder) {
@@ -61,7 +63,7 @@ TEST_F(Arguments, WithoutPathsMeanTheCurrentFolder) {
 }
 
 TEST_F(Arguments, KeepTheKindAndTheTargetThatAreGiven) {
-    const MenuRequest request = menuRequestFrom({MenuKind::kToolbar, "docs", {"docs/a"}});
+    const MenuRequest request = menuRequestFrom({MenuKind::kToolbar, "docs", {"docs/a"}, false});
     EXPECT_EQ(request.kind, MenuKind::kToolbar);
     EXPECT_EQ(request.place.target, inRoot("docs"));
 }
@@ -74,7 +76,7 @@ TEST_F(Arguments, MustNameWhatExists) {
     EXPECT_EQ(errorOf({"docs/a", "docs/missing"}), "no such file or folder: docs/missing");
     EXPECT_EQ(errorOf({"docs/a/below"}), "no such file or folder: docs/a/below");
     EXPECT_EQ(errorOf({""}), "a path is empty, or holds a NUL");
-    EXPECT_THROW(menuRequestFrom({MenuKind::kToolbar, "missing", {}}), UserError);
+    EXPECT_THROW(menuRequestFrom({MenuKind::kToolbar, "missing", {}, false}), UserError);
 }
 
 TEST_F(Arguments, MayNameAFolderThatIsNoLongerShownBecauseItIsGone) {

@@ -94,6 +94,9 @@ void Commands::menu(const MenuRequest& request, Format format, bool onTerminal) 
         output_ << jsonOf(shown) << '\n';
     } else {
         output_ << textOf(shown, onTerminal ? Dimming::kTerminal : Dimming::kNone);
+        if (shown.entries.empty() && onTerminal) {
+            output_ << "(no entries here)\n";
+        }
     }
 }
 

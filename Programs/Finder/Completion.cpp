@@ -5,9 +5,32 @@
 namespace {
 
 constexpr const char* kBash = R"script(# Completion of quorvane-finder for bash.
-_quorvane_finder_titles() {
-    # The options given so far, without the title, decide which menu is meant.
-    quorvane-finder menu "${@}" </dev/null 2>/dev/null
+# Completes the title after "pick": from the menus of the current folder and the toolbar, and the entries of
+# items. Works on the line itself, since the shell breaks words at the colon in the titles.
+_quorvane_finder_title() {
+    local typed=${COMP_LINE:0:COMP_POINT} plain quoted title
+    typed=${typed#*pick}
+    typed=${typed#"${typed%%[! ]*}"}
+    case $typed in
+        \"*\"* | \'*\'*) return 1 ;;
+        \"* | \'*) plain=${typed:1} quoted=yes ;;
+        *)
+            quoted=${typed//\\?/}
+            [[ $quoted == *' '* ]] && return 1
+            plain=${typed//\\/} quoted=
+            ;;
+    esac
+    while IFS= read -r title; do
+        [[ $title == "$plain"* ]] || continue
+        [ -n "$quoted" ] || title=$(printf '%q' "$title")
+        if [ -z "$quoted" ] && [[ $typed == *:* ]]; then title=${title#*:}; fi
+        COMPREPLY+=("$title")
+    done < <({
+        quorvane-finder menu --kind container --target . 2>/dev/null
+        quorvane-finder menu --kind toolbar 2>/dev/null
+        printf '%s\n' 'QV: Move To Trash' 'QV: Restore' 'QV: Delete'
+    } | grep -E '^(QV: |Empty Trash|Refresh Folder)' | sort -u)
+    return 0
 }
 _quorvane_finder() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
@@ -24,15 +47,7 @@ _quorvane_finder() {
     esac
     case $command in
         pick)
-            if [ "$COMP_CWORD" -eq 2 ] && [[ $current != -* ]]; then
-                local titles
-                mapfile -t titles < <(_quorvane_finder_titles "${COMP_WORDS[@]:3}")
-                local title unquoted=${current#[\"\']}
-                for title in "${titles[@]}"; do
-                    [[ $title == "$unquoted"* ]] && COMPREPLY+=("$(printf '%q' "$title")")
-                done
-                return
-            fi ;;
+            if [[ $current != -* ]] && _quorvane_finder_title; then return; fi ;;
         observe)
             if [ "$COMP_CWORD" -eq 2 ]; then
                 mapfile -t COMPREPLY < <(compgen -W $'begin\nend' -- "$current")

@@ -18,12 +18,13 @@ class BashCompletion : public Tests::FolderTest {
         std::ofstream(folders.root() / "script") << completionFor("bash");
     }
 
-    // What it offers for the last of the words.
-    std::string offered(const std::string& words, int index) {
+    // What it offers for the last of the words, as the shell takes a line apart.
+    std::string offered(const std::string& words, int index, const std::string& line = "") {
         const auto program = folders.root() / "try";
         std::ofstream(program) << "compopt() { :; }\nsource '"
                                << (folders.root() / "script").string() << "'\nCOMP_WORDS=(" << words
-                               << ")\nCOMP_CWORD=" << index
+                               << ")\nCOMP_CWORD=" << index << "\nCOMP_LINE=$(cat <<'END'\n"
+                               << line << "\nEND\n)\nCOMP_POINT=${#COMP_LINE}"
                                << "\n_quorvane_finder\nprintf '%s|' \"${COMPREPLY[@]}\"\n";
         Tests::Process bash("/bin/bash", {program.string()}, folders.root() / "out",
                             folders.root() / "err");
@@ -41,9 +42,28 @@ TEST_F(BashCompletion, OffersTheCommands) {
     EXPECT_EQ(offered("quorvane-finder m", 1), "menu|");
 }
 
-TEST_F(BashCompletion, OffersTheTitlesOfTheMenu) {
-    EXPECT_EQ(offered("quorvane-finder pick ''", 2), "QV:\\ Share|QV:\\ Show\\ Properties|");
-    EXPECT_EQ(offered("quorvane-finder pick 'QV: Sho'", 2), "QV:\\ Show\\ Properties|");
+TEST_F(BashCompletion, OffersTitles) {
+    EXPECT_EQ(offered("quorvane-finder pick QV", 2, "quorvane-finder pick QV"),
+              "QV:\\ Delete|QV:\\ Move\\ To\\ Trash|QV:\\ Restore|QV:\\ Share|"
+              "QV:\\ Show\\ Properties|");
+}
+
+TEST_F(BashCompletion, OffersTheRestOfATitleBehindItsColon) {
+    EXPECT_EQ(offered("quorvane-finder pick QV : '\\ Sho'", 4, "quorvane-finder pick QV:\\ Sho"),
+              "\\ Show\\ Properties|");
+}
+
+TEST_F(BashCompletion, OffersATitleInQuotesAsItStands) {
+    EXPECT_EQ(offered("quorvane-finder pick '\"QV: Sho'", 2, "quorvane-finder pick \"QV: Sho"),
+              "QV: Show Properties|");
+}
+
+TEST_F(BashCompletion, OffersPathsBehindTheTitle) {
+    std::ofstream(folders.root() / "some file") << "x";
+    const std::string typed = (folders.root() / "some").string();
+    EXPECT_EQ(offered("quorvane-finder pick '\"QV: Share\"' " + typed, 3,
+                      "quorvane-finder pick \"QV: Share\" " + typed),
+              typed + " file|");
 }
 
 TEST_F(BashCompletion, OffersKindsAndOptions) {

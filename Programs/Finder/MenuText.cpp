@@ -67,8 +67,16 @@ const Shell::MenuEntry* entryTitled(const Shell::Menu& menu, std::string_view ti
 }
 
 std::string printable(std::string_view text) {
-    std::string shown(text);
-    std::ranges::replace_if(
-        shown, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+    std::string shown;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0U;
+        if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
+            shown.push_back('?'); // one of the controls above ASCII, in UTF-8
+            ++i;
+        } else {
+            shown.push_back(byte < 0x20 || byte == 0x7F ? '?' : text[i]);
+        }
+    }
     return shown;
 }

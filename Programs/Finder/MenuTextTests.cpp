@@ -34,7 +34,8 @@ TEST(MenuText, DimsWhatCannotBePickedOnATerminal) {
 }
 
 TEST(MenuText, DoesNotLetATitleSteerTheTerminal) {
-    EXPECT_EQ(textOf({"T", {{"a\033[2J\nb", "x", true}}}, Dimming::kTerminal), "a?[2J?b\n");
+    EXPECT_EQ(textOf({"T", {{"a\033[2J\nb\u009b2J\u00e9", "x", true}}}, Dimming::kTerminal),
+              "a?[2J?b?2J\u00e9\n");
 }
 
 TEST(EntryTitled, PrefersTheExactTitle) {

@@ -37,16 +37,9 @@ std::string contentsOf(int descriptor) {
     }
 }
 
-bool bringsSomething(int descriptor) {
-    struct stat status {};
-    if (::fstat(descriptor, &status) != 0) {
-        return false;
-    }
-    if (S_ISREG(status.st_mode)) {
-        return true;
-    }
+bool beginsInTime(int descriptor) {
     pollfd state{descriptor, POLLIN, 0};
-    return S_ISFIFO(status.st_mode) && ::poll(&state, 1, kFirstByteMilliseconds) == 1;
+    return ::poll(&state, 1, kFirstByteMilliseconds) == 1;
 }
 
 } // namespace
@@ -62,6 +55,11 @@ std::vector<std::string> pathsFrom(int descriptor) {
     return paths;
 }
 
-std::vector<std::string> pathsFromPipe(int descriptor) {
-    return bringsSomething(descriptor) ? pathsFrom(descriptor) : std::vector<std::string>();
+std::optional<std::vector<std::string>> pathsFromPipe(int descriptor) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0 ||
+        (!S_ISREG(status.st_mode) && !S_ISFIFO(status.st_mode))) {
+        return std::nullopt;
+    }
+    return beginsInTime(descriptor) ? pathsFrom(descriptor) : std::vector<std::string>();
 }

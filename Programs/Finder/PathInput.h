@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,5 +9,6 @@
 std::vector<std::string> pathsFrom(int descriptor);
 
 // The same where the descriptor is a file, or a pipe that begins to bring something within a
-// second; else none: a terminal, or a pipe that a parent merely keeps open, is not waited for.
-std::vector<std::string> pathsFromPipe(int descriptor);
+// second; empty when such a one brings nothing. Nothing for a terminal or another device: it is not
+// read.
+std::optional<std::vector<std::string>> pathsFromPipe(int descriptor);

@@ -83,9 +83,9 @@ TEST_F(PathInput, IsNotWaitedForOnAPipeThatIsMerelyOpen) {
 
 TEST_F(PathInput, IsNotTakenFromADevice) {
     const int device = ::open("/dev/zero", O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(pathsFromPipe(device), Paths());
+    EXPECT_EQ(pathsFromPipe(device), std::nullopt);
     ::close(device);
-    EXPECT_EQ(pathsFromPipe(-1), Paths());
+    EXPECT_EQ(pathsFromPipe(-1), std::nullopt);
 }
 
 } // namespace

@@ -6,10 +6,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <map>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -22,8 +24,9 @@ const std::map<std::string, Shell::MenuKind> kKinds{
 
 constexpr const char* kAboutPaths =
     "Without --kind the menu is that of items where paths are given, else of the container.\n"
-    "Paths ended by NUL are read from standard input for the path \"-\", and where no path is\n"
-    "given and a pipe or a file stands there.\n"
+    "Paths ended by NUL are read from standard input for the path \"-\", and also where no path "
+    "is\n"
+    "given and a file stands there, or a pipe that begins within a second.\n"
     "Exit status: 0; 1 when it cannot be done; 2 for wrong usage.";
 
 struct Options {
@@ -109,7 +112,9 @@ void perform(const CLI::App& app, const Options& options) {
     // Before the connection, so that a wrong path is told without it.
     MenuRequest request;
     if (app.got_subcommand("menu") || app.got_subcommand("pick")) {
-        request = menuRequestFrom(options.menu);
+        MenuArguments arguments = options.menu;
+        arguments.needsPathsFromInput = app.got_subcommand("pick");
+        request = menuRequestFrom(arguments);
     }
     Shell::FinderClient client;
     Commands commands(client, std::cout, options.limit());
@@ -126,25 +131,45 @@ void perform(const CLI::App& app, const Options& options) {
     }
 }
 
+// The library takes a word in brackets apart as a list. As a path it may begin with "./" as well.
+std::vector<std::string> wordsOf(int argc, char** argv) {
+    std::vector<std::string> words(argv + 1, argv + argc);
+    for (std::string& word : words) {
+        if (word.starts_with('[') && word.ends_with(']')) {
+            word.insert(0, "./");
+        }
+    }
+    std::ranges::reverse(words); // as the library wants them
+    return words;
+}
+
+int fail(const std::string& message) {
+    std::cerr << "quorvane-finder: " << printable(message) << '\n';
+    return EXIT_FAILURE;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app("A file manager for the terminal, as far as the Quorvane drive's menus go.");
+    CLI::App app("A file manager for the terminal, as far as the Quorvane drive's menus go.",
+                 "quorvane-finder");
     app.set_version_flag("--version", "quorvane-finder " QUORVANE_VERSION);
     app.require_subcommand(1);
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return "quorvane-finder: " + printable(error.what()) + "; see --help\n";
+    });
     Options options;
     addMenuCommands(app, options);
     addOtherCommands(app, options);
     try {
-        app.parse(argc, argv);
+        app.parse(wordsOf(argc, argv));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_SUCCESS : 2;
     }
     try {
         perform(app, options);
     } catch (const UserError& error) {
-        std::cerr << "quorvane-finder: " << printable(error.what()) << '\n';
-        return EXIT_FAILURE;
+        return fail(error.what());
     }
-    return std::cout.flush() ? EXIT_SUCCESS : EXIT_FAILURE;
+    return std::cout.flush() ? EXIT_SUCCESS : fail("the output cannot be written");
 }

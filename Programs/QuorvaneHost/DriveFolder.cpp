@@ -1,44 +1,11 @@
 #include "Programs/QuorvaneHost/DriveFolder.h"
 
+#include "Programs/QuorvaneHost/FolderWalk.h"
+
+#include <fcntl.h>
 #include <system_error>
 
 namespace fs = std::filesystem;
-
-namespace {
-
-// Visits the entries of a folder; of one that goes or closes meanwhile, those it had till then.
-template <class Visitor>
-void forEachEntry(const fs::path& folder, Visitor&& visit) {
-    std::error_code error;
-    fs::directory_iterator entry(folder, error);
-    while (!error && entry != fs::directory_iterator()) {
-        visit(*entry);
-        entry.increment(error);
-    }
-}
-
-std::int64_t sizeOf(const fs::directory_entry& entry) {
-    std::error_code error;
-    const std::uintmax_t size = entry.file_size(error);
-    return error ? 0 : static_cast<std::int64_t>(size);
-}
-
-// Each folder is walked by itself, so that one that fails takes no other with it.
-std::int64_t bytesBelow(const fs::path& folder) {
-    std::int64_t bytes = 0;
-    forEachEntry(folder, [&](const fs::directory_entry& entry) {
-        std::error_code error;
-        const fs::file_type type = entry.symlink_status(error).type();
-        if (type == fs::file_type::regular) {
-            bytes += sizeOf(entry);
-        } else if (type == fs::file_type::directory) {
-            bytes += bytesBelow(entry.path());
-        }
-    });
-    return bytes;
-}
-
-} // namespace
 
 DriveFolder::DriveFolder(const fs::path& folder) : path_(fs::canonical(folder).string()) {
     // Reading it once tells a file or a closed folder from a drive.
@@ -46,7 +13,7 @@ DriveFolder::DriveFolder(const fs::path& folder) : path_(fs::canonical(folder).s
 }
 
 std::int64_t DriveFolder::bytesUsed() const {
-    return bytesBelow(path_);
+    return static_cast<std::int64_t>(FolderContents::below(AT_FDCWD, path_).bytes);
 }
 
 std::int64_t DriveFolder::trashCount() const {
@@ -55,7 +22,12 @@ std::int64_t DriveFolder::trashCount() const {
     if (fs::symlink_status(trash, error).type() != fs::file_type::directory) {
         return 0;
     }
+    // One that goes or closes meanwhile has those that it had till then.
     std::int64_t entries = 0;
-    forEachEntry(trash, [&](const fs::directory_entry&) { ++entries; });
+    fs::directory_iterator entry(trash, error);
+    while (!error && entry != fs::directory_iterator()) {
+        ++entries;
+        entry.increment(error);
+    }
     return entries;
 }

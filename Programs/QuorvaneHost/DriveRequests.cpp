@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/String.h"
+#include "Programs/QuorvaneHost/HostData.h"
 #include "Programs/QuorvaneHost/ItemProperties.h"
 #include "Programs/QuorvaneHost/PayloadJson.h"
 #include "QVFinderExtension/QVExtensionActions.h"
@@ -35,8 +36,8 @@ Json jsonPath(const std::string& path) {
 
 DriveRequests::DriveRequests(const std::string& drivePath, const std::string& dataFolder,
                              Journal& journal)
-    : journal_(journal), tree_(drivePath), trash_(tree_, dataFolder + "/trash.log"),
-      links_(dataFolder + "/Links") {}
+    : journal_(journal), lock_(lockHostData(dataFolder)), tree_(drivePath),
+      trash_(tree_, dataFolder + "/trash.log"), links_(dataFolder + "/Links") {}
 
 template <class Do>
 void DriveRequests::onItem(std::string_view action, const NS::RefPtr<NS::Object>& path,
@@ -153,7 +154,9 @@ bool DriveRequests::emptyTrash() {
 void DriveRequests::beginObserving(const NS::RefPtr<NS::Object>& path, const std::string& client) {
     onItem(QVExtensionAction::kBeginObserving, path, [&](const std::string& bytes) {
         (void)tree_.folderAt(bytes);
-        observed_.begin(client, bytes);
+        if (!observed_.begin(client, bytes)) {
+            throw Refusal("this client shows as many folders as one may");
+        }
         return observedJson(client);
     });
 }
@@ -180,5 +183,9 @@ Json DriveRequests::observedJson(const std::string& client) const {
 }
 
 void DriveRequests::clientGone(const std::string& client) {
+    if (!observed_.foldersOf(client).empty()) {
+        journal_.noteGone(client, observedJson(client)["observed"]);
+        journal_.flush();
+    }
     observed_.forget(client);
 }

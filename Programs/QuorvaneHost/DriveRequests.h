@@ -15,7 +15,8 @@
 // every item: what was done, or why it was refused. Arguments are taken as they came over the link.
 class DriveRequests {
   public:
-    // The journal outlives it. Throws Refusal when the drive or the data folder cannot be used.
+    // The journal outlives it. Throws Refusal when the drive or the data folder cannot be used, or
+    // another host uses the latter.
     DriveRequests(const std::string& drivePath, const std::string& dataFolder, Journal& journal);
     DriveRequests(const DriveRequests&) = delete;
     DriveRequests& operator=(const DriveRequests&) = delete;
@@ -47,6 +48,7 @@ class DriveRequests {
     nlohmann::ordered_json observedJson(const std::string& client) const;
 
     Journal& journal_;
+    NS::FileDescriptor lock_;
     DriveTree tree_;
     Trash trash_;
     ShareLinks links_;

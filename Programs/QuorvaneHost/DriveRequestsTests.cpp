@@ -160,6 +160,9 @@ TEST_F(DriveRequestsTest, KeepTheFoldersThatEachClientShows) {
 TEST_F(DriveRequestsTest, ForgetTheFoldersOfAClientThatIsGone) {
     requests->beginObserving(path("/Docs"), "one");
     requests->clientGone("one");
+    EXPECT_EQ(lastLine().dump(), R"({"gone":"one","observed":["/Docs"]})");
+    requests->clientGone("one");
+    EXPECT_EQ(lines().size(), 2U);
     requests->endObserving(path("/Docs"), "one");
     EXPECT_EQ(lastLine()["refused"], "ext_obs_end");
 }
@@ -169,6 +172,23 @@ TEST_F(DriveRequestsTest, TellAFolderTwiceShownUntilItIsTwiceLeft) {
     requests->beginObserving(path("/Docs"), "one");
     requests->endObserving(path("/Docs"), "one");
     EXPECT_EQ(lastLine()["observed"].dump(), R"(["/Docs"])");
+}
+
+TEST_F(DriveRequestsTest, RefuseMoreFoldersThanAClientMayShow) {
+    for (std::size_t i = 0; i < ObservedFolders::kMostFolders; ++i) {
+        requests->beginObserving(path("/Docs"), "one");
+    }
+    requests->beginObserving(path("/"), "one");
+    EXPECT_EQ(lastLine()["refused"], "ext_obs_beg");
+}
+
+TEST_F(DriveRequestsTest, AreOfOneHostAtATime) {
+    const auto second = [&] {
+        (void)DriveRequests(drive.string(), hostDataFolderFor(drive.string()), journal);
+    };
+    EXPECT_THROW(second(), Refusal);
+    requests.reset();
+    EXPECT_NO_THROW(second());
 }
 
 TEST_F(DriveRequestsTest, KeepTheBytesOfOddNames) {

@@ -17,6 +17,8 @@ namespace {
 
 // A path goes to the system in pieces that it takes at once.
 constexpr std::size_t kLongestPiece = 4000;
+// How often a way is tried again on which something was moved meanwhile.
+constexpr int kMostAttempts = 100;
 
 using Components = std::vector<std::string_view>;
 
@@ -44,17 +46,25 @@ Components componentsOf(std::string_view path) {
 }
 
 // Opens a path below a folder; no symbolic link and no ".." in one leads out of that folder.
-int openBeneath(int folder, const std::string& path, std::uint64_t flags) {
+int openBeneath(int folder, const std::string& path, std::uint64_t flags, std::uint64_t resolve) {
     open_how how{};
     how.flags = flags | O_CLOEXEC;
-    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
-    return static_cast<int>(::syscall(SYS_openat2, folder, path.c_str(), &how, sizeof how));
+    how.resolve = resolve | RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+    int opened = -1;
+    int attempts = 0;
+    do {
+        opened = static_cast<int>(::syscall(SYS_openat2, folder, path.c_str(), &how, sizeof how));
+    } while (opened < 0 && (errno == EINTR || errno == EAGAIN) && ++attempts < kMostAttempts);
+    return opened;
 }
 
-[[noreturn]] void refuse(int error) {
+[[noreturn]] void refuse(int error, std::uint64_t resolve = 0) {
     switch (error) {
     case EXDEV:
     case ELOOP:
+        if ((resolve & RESOLVE_NO_SYMLINKS) != 0) {
+            throw Refusal("the path is too long to be followed through symbolic links");
+        }
         throw Refusal("the path leads out of the drive through a symbolic link");
     case ENOENT:
         throw Refusal("there is no such item");
@@ -63,22 +73,23 @@ int openBeneath(int folder, const std::string& path, std::uint64_t flags) {
     }
 }
 
-NS::FileDescriptor openedBeneath(int folder, const std::string& path, std::uint64_t flags) {
-    NS::FileDescriptor opened(openBeneath(folder, path, flags));
+NS::FileDescriptor openedBeneath(int folder, const std::string& path, std::uint64_t flags,
+                                 std::uint64_t resolve = 0) {
+    NS::FileDescriptor opened(openBeneath(folder, path, flags, resolve));
     if (!opened) {
-        refuse(errno);
+        refuse(errno, resolve);
     }
     return opened;
 }
 
-NS::FileDescriptor openFolders(int root, const Components& components) {
+NS::FileDescriptor openFolders(int root, const Components& components, std::uint64_t resolve = 0) {
     NS::FileDescriptor folder = openedBeneath(root, ".", O_PATH | O_DIRECTORY);
     for (auto next = components.begin(); next != components.end();) {
         std::string piece(*next++);
         while (next != components.end() && piece.size() + 1 + next->size() <= kLongestPiece) {
             piece.append("/").append(*next++);
         }
-        folder = openedBeneath(folder.get(), piece, O_PATH | O_DIRECTORY);
+        folder = openedBeneath(folder.get(), piece, O_PATH | O_DIRECTORY, resolve);
     }
     return folder;
 }
@@ -88,11 +99,11 @@ std::string joined(const Components& components) {
     for (const std::string_view component : components) {
         path.append("/").append(component);
     }
-    return path.empty() ? "/" : path;
+    return path;
 }
 
-// Where an open folder is; empty where the system does not tell.
-std::string pathOf(int folder) {
+// Where an open folder is on this machine; empty where the system does not tell.
+std::string systemPathOf(int folder) {
     std::array<char, 4096> path{};
     const std::string link = "/proc/self/fd/" + std::to_string(folder);
     const ssize_t length = ::readlink(link.c_str(), path.data(), path.size());
@@ -116,28 +127,38 @@ DriveTree::DriveTree(const std::string& path)
     if (!root_) {
         throw Refusal("the drive cannot be opened: " + systemError());
     }
-    rootPath_ = pathOf(root_.get());
 }
 
 DriveEntry DriveTree::entryAt(std::string_view path) const {
     Components components = componentsOf(path);
-    const std::string given = joined(components);
     if (components.empty()) {
         return {openFolders(root_.get(), {}), ".", "/"};
     }
     std::string name(components.back());
     components.pop_back();
-    return entryIn(openFolders(root_.get(), components), std::move(name), given);
+    NS::FileDescriptor folder = openFolders(root_.get(), components);
+    std::optional<std::string> real = pathOf(folder.get());
+    if (!real) {
+        // Then it is where it was said to be, unless a link has led elsewhere.
+        folder = openFolders(root_.get(), components, RESOLVE_NO_SYMLINKS);
+        real = joined(components);
+    }
+    std::string realPath = *real + "/" + name;
+    return {std::move(folder), std::move(name), std::move(realPath)};
 }
 
-DriveEntry DriveTree::entryIn(NS::FileDescriptor folder, std::string name,
-                              std::string_view given) const {
-    const std::string absolute = pathOf(folder.get());
-    const bool isKnown = !rootPath_.empty() && absolute.starts_with(rootPath_);
-    std::string path = isKnown
-                           ? absolute.substr(rootPath_ == "/" ? 0 : rootPath_.size()) + "/" + name
-                           : std::string(given);
-    return {std::move(folder), std::move(name), std::move(path)};
+std::optional<std::string> DriveTree::pathOf(int folder) const {
+    std::string root = systemPathOf(root_.get());
+    const std::string path = systemPathOf(folder);
+    if (root.empty() || !path.starts_with(root)) {
+        return std::nullopt;
+    }
+    if (root == "/") {
+        root.clear();
+    }
+    std::string below = path == "/" ? "" : path.substr(root.size());
+    // A folder beside the drive may have a name that begins like the drive's.
+    return below.empty() || below.front() == '/' ? std::optional(below) : std::nullopt;
 }
 
 NS::FileDescriptor DriveTree::folderAt(std::string_view path) const {

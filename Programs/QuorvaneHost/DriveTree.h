@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/linux/FileDescriptor.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -18,9 +19,7 @@ class Refusal : public std::runtime_error {
 struct DriveEntry {
     NS::FileDescriptor folder;
     std::string name; // "." for the drive itself
-    // Relative to the drive, without symbolic links, repeated slashes and "."; as it was given
-    // where it is too long for the system to tell.
-    std::string path;
+    std::string path; // relative to the drive, without symbolic links, repeated slashes and "."
 
     // A path for calls that know no folder descriptors; follows no symbolic link before the entry
     // itself, and holds as long as the entry does.
@@ -36,7 +35,8 @@ class DriveTree {
     // The entry at a path relative to the drive, which begins with "/". Symbolic links in its
     // folders are followed as long as they stay within the drive; the entry itself is not, and need
     // not exist. Throws Refusal for a path that is not of this form, that climbs with "..", whose
-    // folders do not exist, or that leads out of the drive.
+    // folders do not exist, that leads out of the drive, or that leads through links to where the
+    // system cannot tell it for its length.
     DriveEntry entryAt(std::string_view path) const;
     // The folder at such a path, open for reading. Its last component is not followed either.
     NS::FileDescriptor folderAt(std::string_view path) const;
@@ -45,10 +45,11 @@ class DriveTree {
     NS::FileDescriptor madeFolderAt(std::string_view path) const;
 
   private:
-    DriveEntry entryIn(NS::FileDescriptor folder, std::string name, std::string_view path) const;
+    // Where an open folder is, "" for the drive itself; nothing where the system does not tell, or
+    // where it has left the drive meanwhile.
+    std::optional<std::string> pathOf(int folder) const;
 
     NS::FileDescriptor root_;
-    std::string rootPath_; // absolute, without symbolic links
 };
 
 // Whether an entry of that name is in an open folder.

@@ -104,6 +104,23 @@ TEST_F(DriveTreeTest, TakesPathsLongerThanACallDoes) {
     EXPECT_FALSE(existsIn(entry.folder.get(), "file"));
 }
 
+TEST_F(DriveTreeTest, RefusesALinkOnAPathTooLongToTellWhereItLed) {
+    std::string below;
+    for (int i = 0; i < 20; ++i) {
+        below += "/" + std::string(220, 'f');
+    }
+    (void)tree().madeFolderAt("/Docs" + below);
+    EXPECT_EQ(tree().entryAt("/Docs" + below).path, "/Docs" + below);
+    EXPECT_EQ(refusalOf("/within" + below + "/x"),
+              "the path is too long to be followed through symbolic links");
+}
+
+TEST_F(DriveTreeTest, FollowsTheDriveWhereItIsMoved) {
+    const DriveTree before = tree();
+    fs::rename(drive, folders.root() / "drive moved");
+    EXPECT_EQ(before.entryAt("/within/a.txt").path, "/Docs/a.txt");
+}
+
 TEST_F(DriveTreeTest, MakesFoldersThatAreMissing) {
     (void)tree().madeFolderAt("/Docs/new/below");
     EXPECT_TRUE(fs::is_directory(drive / "Docs/new/below"));

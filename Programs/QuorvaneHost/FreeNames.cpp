@@ -40,14 +40,15 @@ std::string numbered(const std::string& name, std::uint64_t number) {
 
 } // namespace
 
-std::string freeName(const std::string& name,
-                     const std::function<bool(const std::string&)>& isFree) {
-    if (isFree(name)) {
+std::string FreeNames::nameFor(const std::string& path, const IsFree& isFree) {
+    std::string name = path.substr(path.rfind('/') + 1);
+    if (!lastNumbers_.contains(path) && isFree(name)) {
         return name;
     }
-    std::uint64_t number = 2;
-    while (!isFree(numbered(name, number))) {
-        ++number;
-    }
-    return numbered(name, number);
+    std::uint64_t& number = lastNumbers_.try_emplace(path, 1).first->second;
+    std::string free;
+    do {
+        free = numbered(name, ++number);
+    } while (!isFree(free));
+    return free;
 }

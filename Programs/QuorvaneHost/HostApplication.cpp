@@ -6,6 +6,7 @@
 #include "Platform/Foundation/Number.h"
 #include "Platform/Ports/MachBootstrapServer.h"
 #include "Programs/QuorvaneHost/HostData.h"
+#include "Programs/QuorvaneHost/PayloadJson.h"
 #include "QVApi/Content/QVUserInfoItem.h"
 #include "QVFinderExtension/QVExtensionActions.h"
 
@@ -115,6 +116,7 @@ void HostApplication::clientAlive(NS::RefPtr<NS::MachPort> client) {
     if (!client) {
         return; // nobody to keep, and nobody to answer; the journal has it
     }
+    (void)server_->hasClients(); // drops those that are gone, and what is kept of them
     server_->extensionAlive(client);
     const auto path = NS::KeyedArchiver::archivedDataWithRootObject(
         NS::String::fromFileSystemRepresentation(drive_.path()));
@@ -168,6 +170,13 @@ void HostApplication::emptyTrash() {
 }
 
 void HostApplication::beginObserving(NS::RefPtr<NS::Object> path, NS::RefPtr<NS::MachPort> client) {
+    // Of another the server would not tell when it is gone.
+    if (!client || !server_->ports()->containsObject(*client)) {
+        journal_.noteRefused(QVExtensionAction::kBeginObserving, jsonFromPayload(path),
+                             "this client has not announced itself");
+        journal_.flush();
+        return;
+    }
     requests_.beginObserving(path, nameOf(client));
 }
 

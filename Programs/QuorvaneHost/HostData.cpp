@@ -7,6 +7,8 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <fcntl.h>
+#include <sys/file.h>
 
 std::string shortNameFor(const std::string& bytes) {
     constexpr std::uint64_t kOffsetBasis = 0xCBF29CE484222325;
@@ -20,8 +22,20 @@ std::string shortNameFor(const std::string& bytes) {
     return text.data();
 }
 
+NS::FileDescriptor lockHostData(const std::string& folder) {
+    const std::string file = folder + "/lock";
+    NS::FileDescriptor lock(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!lock) {
+        throw Refusal("the file \"" + file + "\" cannot be opened: " + systemError());
+    }
+    if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        throw Refusal("another host application is running for this drive");
+    }
+    return lock;
+}
+
 std::string hostDataFolderFor(const std::string& drivePath) {
-    const std::string folder =
+    std::string folder =
         NS::searchPathForDirectoryInDomain(NS::SearchPathDirectory::kApplicationSupport,
                                            NS::SearchPathDomain::kUser)
             ->fileSystemRepresentation() +

@@ -2,48 +2,14 @@
 
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/FileManager.h"
+#include "Programs/QuorvaneHost/FolderWalk.h"
 
 #include <array>
-#include <cstdint>
 #include <ctime>
-#include <filesystem>
-#include <system_error>
 
-namespace fs = std::filesystem;
 using Kind = NS::FileAttributes::Kind;
 
 namespace {
-
-struct Contents {
-    std::uint64_t bytes = 0;
-    std::uint64_t files = 0;
-    std::uint64_t folders = 0;
-};
-
-void count(const fs::directory_entry& entry, Contents& contents) {
-    std::error_code error;
-    const fs::file_type type = entry.symlink_status(error).type();
-    if (type == fs::file_type::directory) {
-        ++contents.folders;
-        return;
-    }
-    ++contents.files;
-    const std::uintmax_t size = type == fs::file_type::regular ? entry.file_size(error) : 0;
-    contents.bytes += error ? 0 : size;
-}
-
-// What cannot be read counts nothing.
-Contents contentsBelow(const std::string& folder) {
-    Contents contents;
-    std::error_code error;
-    fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied,
-                                           error);
-    while (!error && entry != fs::recursive_directory_iterator()) {
-        count(*entry, contents);
-        entry.increment(error);
-    }
-    return contents;
-}
 
 const char* nameOf(Kind kind) {
     switch (kind) {
@@ -78,7 +44,8 @@ nlohmann::ordered_json propertiesOf(const DriveEntry& entry) {
         throw Refusal("there is no such item");
     }
     const bool isFolder = attributes->kind == Kind::kDirectory;
-    const Contents below = isFolder ? contentsBelow(entry.systemPath()) : Contents();
+    const FolderContents below =
+        isFolder ? FolderContents::below(entry.folder.get(), entry.name) : FolderContents();
     nlohmann::ordered_json properties{
         {"kind",     nameOf(attributes->kind)                 },
         {"size",     isFolder ? below.bytes : attributes->size},

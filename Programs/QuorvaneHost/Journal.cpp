@@ -69,6 +69,13 @@ void Journal::noteRefused(std::string_view action, const Json& path, std::string
     });
 }
 
+void Journal::noteGone(std::string_view client, const Json& observed) {
+    write({
+        {"gone",     client  },
+        {"observed", observed}
+    });
+}
+
 void Journal::write(const Json& line) {
     out_ << line.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }

@@ -28,6 +28,8 @@ class Journal {
                   const nlohmann::ordered_json& members);
     void noteRefused(std::string_view action, const nlohmann::ordered_json& path,
                      std::string_view reason);
+    // Notes that a client has ended, with the folders that it showed; not flushed.
+    void noteGone(std::string_view client, const nlohmann::ordered_json& observed);
     void flush() { out_.flush(); }
 
   private:

@@ -1,5 +1,14 @@
 #include "Programs/QuorvaneHost/ObservedFolders.h"
 
+bool ObservedFolders::begin(const std::string& client, const std::string& folder) {
+    auto& shown = folders_[client];
+    if (shown.size() >= kMostFolders) {
+        return false;
+    }
+    shown.insert(folder);
+    return true;
+}
+
 bool ObservedFolders::end(const std::string& client, const std::string& folder) {
     const auto shown = folders_.find(client);
     if (shown == folders_.end()) {

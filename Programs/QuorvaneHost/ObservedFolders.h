@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <set>
 #include <string>
@@ -8,9 +9,11 @@
 // Which folders each extension shows. A folder that is begun twice is shown until it ended twice.
 class ObservedFolders {
   public:
-    void begin(const std::string& client, const std::string& folder) {
-        folders_[client].insert(folder);
-    }
+    // More than any person has open; beyond it a client is at fault.
+    static constexpr std::size_t kMostFolders = 1'000;
+
+    // False when the client shows as many folders as one may.
+    bool begin(const std::string& client, const std::string& folder);
     // False when the client did not show the folder.
     bool end(const std::string& client, const std::string& folder);
     void forget(const std::string& client) { folders_.erase(client); }

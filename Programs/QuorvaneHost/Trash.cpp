@@ -1,7 +1,6 @@
 #include "Programs/QuorvaneHost/Trash.h"
 
-#include "Platform/Foundation/FileManager.h"
-#include "Programs/QuorvaneHost/FreeNames.h"
+#include "Programs/QuorvaneHost/FolderWalk.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -9,6 +8,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <optional>
+#include <set>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -32,10 +32,6 @@ bool liesIn(const std::string& path, const std::string& folder) {
 
 std::string inTrash(const std::string& name) {
     return std::string(kFolder) + "/" + name;
-}
-
-std::string nameOf(const std::string& path) {
-    return path.substr(path.rfind('/') + 1);
 }
 
 std::string folderOf(const std::string& path) {
@@ -79,15 +75,49 @@ struct Trash::Move {
     std::string refused;
 };
 
+// Which names the Trash has, and those that items on their way will have.
+struct Trash::Names {
+    std::set<std::string> taken;
+    FreeNames free;
+
+    std::string take(const std::string& name) {
+        std::string found = free.nameFor(inTrash(name), [&](const std::string& candidate) {
+            return !taken.contains(candidate);
+        });
+        taken.insert(found);
+        return found;
+    }
+};
+
+namespace {
+
+// False when there is no Trash to look into: then a disk may not be mounted yet.
+bool isFolderThere(const DriveTree& tree) {
+    try {
+        (void)tree.folderAt(kFolder);
+        return true;
+    } catch (const Refusal&) {
+        return false;
+    }
+}
+
+bool isStillThere(const DriveTree& tree, const std::string& name,
+                  const TrashRecords::Record& record) {
+    try {
+        const DriveEntry entry = tree.entryAt(inTrash(name));
+        return inodeOf(entry.folder.get(), entry.name) == record.inode;
+    } catch (const Refusal&) {
+        return false;
+    }
+}
+
+} // namespace
+
 Trash::Trash(const DriveTree& tree, const std::string& recordsFile, Step beforeStep)
     : tree_(tree), beforeStep_(std::move(beforeStep)),
-      records_(recordsFile, [&](const std::string& name, const TrashRecords::Record& record) {
-          try {
-              const DriveEntry entry = tree.entryAt(inTrash(name));
-              return inodeOf(entry.folder.get(), entry.name) == record.inode;
-          } catch (const Refusal&) {
-              return false;
-          }
+      records_(recordsFile, [&, isThere = isFolderThere(tree)](const std::string& name,
+                                                               const TrashRecords::Record& record) {
+          return !isThere || isStillThere(tree, name, record);
       }) {}
 
 NS::FileDescriptor Trash::openFolder() const {
@@ -104,53 +134,45 @@ NS::FileDescriptor Trash::openFolder() const {
 
 Trash::Results Trash::moveIn(const std::vector<std::string>& paths) {
     const NS::FileDescriptor trash = openFolder();
-    const std::vector<std::string> names = entriesIn(trash.get());
-    std::set<std::string> taken(names.begin(), names.end());
+    const std::vector<std::string> present = entriesIn(trash.get());
+    Names names{
+        {present.begin(), present.end()},
+        {               }
+    };
     Results results;
     for (std::size_t start = 0; start < paths.size(); start += kBatch) {
         const auto first = paths.begin() + static_cast<std::ptrdiff_t>(start);
         const auto count = std::min(kBatch, paths.size() - start);
-        moveBatch({first, first + static_cast<std::ptrdiff_t>(count)}, taken, trash.get(), results);
+        moveBatch({first, first + static_cast<std::ptrdiff_t>(count)}, names, trash.get(), results);
     }
     return results;
 }
 
-void Trash::moveBatch(const std::vector<std::string>& paths, std::set<std::string>& taken,
-                      int trash, Results& results) {
+void Trash::moveBatch(const std::vector<std::string>& paths, Names& names, int trash,
+                      Results& results) {
     std::vector<Move> moves;
-    std::vector<TrashRecords::Entry> records;
+    moves.reserve(paths.size());
     for (const std::string& path : paths) {
-        moves.push_back(plannedMove(path, taken));
-        if (moves.back().refused.empty()) {
-            records.push_back(moves.back().record);
-        }
+        moves.push_back(plannedMove(path, names));
     }
-    beforeStep_();
-    records_.add(records);
+    record(moves);
     std::vector<std::string> notMoved;
     for (std::size_t i = 0; i < paths.size(); ++i) {
-        const Move& move = moves[i];
-        Result result{paths[i], inTrash(move.record.name), move.refused};
-        try {
-            beforeStep_();
-            if (result.reason.empty() &&
-                !renameWithoutReplacing(move.entry.folder.get(), move.entry.name, trash,
-                                        move.record.name)) {
-                result.reason = "something else came to its place in the Trash";
-            }
-        } catch (const Refusal& refusal) {
-            result.reason = refusal.what();
+        Move& move = moves[i];
+        if (move.refused.empty()) {
+            carryOut(move, trash);
         }
-        if (!result.reason.empty()) {
-            result.to.clear();
+        if (move.refused.empty()) {
+            results.push_back({paths[i], inTrash(move.record.name), {}});
+        } else {
             notMoved.push_back(move.record.name);
+            results.push_back({paths[i], {}, move.refused});
         }
-        results.push_back(std::move(result));
     }
     forget(notMoved, results);
 }
 
-Trash::Move Trash::plannedMove(const std::string& path, std::set<std::string>& taken) const {
+Trash::Move Trash::plannedMove(const std::string& path, Names& names) const {
     Move move;
     try {
         move.entry = tree_.entryAt(path);
@@ -165,12 +187,8 @@ Trash::Move Trash::plannedMove(const std::string& path, std::set<std::string>& t
         if (!inode) {
             throw Refusal("there is no such item");
         }
-        const std::string name = freeName(move.entry.name, [&](const std::string& candidate) {
-            return !taken.contains(candidate);
-        });
-        taken.insert(name);
         move.record = {
-            name, {*inode, origin}
+            names.take(move.entry.name), {*inode, origin}
         };
     } catch (const Refusal& refusal) {
         move.refused = refusal.what();
@@ -178,13 +196,44 @@ Trash::Move Trash::plannedMove(const std::string& path, std::set<std::string>& t
     return move;
 }
 
+// What cannot be recorded does not move.
+void Trash::record(std::vector<Move>& moves) {
+    std::vector<TrashRecords::Entry> entries;
+    for (const Move& move : moves) {
+        if (move.refused.empty()) {
+            entries.push_back(move.record);
+        }
+    }
+    try {
+        beforeStep_();
+        records_.add(entries);
+    } catch (const Refusal& refusal) {
+        for (Move& move : moves) {
+            move.refused = move.refused.empty() ? refusal.what() : move.refused;
+        }
+    }
+}
+
+void Trash::carryOut(Move& move, int trash) {
+    try {
+        beforeStep_();
+        if (!renameWithoutReplacing(move.entry.folder.get(), move.entry.name, trash,
+                                    move.record.name)) {
+            move.refused = "something else came to its place in the Trash";
+        }
+    } catch (const Refusal& refusal) {
+        move.refused = refusal.what();
+    }
+}
+
 Trash::Results Trash::restore(const std::vector<std::string>& paths) {
     Results results;
+    FreeNames names;
     std::vector<std::string> restored;
     for (const std::string& path : paths) {
         Result result{path, {}, {}};
         try {
-            result.to = restoreOne(path, restored);
+            result.to = restoreOne(path, names, restored);
         } catch (const Refusal& refusal) {
             result.reason = refusal.what();
         }
@@ -195,7 +244,8 @@ Trash::Results Trash::restore(const std::vector<std::string>& paths) {
 }
 
 // Where it is now. Adds the names of the Trash whose records are done with.
-std::string Trash::restoreOne(const std::string& path, std::vector<std::string>& restored) {
+std::string Trash::restoreOne(const std::string& path, FreeNames& names,
+                              std::vector<std::string>& restored) {
     const DriveEntry entry = tree_.entryAt(path);
     requireInTrash(entry.path);
     const auto [name, below] = splitInTrash(entry.path);
@@ -208,19 +258,19 @@ std::string Trash::restoreOne(const std::string& path, std::vector<std::string>&
     if (!record) {
         throw Refusal("it is not known where it was");
     }
-    std::string to = putBack(entry, record->origin + below);
+    std::string to = putBack(entry, record->origin + below, names);
     if (below.empty()) {
         restored.push_back(name);
     }
     return to;
 }
 
-std::string Trash::putBack(const DriveEntry& entry, const std::string& origin) {
+std::string Trash::putBack(const DriveEntry& entry, const std::string& origin, FreeNames& names) {
     beforeStep_();
     const NS::FileDescriptor folder = tree_.madeFolderAt(folderOf(origin) + "/");
     std::string name;
     do {
-        name = freeName(nameOf(origin), [&](const std::string& candidate) {
+        name = names.nameFor(origin, [&](const std::string& candidate) {
             return !existsIn(folder.get(), candidate);
         });
         beforeStep_();
@@ -250,9 +300,7 @@ void Trash::removeOne(const std::string& path, std::vector<std::string>& removed
     if (!existsIn(entry.folder.get(), entry.name)) {
         throw Refusal("there is no such item");
     }
-    beforeStep_();
-    if (!NS::FileManager::defaultManager().removeItemAtPath(
-            NS::String::fromFileSystemRepresentation(entry.systemPath()))) {
+    if (!removeWhole(entry.folder.get(), entry.name, beforeStep_)) {
         throw Refusal("not all of it can be removed");
     }
     if (const auto [name, below] = splitInTrash(entry.path); below.empty()) {

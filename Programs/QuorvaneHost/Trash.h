@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Programs/QuorvaneHost/DriveTree.h"
+#include "Programs/QuorvaneHost/FreeNames.h"
 #include "Programs/QuorvaneHost/TrashRecords.h"
 
 #include <cstdint>
 #include <functional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,7 +28,8 @@ class Trash {
     using Step = std::function<void()>;
 
     // The records' file lies outside of the drive, in a folder that exists. Records of items that
-    // are no longer in the Trash are dropped. The tree outlives it. Throws Refusal when the file
+    // are no longer in the Trash are dropped, unless the whole Trash is missing. The tree outlives
+    // it. Throws Refusal when the file
     // cannot be used.
     Trash(
         const DriveTree& tree, const std::string& recordsFile, Step beforeStep = [] {});
@@ -44,13 +45,17 @@ class Trash {
 
   private:
     struct Move;
+    struct Names;
 
     NS::FileDescriptor openFolder() const;
-    void moveBatch(const std::vector<std::string>& paths, std::set<std::string>& taken, int trash,
+    void moveBatch(const std::vector<std::string>& paths, Names& names, int trash,
                    Results& results);
-    Move plannedMove(const std::string& path, std::set<std::string>& taken) const;
-    std::string restoreOne(const std::string& path, std::vector<std::string>& restored);
-    std::string putBack(const DriveEntry& entry, const std::string& origin);
+    Move plannedMove(const std::string& path, Names& names) const;
+    void record(std::vector<Move>& moves);
+    void carryOut(Move& move, int trash);
+    std::string restoreOne(const std::string& path, FreeNames& names,
+                           std::vector<std::string>& restored);
+    std::string putBack(const DriveEntry& entry, const std::string& origin, FreeNames& names);
     void removeOne(const std::string& path, std::vector<std::string>& removed);
     void forget(const std::vector<std::string>& names, Results& results);
 

@@ -2,11 +2,14 @@
 
 #include "Tests/Support/PrivateFolders.h"
 #include "Tests/Support/Process.h"
+#include "Tests/Support/ScopedOpenFiles.h"
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <map>
 #include <optional>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -203,9 +206,10 @@ TEST_F(TrashTest, TakesLongNamesThatCollide) {
 }
 
 TEST_F(TrashTest, TakesMoreItemsThanAProcessMayOpenFiles) {
+    const Tests::ScopedOpenFiles usual(1'024);
     std::vector<std::string> paths;
     std::vector<std::string> trashed;
-    for (int i = 0; i < 3'000; ++i) {
+    for (int i = 0; i < 1'100; ++i) {
         paths.push_back("/many/" + std::to_string(i));
         trashed.push_back("/Trash/" + std::to_string(i));
         makeFile(paths.back());
@@ -215,7 +219,141 @@ TEST_F(TrashTest, TakesMoreItemsThanAProcessMayOpenFiles) {
     EXPECT_TRUE(fs::is_empty(drive / "many"));
     (void)trash.restore(trashed);
     EXPECT_TRUE(fs::is_empty(drive / "Trash"));
-    EXPECT_EQ(contents("/many/2999"), "/many/2999");
+    EXPECT_EQ(contents("/many/1099"), "/many/1099");
+}
+
+TEST_F(TrashTest, TakesManyItemsOfOneName) {
+    std::vector<std::string> paths;
+    std::vector<std::string> trashed{"/Trash/x"};
+    for (int i = 1; i <= 300; ++i) {
+        paths.push_back("/" + std::to_string(i) + "/x");
+        trashed.push_back("/Trash/x " + std::to_string(i + 1));
+        makeFile(paths.back());
+    }
+    trashed.pop_back();
+    Trash trash = open();
+    EXPECT_EQ(trash.moveIn(paths).back().to, trashed.back());
+    EXPECT_EQ(trash.restore(trashed).back().to, "/300/x");
+    EXPECT_EQ(contents("/300/x"), "/300/x");
+}
+
+TEST_F(TrashTest, GivesBackItemsOfOneOriginApart) {
+    Trash trash = open();
+    for (int i = 0; i < 3; ++i) {
+        makeFile("/a.txt");
+        (void)trash.moveIn({"/a.txt"});
+    }
+    const auto results = trash.restore({"/Trash/a 2.txt", "/Trash/a.txt", "/Trash/a 3.txt"});
+    EXPECT_EQ(results[0].to, "/a.txt");
+    EXPECT_EQ(results[1].to, "/a 2.txt");
+    EXPECT_EQ(results[2].to, "/a 3.txt");
+}
+
+TEST_F(TrashTest, MovesAnItemOnceThatIsNamedTwice) {
+    makeFile("/a");
+    Trash trash = open();
+    const auto results = trash.moveIn({"/a", "/a"});
+    EXPECT_EQ(results[0].to, "/Trash/a");
+    EXPECT_EQ(results[1].reason, "there is no such item");
+    EXPECT_EQ(outcome(trash.restore({"/Trash/a"})), "/a");
+}
+
+TEST_F(TrashTest, KeepsBytesOfAllKindsInNames) {
+    std::vector<std::string> paths;
+    std::vector<std::string> trashed;
+    for (const std::string name : {" a  b ", "\"quotes'", "two\nlines", "50%", "a:b", "\u00e9",
+                                   "e\u0301", "\xFF\xFE", "\U0001F600", "-rf", "\\", "..."}) {
+        paths.push_back("/Docs/" + name);
+        trashed.push_back("/Trash/" + name);
+        makeFile(paths.back());
+    }
+    EXPECT_EQ(open().moveIn(paths).size(), paths.size());
+    EXPECT_TRUE(fs::is_empty(drive / "Docs"));
+    (void)open().restore(trashed);
+    for (const std::string& path : paths) {
+        EXPECT_EQ(contents(path), path);
+    }
+}
+
+TEST_F(TrashTest, TakesPathsThatAreLongerThanTheSystems) {
+    std::string folder;
+    for (int i = 0; i < 20; ++i) {
+        folder += "/" + std::string(220, 'f');
+    }
+    const DriveEntry entry{tree.madeFolderAt(folder), "item", folder + "/item"};
+    std::ofstream(entry.systemPath()) << "far down";
+    EXPECT_EQ(outcome(open().moveIn({entry.path})), "/Trash/item");
+    EXPECT_EQ(contents("/Trash/item"), "far down");
+    EXPECT_EQ(outcome(open().restore({"/Trash/item"})), entry.path);
+    EXPECT_EQ(Tests::contentsOf(entry.systemPath()), "far down");
+}
+
+TEST_F(TrashTest, TakesNoLinkForAWayIntoItself) {
+    std::string folder;
+    for (int i = 0; i < 20; ++i) {
+        folder += "/" + std::string(220, 'f');
+    }
+    const DriveEntry entry{tree.madeFolderAt("/Docs" + folder), "item", {}};
+    std::ofstream(entry.systemPath()) << "kept";
+    fs::create_directories(drive / "Trash");
+    fs::create_directory_symlink("../Docs", drive / "Trash/link");
+    EXPECT_EQ(outcome(open().remove({"/Trash/link" + folder + "/item"})),
+              "the path is too long to be followed through symbolic links");
+    EXPECT_EQ(Tests::contentsOf(entry.systemPath()), "kept");
+}
+
+TEST_F(TrashTest, RemovesFoldersOfAnyDepth) {
+    std::string folder = "/Trash";
+    for (int i = 0; i < 1'500; ++i) {
+        folder += "/d";
+    }
+    (void)tree.madeFolderAt(folder);
+    EXPECT_EQ(outcome(open().remove({"/Trash/d"})), "");
+    EXPECT_TRUE(fs::is_empty(drive / "Trash"));
+}
+
+TEST_F(TrashTest, RemembersItsItemsWhileItIsMissingAsAWhole) {
+    makeFile("/a");
+    (void)open().moveIn({"/a"});
+    fs::rename(drive / "Trash", folders.root() / "unmounted");
+    (void)open();
+    fs::rename(folders.root() / "unmounted", drive / "Trash");
+    EXPECT_EQ(outcome(open().restore({"/Trash/a"})), "/a");
+}
+
+TEST_F(TrashTest, ForgetsItemsThatAreGone) {
+    makeFile("/a");
+    makeFile("/b");
+    (void)open().moveIn({"/a", "/b"});
+    fs::remove(drive / "Trash/a");
+    (void)open();
+    EXPECT_EQ(Tests::contentsOf(records).find("+ a "), std::string::npos);
+    EXPECT_NE(Tests::contentsOf(records).find("+ b "), std::string::npos);
+}
+
+TEST_F(TrashTest, LeavesWhatItCannotRecordAndTellsOfTheRest) {
+    std::vector<std::string> paths;
+    for (int i = 0; i < 600; ++i) {
+        paths.push_back("/many/" + std::to_string(i));
+        makeFile(paths.back());
+    }
+    // The disk is full, for a process of its own, after the records of the first batch.
+    const pid_t child = ::fork();
+    if (child == 0) {
+        Trash trash = open();
+        const rlimit most{10'000, 10'000};
+        (void)std::signal(SIGXFSZ, SIG_IGN);
+        (void)::setrlimit(RLIMIT_FSIZE, &most);
+        const auto results = trash.moveIn(paths);
+        const auto done = std::ranges::count(results, "", &Trash::Result::reason);
+        ::_exit(results.size() == 600 && done == 400 ? 0 : 1);
+    }
+    int status = 1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(isThere("/Trash/399"));
+    EXPECT_TRUE(isThere("/many/400"));
+    EXPECT_EQ(outcome(open().restore({"/Trash/399"})), "/many/399");
 }
 
 // Ends a process of its own at the n-th step of what it does, for every n that there is.
@@ -280,6 +418,21 @@ TEST_F(KilledTrash, LosesNothingOnTheWayIn) {
     EXPECT_GT(steps, 3);
 }
 
+TEST_F(KilledTrash, LosesNothingWhereverItsLogWasCutOff) {
+    makeFiles();
+    ASSERT_TRUE(killAt(1, &moveAll)); // recorded, and none of them moved
+    const std::string log = Tests::contentsOf(records);
+    ASSERT_EQ(std::ranges::count(log, '\n'), 3);
+    for (std::size_t length = 0; length <= log.size(); ++length) {
+        std::ofstream(records, std::ios::trunc) << log.substr(0, length);
+        expectNothingLost();
+        Trash trash = open();
+        moveAll(trash);
+        restoreAll(trash);
+        expectNothingLost();
+    }
+}
+
 TEST_F(KilledTrash, LosesNothingOnTheWayBack) {
     int steps = 0;
     for (bool killed = true; killed; ++steps) {
@@ -305,6 +458,22 @@ TEST_F(KilledTrash, LosesNothingElseWhenItIsEmptied) {
         (void)open().empty();
     }
     EXPECT_GT(steps, 2);
+}
+
+TEST_F(KilledTrash, KeepsWhatAHalfRemovedFolderStillHolds) {
+    int steps = 0;
+    for (bool killed = true; killed; ++steps) {
+        makeFile("/folder/a/b");
+        makeFile("/folder/c");
+        (void)open().moveIn({"/folder"});
+        killed = killAt(steps, [](Trash& trash) { (void)trash.empty(); });
+        if (killed && isThere("/Trash/folder")) {
+            EXPECT_EQ(outcome(open().restore({"/Trash/folder"})), "/folder") << steps;
+            fs::remove_all(drive / "folder");
+        }
+        EXPECT_TRUE(fs::is_empty(drive / "Trash"));
+    }
+    EXPECT_GT(steps, 5);
 }
 
 } // namespace

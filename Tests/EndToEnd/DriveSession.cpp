@@ -86,16 +86,22 @@ bool DriveSession::isGoneSoon(const std::string& path) const {
     return waitUntil([&] { return !isOnDrive(path); });
 }
 
-std::vector<nlohmann::json> DriveSession::requests() const {
-    std::vector<nlohmann::json> requests;
+std::vector<nlohmann::json> DriveSession::journal() const {
+    std::vector<nlohmann::json> entries;
     std::istringstream lines(host->output());
     for (std::string line; std::getline(lines, line);) {
         auto entry = nlohmann::json::parse(line, nullptr, false);
-        if (!entry.is_discarded() && entry.contains("action")) {
-            requests.push_back(std::move(entry));
+        if (entry.is_object()) {
+            entries.push_back(std::move(entry));
         }
     }
-    return requests;
+    return entries;
+}
+
+std::vector<nlohmann::json> DriveSession::requests() const {
+    auto entries = journal();
+    std::erase_if(entries, [](const auto& entry) { return !entry.contains("action"); });
+    return entries;
 }
 
 std::vector<nlohmann::json> DriveSession::requestsSoon(std::string_view action,

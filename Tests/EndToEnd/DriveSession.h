@@ -43,6 +43,8 @@ class DriveSession : public ProcessTest {
     bool isOnDriveSoon(const std::string& path) const;
     bool isGoneSoon(const std::string& path) const;
 
+    // The journal's lines.
+    std::vector<nlohmann::json> journal() const;
     // What the host received, in order, without what it is told at the start of an extension.
     std::vector<nlohmann::json> requests() const;
     // The requests of an action, once there are as many; all there are when that takes too long.

@@ -1,10 +1,13 @@
 // A person's way through the drive: what is selected, which entries there are, what picking one
 // does to the files.
 
+#include "Shell/Client/FinderClient.h"
 #include "Tests/EndToEnd/DriveSession.h"
 
 #include <csignal>
 #include <fstream>
+#include <set>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -18,6 +21,27 @@ const std::string kDashes = "[\u2014\u2014\u2014\u2014\u2014\u2014\u2014\u2014\u
 class Finder : public Tests::DriveSession {
   protected:
     Finder() { start(); }
+
+    // What the host says that it did for an action; null when it does not say so.
+    nlohmann::json doneSoon(std::string_view action) {
+        nlohmann::json found;
+        EXPECT_TRUE(Tests::waitUntil([&] {
+            for (const auto& line : journal()) {
+                if (line.value("done", "") == action) {
+                    found = line;
+                }
+            }
+            return !found.is_null();
+        })) << host->output();
+        return found;
+    }
+    std::set<std::string> namesIn(const char* folder) const {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(drive / folder)) {
+            names.insert(entry.path().filename().string());
+        }
+        return names;
+    }
 
     // The argument of the one request of an action.
     std::string argumentOf(std::string_view action) {
@@ -64,6 +88,11 @@ TEST_F(Finder, SharesAFile) {
     makeFile("Docs/a.txt");
     EXPECT_EQ(answer({"pick", "QV: Share", "Docs/a.txt"}), "");
     EXPECT_EQ(argumentOf("ext_share"), R"(["/Docs/a.txt"])");
+    const auto done = doneSoon("ext_share");
+    EXPECT_EQ(done["path"], "/Docs/a.txt");
+    EXPECT_NE(
+        Tests::contentsOf(done["file"].get<std::string>()).find(done["link"].get<std::string>()),
+        std::string::npos);
 }
 
 TEST_F(Finder, SharesTheFolderThatIsShown) {
@@ -75,6 +104,7 @@ TEST_F(Finder, ShowsTheProperties) {
     makeFile("Docs/a.txt");
     answer({"pick", "QV: Show Properties", "Docs/a.txt"});
     EXPECT_EQ(argumentOf("ext_show_props"), R"(["/Docs/a.txt"])");
+    EXPECT_EQ(doneSoon("ext_show_props")["size"], 1);
 }
 
 TEST_F(Finder, RefreshesTheFolderAndNotTheSelectedFile) {
@@ -84,8 +114,10 @@ TEST_F(Finder, RefreshesTheFolderAndNotTheSelectedFile) {
 }
 
 TEST_F(Finder, RefreshesTheFolderFromTheToolbar) {
+    makeFile("Docs/a.txt");
     answer({"pick", "Refresh Folder", "--kind", "toolbar", "--target", "Docs"});
     EXPECT_EQ(argumentOf("ext_refresh_folder"), R"(["/Docs"])");
+    EXPECT_EQ(doneSoon("ext_refresh_folder")["entries"], 1);
 }
 
 TEST_F(Finder, MovesFilesToTheTrashAndBack) {
@@ -280,23 +312,116 @@ constexpr int kMany = 100'000;
 TEST_F(Finder, TakesALargeSelectionAtOnce) {
     std::string paths;
     std::string trashed;
+    std::set<std::string> names;
     for (int i = 0; i < kMany; ++i) {
-        const std::string name = "item " + std::to_string(i);
-        paths += makeFile("Many/" + name) + '\0';
+        names.insert("item " + std::to_string(i));
+    }
+    fs::create_directories(drive / "Many");
+    for (const std::string& name : names) {
+        std::ofstream(drive / "Many" / name) << name;
+        paths += (drive / "Many" / name).string() + '\0';
         trashed += (drive / "Trash" / name).string() + '\0';
     }
-    const auto filesIn = [&](const char* folder) {
-        return std::distance(fs::directory_iterator(drive / folder), fs::directory_iterator());
-    };
     EXPECT_EQ(titles({}, paths), Titles{"QV: Move To Trash"});
     answer({"pick", "QV: Move To Trash", "-"}, paths);
-    ASSERT_TRUE(isOnDriveSoon("Trash"));
-    EXPECT_TRUE(Tests::waitUntil([&] { return filesIn("Trash") == kMany; }));
-    EXPECT_EQ(filesIn("Many"), 0);
+    ASSERT_TRUE(isOnDriveSoon("Trash/" + *names.rbegin()));
+    EXPECT_EQ(namesIn("Trash"), names);
+    EXPECT_TRUE(fs::is_empty(drive / "Many"));
     EXPECT_EQ(requestsSoon("ext_movetotrash").size(), 1U);
     answer({"pick", "QV: Restore", "-"}, trashed);
-    EXPECT_TRUE(Tests::waitUntil([&] { return filesIn("Many") == kMany; }));
-    EXPECT_EQ(filesIn("Trash"), 0);
+    ASSERT_TRUE(isOnDriveSoon("Many/" + *names.rbegin()));
+    EXPECT_EQ(namesIn("Many"), names);
+    EXPECT_TRUE(fs::is_empty(drive / "Trash"));
+    for (const std::string& name : {*names.begin(), *names.rbegin(), std::string("item 77")}) {
+        EXPECT_EQ(Tests::contentsOf(drive / "Many" / name), name);
+    }
+}
+
+TEST_F(Finder, LosesNothingWhenTheHostIsKilledAtItsWork) {
+    std::string paths;
+    std::set<std::string> names;
+    for (int i = 0; i < 5'000; ++i) {
+        names.insert(std::to_string(i));
+        paths += makeFile("Many/" + std::to_string(i)) + '\0';
+    }
+    answer({"pick", "QV: Move To Trash", "-"}, paths);
+    ASSERT_TRUE(
+        Tests::waitUntil([&] { return isOnDrive("Trash") && !fs::is_empty(drive / "Trash"); }));
+    host->signal(SIGKILL);
+    EXPECT_TRUE(host->waitForExit());
+    extension->signal(SIGKILL);
+    EXPECT_TRUE(extension->waitForExit());
+    std::set<std::string> trashedNames = namesIn("Trash");
+    std::set<std::string> all = namesIn("Many");
+    all.insert(trashedNames.begin(), trashedNames.end());
+    EXPECT_EQ(all, names);
+    start();
+    std::string trashed;
+    for (const std::string& name : trashedNames) {
+        trashed += (drive / "Trash" / name).string() + '\0';
+    }
+    answer({"pick", "QV: Restore", "-"}, trashed);
+    EXPECT_TRUE(Tests::waitUntil([&] { return namesIn("Many") == names; }));
+}
+
+TEST_F(Finder, KeepsItsRecordsFromASecondHost) {
+    makeFile("a.txt");
+    answer({"pick", "QV: Move To Trash", "a.txt"});
+    ASSERT_TRUE(isOnDriveSoon("Trash/a.txt"));
+    Tests::Process second(HOST_PROGRAM, {"--drive", drive.string()}, folders.root() / "second.out",
+                          folders.root() / "second.err");
+    EXPECT_EQ(second.waitForExit(), 1);
+    makeFile("b.txt");
+    answer({"pick", "QV: Move To Trash", "b.txt"});
+    ASSERT_TRUE(isOnDriveSoon("Trash/b.txt"));
+    host->signal(SIGKILL);
+    EXPECT_TRUE(host->waitForExit());
+    extension->signal(SIGKILL);
+    EXPECT_TRUE(extension->waitForExit());
+    start();
+    answer({"pick", "QV: Restore", "Trash/a.txt", "Trash/b.txt"});
+    EXPECT_TRUE(isOnDriveSoon("b.txt"));
+    EXPECT_TRUE(isOnDrive("a.txt"));
+}
+
+TEST_F(Finder, TakesBracketsForPartOfAName) {
+    makeFile("a");
+    makeFile("[a]");
+    answer({"pick", "QV: Move To Trash", "[a]"});
+    EXPECT_TRUE(isOnDriveSoon("Trash/[a]"));
+    EXPECT_TRUE(isOnDrive("a"));
+}
+
+TEST_F(Finder, DoesNothingToTheFolderWhenNoPathsCome) {
+    std::string command =
+        "cd '" + drive.string() + "' && printf '' | " + FINDER_PROGRAM + " pick 'QV: Share'";
+    Tests::Process shell("/bin/sh", {"-c", command}, folders.root() / "shell.out",
+                         folders.root() / "shell.err");
+    EXPECT_EQ(shell.waitForExit(), 1);
+    EXPECT_NE(shell.errors().find("no paths came on standard input"), std::string::npos);
+    EXPECT_EQ(requestsSoon("ext_share", 0).size(), 0U);
+}
+
+TEST_F(Finder, NeverWaitsForAStoppedHost) {
+    makeFile("Docs/a.txt");
+    host->signal(SIGSTOP);
+    ASSERT_TRUE(host->waitForState('T'));
+    Shell::FinderClient client;
+    ASSERT_TRUE(client.waitUntilKnown(Tests::kPatience));
+    const Shell::Place place{{(drive / "Docs/a.txt").string()}, (drive / "Docs").string()};
+    const std::pair<Shell::MenuKind, const char*> commands[] = {
+        {Shell::MenuKind::kItems,     "shareItem:"   },
+        {Shell::MenuKind::kItems,     "showProps"    },
+        {Shell::MenuKind::kItems,     "moveToTrash"  },
+        {Shell::MenuKind::kContainer, "refreshFolder"},
+        {Shell::MenuKind::kToolbar,   "emptyTrash"   },
+    };
+    // Far more than wait in the kernel for a host that does not take them.
+    for (int i = 0; i < 1'000; ++i) {
+        for (const auto& [kind, action] : commands) {
+            ASSERT_EQ(client.run(kind, action, place, Tests::kPatience), Shell::Outcome::kDone);
+        }
+    }
 }
 
 TEST_F(Finder, GoesOnWithAStoppedHost) {

@@ -1,13 +1,11 @@
 #include "Tests/EndToEnd/ExtensionProcess.h"
+#include "Tests/EndToEnd/HostListener.h"
 
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/MachBootstrapServer.h"
-#include "Platform/Ports/RunLoop.h"
 #include "Platform/Ports/Testing/PumpUntil.h"
 #include "Platform/Ports/linux/RuntimeFolder.h"
-#include "QVApi/Content/QVUserInfoItem.h"
-#include "QVFinderExtension/QVExtensionCommsClient.h"
 
 #include <nlohmann/json.hpp>
 
@@ -18,50 +16,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-// Keeps what the host sends.
-class HostMessages final : public NS::Object {
-    NS_OBJECT(HostMessages)
-  public:
-    void mounted(NS::RefPtr<NS::Object> sent) { path = sent; }
-    void informed(NS::RefPtr<NS::Object> sent) { info = sent; }
-
-    NS::RefPtr<NS::Object> path;
-    NS::RefPtr<NS::Object> info;
-};
-
-constexpr NS::Method kHostMessagesMethods[] = {
-    NS::method<&HostMessages::mounted>("mounted:"),
-    NS::method<&HostMessages::informed>("informed:"),
-};
-constinit const NS::Class HostMessages::kClass{
-    .name = "HostMessages", .superclass = &NS::Object::kClass, .methods = kHostMessagesMethods};
-
-// An extension in this process, connected to the host's.
-class HostListener {
-  public:
-    HostListener() {
-        client_->setTarget_selector_for(messages_, {"mounted:"}, NS::str("ext_init"));
-        client_->setTarget_selector_for(messages_, {"informed:"}, NS::str("ext_bc_userinfo"));
-        client_->init();
-        client_->requestUserInfo();
-    }
-    ~HostListener() {
-        NS::RunLoop::currentRunLoop()->removePort_forMode(NS::Ref<NS::MachPort>(*client_->port()),
-                                                          NS::RunLoopMode::kDefault);
-    }
-    HostListener(const HostListener&) = delete;
-    HostListener& operator=(const HostListener&) = delete;
-
-    std::string drivePath() const {
-        return messages_->path ? messages_->path->description()->utf8() : "";
-    }
-    NS::RefPtr<NS::Object> info() const { return messages_->info; }
-
-  private:
-    NS::Ref<HostMessages> messages_ = NS::make<HostMessages>();
-    NS::Ref<QVExtensionCommsClient> client_ = NS::make<QVExtensionCommsClient>();
-};
 
 class HostProcess : public Tests::ProcessTest {
   protected:
@@ -152,10 +106,10 @@ TEST_F(HostProcess, SendsTheFiguresOfItsDriveAndItsAccount) {
     std::ofstream(drive / "Trash" / "b.txt") << std::string(24, 'x');
     auto host = startHost({"--plan", "Unlimited Family", "--quota-mib", "77"});
     ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
-    HostListener listener;
+    Tests::HostListener listener;
     ASSERT_TRUE(NS::pumpUntil([&] { return static_cast<bool>(listener.info()); }));
     EXPECT_EQ(listener.drivePath(), fs::canonical(drive).string());
-    const auto info = NS::cast<QVUserInfoItem>(listener.info());
+    const auto info = listener.info();
     EXPECT_EQ(info->plan()->description()->utf8(), "Unlimited Family");
     EXPECT_EQ(NS::longLongValue(info->storageMax()), 77);
     EXPECT_EQ(NS::longLongValue(info->storageUsed()), 1024);
@@ -168,7 +122,7 @@ TEST_F(HostProcess, OutlivesAMalformedFrameAndAnAnnouncementWithoutAPort) {
     sendMalformedFrame();
     sendToHost({"ext_alive"});
     ASSERT_TRUE(journalShows(host, R"({"action":"ext_alive","payload":[],"client":null})"));
-    HostListener listener;
+    Tests::HostListener listener;
     EXPECT_TRUE(NS::pumpUntil([&] { return static_cast<bool>(listener.info()); }));
     EXPECT_TRUE(host.isRunning());
 }
