@@ -4,6 +4,7 @@
 #include <chrono>
 #include <csignal>
 #include <ctime>
+#include <ostream>
 #include <thread>
 
 namespace {
@@ -235,6 +236,11 @@ struct ErrorRow {
     const char* name;
     Outcome outcome;
 };
+
+// The name of its test.
+void PrintTo(const ErrorRow& row, std::ostream* stream) {
+    *stream << row.name;
+}
 
 class QuestionRefused : public Question, public testing::WithParamInterface<ErrorRow> {};
 
