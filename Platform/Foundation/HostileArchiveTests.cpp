@@ -15,6 +15,7 @@
 #include "Platform/Foundation/Testing/ListXML.h"
 #include "Platform/Foundation/Testing/RaisedException.h"
 #include "Platform/Foundation/URL.h"
+#include "Tests/Support/PeakMemory.h"
 
 #include <gtest/gtest.h>
 
@@ -361,6 +362,61 @@ TEST_F(HostileArchive, AMillionReferencesInXMLAreOneObject) {
     const auto array = as<NS::Array>(unarchive(*NS::Data::dataWithBytes(NS::bytesOf(xml))));
     ASSERT_EQ(array->count(), 1'000'000U);
     EXPECT_EQ(array->objectAtIndex(0), array->objectAtIndex(999'999));
+}
+
+// Memory in proportion to the archive, whatever it unfolds to. The factor has room for what the
+// sanitisers add.
+class HungryArchive : public HostileArchive {
+  protected:
+    static constexpr std::size_t kFactor = 12;
+    static constexpr std::size_t kAtLeast = std::size_t{64} << 20U;
+
+    static void expectInProportion(const NS::Data& data) {
+        const std::size_t peak =
+            Tests::peakMemoryOf([&] { (void)Tests::nameOfException([&] { unarchive(data); }); });
+        EXPECT_LT(peak, kAtLeast + kFactor * data.length()) << "for " << data.length();
+    }
+};
+
+TEST_F(HungryArchive, OfAMillionReferencesToOneObject) {
+    const std::vector<HandMade::Reference> references(1'000'000, archive.uid(addText("one")));
+    const auto root = archive.addRecord(archive.addClass("NSArray"),
+                                        {
+                                            {"NS.objects", archive.list.addArray(references)}
+    });
+    const auto data = archive.data(root);
+    expectInProportion(*data);
+    expectInProportion(*NS::Data::dataWithBytes(NS::bytesOf(Tests::ListXML(*data).text())));
+}
+
+TEST_F(HungryArchive, OfAMillionNumbers) {
+    std::vector<Uid> numbers;
+    for (int i = 0; i < 1'000'000; ++i) {
+        numbers.push_back(archive.add(archive.list.addInteger(i)));
+    }
+    expectInProportion(*archive.data(archive.addCollection(archive.addClass("NSArray"), numbers)));
+}
+
+TEST_F(HungryArchive, OfTextsThatShareTheirBytes) {
+    const auto text = archive.list.addAscii(std::string(1'000'000, 'x'));
+    std::vector<Uid> entries;
+    for (int i = 0; i < 10'000; ++i) {
+        entries.push_back(archive.add(text));
+    }
+    expectInProportion(*archive.data(archive.addCollection(archive.addClass("NSArray"), entries)));
+}
+
+TEST_F(HungryArchive, OfXMLThatIsAllTags) {
+    std::string xml = "<plist><array>";
+    for (int i = 0; i < 1'000'000; ++i) {
+        xml += "<true/>";
+    }
+    const auto data = NS::Data::dataWithBytes(NS::bytesOf(xml + "</array></plist>"));
+    expectInProportion(*data);
+    NS::RefPtr<NS::String> reason;
+    const std::size_t peak =
+        Tests::peakMemoryOf([&] { EXPECT_TRUE(NS::propertyListWithData(*data, reason)); });
+    EXPECT_LT(peak, kAtLeast + kFactor * data->length());
 }
 
 // A small archive of everything, to be damaged.

@@ -10,7 +10,7 @@ namespace Inspection {
 // A key of a reply that keeps it from becoming a record.
 struct MappingFailure {
     std::string property; // where it would have gone
-    std::string reply;    // where it was looked for
+    std::string reply;    // where it was looked for: "Name", "Folders[3].Name"
     std::string reason;
 };
 

@@ -6,6 +6,8 @@
 #include "Programs/Inspect/ItemJson.h"
 #include "QVApi/Content/QVAnonymousItem.h"
 #include "QVApi/Content/QVContentClasses.h"
+#include "QVApi/Content/QVFolderListItem.h"
+#include "QVApi/Content/QVSharingUsersItem.h"
 #include "QVApi/Content/QVUserInfoItem.h"
 
 #include <gtest/gtest.h>
@@ -57,6 +59,53 @@ TEST_F(ItemMapping, NamesEveryKeyThatFails) {
     EXPECT_EQ(failures[1].reply, "BwUsed");
     EXPECT_EQ(failures[2].reply, "UserPlan");
     EXPECT_EQ(failures[2].reason, "it is missing");
+}
+
+// The first element is sound, the second lacks two keys, and the third is no record at all.
+TEST_F(ItemMapping, NamesTheKeysOfElementsThatFailTheirList) {
+    const auto user = [](const NS::Ref<NS::Object>& name) {
+        return NS::Dictionary::dictionaryWithEntries({
+            {"SharingID", NS::str("1")},
+            {"Name",      name        },
+            {"ShareMode", NS::str("2")}
+        });
+    };
+    const auto nameless = NS::Dictionary::dictionaryWithEntries({
+        {"ShareMode", NS::str("2")}
+    });
+    reply->setObject_forKey(
+        NS::Array::arrayWithObjects({user(NS::str("a")), nameless, NS::Null::null()}),
+        "ShareWithUser");
+    EXPECT_FALSE(Inspection::mapReply(QVSharingUsersItem::kContentClass, *reply, failures));
+    std::vector<std::string> keys;
+    for (const MappingFailure& failure : failures) {
+        keys.push_back(failure.reply);
+    }
+    EXPECT_EQ(keys, (std::vector<std::string>{"ShareWithUser[1].SharingID", "ShareWithUser[1].Name",
+                                              "ShareWithUser[2]"}));
+}
+
+// A list that passes over what makes no record still raises what an element raises.
+TEST_F(ItemMapping, NamesTheKeyOfAnElementThatRaises) {
+    const auto folder = NS::Dictionary::dictionaryWithEntries({
+        {"FolderID",  NS::str("1")    },
+        {"Name",      NS::str("n")    },
+        {"Encrypted", NS::Null::null()}
+    });
+    reply->setObject_forKey(NS::Array::arrayWithObjects({NS::make<NS::Dictionary>(), folder}),
+                            "Folders");
+    reply->setObject_forKey(NS::str("1"), "ResponseType");
+    EXPECT_FALSE(Inspection::mapReply(QVTrashFolderListItem::kContentClass, *reply, failures));
+    ASSERT_EQ(failures.size(), 1U);
+    EXPECT_EQ(failures[0].reply, "Folders[1].Encrypted");
+    EXPECT_NE(failures[0].reason.find("NSNull"), std::string::npos);
+}
+
+TEST_F(ItemMapping, SaysSoWhereNoElementIsTheReason) {
+    reply->setObject_forKey(NS::Null::null(), "ShareWithUser");
+    EXPECT_FALSE(Inspection::mapReply(QVSharingUsersItem::kContentClass, *reply, failures));
+    ASSERT_EQ(failures.size(), 1U);
+    EXPECT_EQ(failures[0].reply, "ShareWithUser");
 }
 
 TEST_F(ItemMapping, IsShownAsItsArchiveIs) {

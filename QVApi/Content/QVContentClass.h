@@ -11,6 +11,7 @@
 #include <vector>
 
 class QVContentItem;
+struct QVContentClass;
 
 // What the content model knows of a class beside its properties, as tables.
 //
@@ -35,6 +36,8 @@ struct QVConversion {
 
     std::string_view property;
     Convert convert;
+    // The class whose items it makes of a list's elements; null for any other conversion.
+    const QVContentClass* elementClass = nullptr;
 };
 
 // How a class's archive list stands to its superclass's.
@@ -85,7 +88,7 @@ struct QVResolvedClass {
 // A class's tables as its superclasses complete them.
 std::span<const QVMapping> qvMappingOf(const QVContentClass& itemClass);
 std::vector<std::string_view> qvArchivedKeysOf(const QVContentClass& itemClass);
-QVConversion::Convert qvConversionFor(const QVContentClass& itemClass, std::string_view property);
+const QVConversion& qvConversionFor(const QVContentClass& itemClass, std::string_view property);
 
 // The rows of a class's description that are functions.
 template <class Item>

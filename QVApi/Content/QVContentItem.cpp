@@ -58,7 +58,7 @@ NS::RefPtr<NS::Object> QVContentItem::parseValue_forKey_error(const QVContentCla
                                                               const NS::RefPtr<NS::Object>& value,
                                                               std::string_view key,
                                                               NS::RefPtr<NS::Error>* error) {
-    return qvConversionFor(itemClass, key)(value, error);
+    return qvConversionFor(itemClass, key).convert(value, error);
 }
 
 NS::Ref<NS::Dictionary> QVContentItem::mappingDict(const QVContentClass& itemClass) {

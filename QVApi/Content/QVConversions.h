@@ -36,6 +36,10 @@ NS::RefPtr<NS::Object> qvItemsOfList(const QVContentClass& elementClass, QVFaile
 
 // The same as a row of a table.
 template <class Item, QVFailedElement rule>
-NS::RefPtr<NS::Object> qvListOf(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>* error) {
-    return qvItemsOfList(Item::kContentClass, rule, value, error);
+constexpr QVConversion qvListOf(std::string_view property) {
+    return {property,
+            [](const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>* error) {
+                return qvItemsOfList(Item::kContentClass, rule, value, error);
+            },
+            &Item::kContentClass};
 }

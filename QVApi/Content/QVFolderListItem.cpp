@@ -23,8 +23,8 @@ constexpr QVMapping kMapping[] = {
 };
 
 constexpr QVConversion kConversions[] = {
-    {"folders",                     &qvListOf<QVFolderItem, QVFailedElement::kIsSkipped>},
-    {"files",                             &qvListOf<QVFileItem,                                             QVFailedElement::kIsSkipped>},
+    qvListOf<QVFolderItem, QVFailedElement::kIsSkipped>("folders"),
+    qvListOf<QVFileItem, QVFailedElement::kIsSkipped>("files"),
     {"updateTime", &qvLongInteger},
 };
 
@@ -40,8 +40,8 @@ constexpr QVMapping kSharedMapping[] = {
 
 // Stricter than other listings; IsNilWhenOneFolderCannotBeRead holds it.
 constexpr QVConversion kSharedConversions[] = {
-    {"folders", &qvListOf<QVSharedFolderItem, QVFailedElement::kFailsTheList>},
-    {"files",   &qvListOf<QVSharedFileItem,   QVFailedElement::kFailsTheList>},
+    qvListOf<QVSharedFolderItem, QVFailedElement::kFailsTheList>("folders"),
+    qvListOf<QVSharedFileItem, QVFailedElement::kFailsTheList>("files"),
 };
 
 constexpr QVMapping kTrashMapping[] = {

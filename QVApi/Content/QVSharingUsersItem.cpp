@@ -17,7 +17,7 @@ constexpr QVMapping kUsersMapping[] = {
 };
 
 constexpr QVConversion kUsersConversions[] = {
-    {"users", &qvListOf<QVSharingUserItem, QVFailedElement::kFailsTheList>},
+    qvListOf<QVSharingUserItem, QVFailedElement::kFailsTheList>("users"),
 };
 
 constexpr std::string_view kUsersArchived[] = {"identifier", "users"};
