@@ -103,7 +103,7 @@ NS::Ref<NS::Object> valueOfForm(std::string_view name, Contents contents) {
     const auto* const form = std::ranges::find(kForms, name, &Form::name);
     if (form == std::end(kForms)) {
         throw Error("there is no form \"" + std::string(name) +
-                    "\"; a key that begins with \"$\" is written with \"$$\"");
+                    R"("; a key that begins with "$" is written with "$$")");
     }
     const auto value = form->value(contents);
     if (!value) {
