@@ -468,7 +468,7 @@ NS::Ref<NS::Data> circularArchive() {
     const auto array =
         NS::Array::arrayWithObjects({record, NS::String::fromUtf16(u"\xD800"), record});
     record->setFirst(array);
-    const auto archive = NS::KeyedArchiver::archivedDataWithRootObject(record);
+    auto archive = NS::KeyedArchiver::archivedDataWithRootObject(record);
     record->setFirst(nullptr);
     return archive;
 }
@@ -478,7 +478,7 @@ NS::Ref<NS::Data> circularArchiveOfPlainTexts() {
     const auto record = NS::make<Tests::ArchivedRecord>();
     record->setFirst(NS::Array::arrayWithObjects({record, NS::str("<caf\xC3\xA9>")}));
     record->setSecond(NS::make<NS::MutableData>(NS::bytesOf("data")));
-    const auto archive = NS::KeyedArchiver::archivedDataWithRootObject(record);
+    auto archive = NS::KeyedArchiver::archivedDataWithRootObject(record);
     record->setFirst(nullptr);
     return archive;
 }
@@ -487,7 +487,7 @@ NS::Ref<NS::Data> circularArchiveOfPlainTexts() {
 NS::Ref<NS::Data> wideArchive() {
     std::vector<NS::Ref<NS::Object>> flags;
     for (int i = 0; i < 130; ++i) {
-        flags.push_back(NS::Number::numberWithInt(i));
+        flags.emplace_back(NS::Number::numberWithInt(i));
     }
     return NS::KeyedArchiver::archivedDataWithRootObject(NS::make<NS::Array>(std::move(flags)));
 }

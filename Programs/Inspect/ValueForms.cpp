@@ -90,11 +90,11 @@ struct Form {
 };
 
 constexpr Form kForms[] = {
-    {"$data",  &dataOf,  "bytes in base 64"                                             },
-    {"$date",  &dateOf,  "a moment like \"2026-11-16T06:56:27Z\", or seconds since 2001"},
-    {"$bytes", &bytesOf, "a text with percent-encoded bytes"                            },
-    {"$utf16", &utf16Of, "UTF-16 code units of four hexadecimal digits each"            },
-    {"$real",  &realOf,  "\"inf\", \"-inf\" or \"nan\""                                 },
+    {"$data",  &dataOf,  "bytes in base 64"                                              },
+    {"$date",  &dateOf,  R"(a moment like "2026-11-16T06:56:27Z", or seconds since 2001)"},
+    {"$bytes", &bytesOf, "a text with percent-encoded bytes"                             },
+    {"$utf16", &utf16Of, "UTF-16 code units of four hexadecimal digits each"             },
+    {"$real",  &realOf,  R"("inf", "-inf" or "nan")"                                     },
 };
 
 } // namespace
@@ -103,7 +103,7 @@ NS::Ref<NS::Object> valueOfForm(std::string_view name, Contents contents) {
     const auto* const form = std::ranges::find(kForms, name, &Form::name);
     if (form == std::end(kForms)) {
         throw Error("there is no form \"" + std::string(name) +
-                    "\"; a key that begins with \"$\" is written with \"$$\"");
+                    R"("; a key that begins with "$" is written with "$$")");
     }
     const auto value = form->value(contents);
     if (!value) {

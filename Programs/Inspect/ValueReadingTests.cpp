@@ -113,13 +113,13 @@ TEST_F(ValueReading, SaysWhatIsWrongAndWhere) {
         {R"({"$class":"NSURL"})",
          "a record, which stands in archives only and is not encoded, at /$class"                         },
         {R"({"a":1,"$data":""})",            "\"$data\" stands together with other keys, at /$data"       },
-        {R"({"$data":"","a":1})",            "\"$data\" stands together with \"a\", at /$data"            },
+        {R"({"$data":"","a":1})",            R"("$data" stands together with "a", at /$data)"             },
         {R"({"$data":"!"})",                 "\"$data\" takes bytes in base 64"                           },
         {R"({"$data":1})",                   "\"$data\" takes bytes in base 64"                           },
         {R"({"$bytes":"%x"})",               "\"$bytes\" takes a text with percent-encoded bytes"         },
         {R"({"$utf16":"d80"})",
          "\"$utf16\" takes UTF-16 code units of four hexadecimal digits each"                             },
-        {R"({"$real":"1"})",                 "\"$real\" takes \"inf\", \"-inf\" or \"nan\""               },
+        {R"({"$real":"1"})",                 R"("$real" takes "inf", "-inf" or "nan")"                    },
         {R"([{"$nil":true}])",               "nil within a collection, at /0"                             },
         {R"({"$nil":1})",                    "\"$nil\" takes true"                                        },
         {R"({"$set":{"$set":[]}})",          "\"$set\" takes an array"                                    },
@@ -141,7 +141,7 @@ TEST_F(ValueReading, SaysWhatIsWrongAndWhere) {
 
 TEST_F(ValueReading, RefusesWhatIsNoJson) {
     for (const std::string_view json :
-         {"", "{", "[1,]", "1 2", "nan", "\"\xFF\"", "\"\\ud800\"", "[1e999]", "'a'"}) {
+         {"", "{", "[1,]", "1 2", "nan", "\"\xFF\"", R"("\ud800")", "[1e999]", "'a'"}) {
         EXPECT_TRUE(mistake(json).starts_with("parse error") || mistake(json).starts_with("number"))
             << json << ": " << mistake(json);
     }

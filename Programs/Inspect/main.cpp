@@ -1,12 +1,11 @@
 // Shows what keyed archives and service replies hold, and makes archives.
 
-#include "Platform/Foundation/Exception.h"
 #include "Programs/Inspect/Commands.h"
-#include "Programs/Inspect/InspectionError.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <new>
 
@@ -54,15 +53,7 @@ void describeClasses(CLI::App& app) {
     command->callback([] { Inspection::listClasses(); });
 }
 
-int fail(const std::string& message) {
-    std::cerr << "quorvane-inspect: " << message << '\n';
-    return EXIT_FAILURE;
-}
-
-} // namespace
-
-int main(int argc, char** argv) {
-    std::ios::sync_with_stdio(false);
+int run(int argc, char** argv) {
     CLI::App app("Shows keyed archives and the records that service replies make.");
     app.set_version_flag("--version", "quorvane-inspect " QUORVANE_VERSION);
     app.require_subcommand(1);
@@ -71,14 +62,20 @@ int main(int argc, char** argv) {
     describeItem(app, options);
     describeEncode(app, options);
     describeClasses(app);
-    try {
-        CLI11_PARSE(app, argc, argv);
-    } catch (const Inspection::Error& error) {
-        return fail(error.what());
-    } catch (const NS::Exception& exception) {
-        return fail(exception.what());
-    } catch (const std::bad_alloc&) {
-        return fail("there is not enough memory");
-    }
+    CLI11_PARSE(app, argc, argv);
     return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::ios::sync_with_stdio(false);
+    try {
+        return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::cerr << "quorvane-inspect: there is not enough memory\n";
+    } catch (const std::exception& error) { // also what the platform raises
+        std::cerr << "quorvane-inspect: " << error.what() << '\n';
+    }
+    return EXIT_FAILURE;
 }

@@ -54,7 +54,7 @@ TEST_F(InspectorProcess, ShowsWhatItEncoded) {
 
 TEST_F(InspectorProcess, ReadsStandardInputAndWritesStandardOutput) {
     const auto value = write("value.json", "[1,2]");
-    const Result result = shell("\"$0\" encode - - < \"$1\" | \"$0\" archive -", {value});
+    const Result result = shell(R"("$0" encode - - < "$1" | "$0" archive -)", {value});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "[\n  1,\n  2\n]\n");
 }
@@ -123,7 +123,7 @@ TEST_F(InspectorProcess, FailsWithOneClearLine) {
 TEST_F(InspectorProcess, FailsWhenItsOutputCannotBeWritten) {
     const auto value = write("value.json", "[1]");
     EXPECT_EQ(run({"encode", value, path("no/such/folder")}).status, 1);
-    const Result full = shell("\"$0\" encode \"$1\" - > /dev/full", {value});
+    const Result full = shell(R"("$0" encode "$1" - > /dev/full)", {value});
     EXPECT_EQ(full.status, 1);
     EXPECT_NE(full.errors.find("cannot write standard output"), std::string::npos) << full.errors;
     EXPECT_EQ(shell("\"$0\" classes > /dev/full", {}).status, 1);

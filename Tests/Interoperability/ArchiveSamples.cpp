@@ -56,7 +56,7 @@ Root integers() {
                                         -1,         std::numeric_limits<std::int64_t>::min()};
     std::vector<NS::Ref<NS::Object>> numbers;
     for (const std::int64_t value : kValues) {
-        numbers.push_back(NS::Number::numberWithLongLong(value));
+        numbers.emplace_back(NS::Number::numberWithLongLong(value));
     }
     return NS::make<NS::Array>(std::move(numbers));
 }
@@ -131,7 +131,7 @@ Root shared() {
 Root numbersUpTo(int count) {
     std::vector<NS::Ref<NS::Object>> numbers;
     for (int i = 0; i < count; ++i) {
-        numbers.push_back(NS::Number::numberWithInt(i));
+        numbers.emplace_back(NS::Number::numberWithInt(i));
     }
     return NS::make<NS::Array>(std::move(numbers));
 }
