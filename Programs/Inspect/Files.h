@@ -15,7 +15,9 @@ std::string nameOfOutput(const std::string& file);
 // All bytes of a file. Raises Error when it cannot be read.
 NS::Ref<NS::Data> contentsOf(const std::string& file);
 
-// Replaces a file's contents. Raises Error when it cannot be written.
+// Replaces a file's contents by a file that is written beside it: whole, or not at all. A device, a
+// pipe or what is open already ("/dev/stdout") gets the bytes as they are. Raises Error when they
+// cannot be written.
 void writeContents(const std::string& file, NS::Bytes bytes);
 
 } // namespace Inspection

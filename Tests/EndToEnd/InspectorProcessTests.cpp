@@ -129,6 +129,26 @@ TEST_F(InspectorProcess, FailsWhenItsOutputCannotBeWritten) {
     EXPECT_EQ(shell("\"$0\" classes > /dev/full", {}).status, 1);
 }
 
+// No file may grow beyond nothing: the program's own message cannot be written either.
+TEST_F(InspectorProcess, KeepsTheOldFileWhenTheNewOneCannotBeWritten) {
+    const auto value = write("value.json", "[1]");
+    const auto old = write("old", "old");
+    const Result result =
+        shell(R"(trap "" XFSZ; ulimit -f 0; "$0" encode "$1" "$2")", {value, old});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(Tests::contentsOf(old), "old");
+    for (const auto& entry : std::filesystem::directory_iterator(folders.root())) {
+        EXPECT_FALSE(entry.path().filename().string().starts_with(".quorvane"));
+    }
+}
+
+TEST_F(InspectorProcess, AddsToWhatStandardOutputIsByName) {
+    const auto value = write("value.json", "[1]");
+    const Result result = shell(R"(echo first; "$0" encode "$1" /dev/stdout)", {value});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(result.output.starts_with("first\nbplist00")) << result.output;
+}
+
 TEST_F(InspectorProcess, ExplainsItself) {
     const Result help = run({"--help"});
     EXPECT_EQ(help.status, 0);
