@@ -83,8 +83,10 @@ NS::RefPtr<NS::Object> foldersOfSharingUsers(const NS::RefPtr<NS::Object>& value
     return folders;
 }
 
+constexpr QVConverter kFoldersOfSharingUsers{&foldersOfSharingUsers, &qvIsList};
+
 constexpr QVConversion kSharedUsersConversions[] = {
-    {"folders", &foldersOfSharingUsers},
+    {"folders", &kFoldersOfSharingUsers},
 };
 
 // The name that an entry of a listing has, or nil.
