@@ -75,11 +75,14 @@ void showArchive(const std::string& file) {
 void showItem(const std::string& className, const std::string& replyFile,
               const std::string& archiveFile) {
     const auto item = itemOf(className, replyFile);
-    if (!archiveFile.empty()) {
-        archive(item, archiveFile);
-    }
-    if (archiveFile != "-") {
+    if (archiveFile.empty()) {
         printItem(item, std::cout);
+    } else {
+        const auto data = NS::KeyedArchiver::archivedDataWithRootObject(item);
+        writeContents(archiveFile, data->bytes());
+        if (archiveFile != "-") {
+            printArchive(data->bytes(), std::cout);
+        }
     }
     finishOutput();
 }

@@ -31,8 +31,8 @@ void describeItem(CLI::App& app, Options& options) {
     command->add_option("REPLY", options.input, "The reply in JSON; \"-\" for standard input")
         ->required();
     command->add_option("--archive", options.archive,
-                        "Archive the record to this file; \"-\" for standard output, in place of "
-                        "the JSON");
+                        "Archive the record to this file, and print what the archive holds; "
+                        "\"-\" for standard output, in place of the JSON");
     command->callback(
         [&] { Inspection::showItem(options.className, options.input, options.archive); });
 }

@@ -13,6 +13,26 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// A reply with a value under each key of a class's table: a text, as every conversion but a list's
+// reads one.
+Json fullReply(const QVContentClass& itemClass) {
+    Json reply = Json::object();
+    for (const QVMapping& row : qvMappingOf(itemClass)) {
+        const QVConverter& converter = qvConverterFor(itemClass, row.property);
+        Json value = "1";
+        if (converter.elementClass != nullptr) {
+            value = Json::array({fullReply(*converter.elementClass)});
+        } else if (!converter.reads(*NS::str("1"))) {
+            value = Json::array({
+                Json::object({{"Name", "1"}, {"SharingID", "2"}}
+                )
+            });
+        }
+        reply[std::string(row.reply)] = std::move(value);
+    }
+    return reply;
+}
+
 // The inspector as a person runs it.
 class InspectorProcess : public Tests::FolderTest {
   protected:
@@ -72,6 +92,26 @@ TEST_F(InspectorProcess, ShowsAndArchivesTheRecordOfAReply) {
     EXPECT_EQ(onlyArchive.output, Tests::contentsOf(path("archive")));
 }
 
+TEST_F(InspectorProcess, ShowsOfEveryClassWhatTheArchiveItMakesHolds) {
+    for (const QVContentClass* const each : qvContentClasses()) {
+        const std::string name = each->objectClass.name;
+        const auto reply = write("reply.json", fullReply(*each).dump());
+        const Result item = run({"item", name, reply, "--archive", path("archive")});
+        EXPECT_EQ(item.status, 0) << item.errors;
+        EXPECT_EQ(Json::parse(item.output)["$class"], name);
+        EXPECT_EQ(item.output, run({"archive", path("archive")}).output);
+    }
+}
+
+TEST_F(InspectorProcess, ShowsWithoutAnArchiveWhatNoneWouldHold) {
+    const auto reply = write("reply.json", R"({"TotalWritten":5})");
+    const Result item = run({"item", "QVChunkUploadResult", reply});
+    EXPECT_EQ(Json::parse(item.output)["bytesWritten"], 5);
+    const Result archived =
+        run({"item", "QVChunkUploadResult", reply, "--archive", path("archive")});
+    EXPECT_FALSE(Json::parse(archived.output).contains("bytesWritten"));
+}
+
 TEST_F(InspectorProcess, NamesEveryKeyOfAReplyThatFails) {
     const auto reply = write("reply.json", R"({"StorageUsed":[],"BwMax":null})");
     const Result result = run({"item", "QVUserInfoItem", reply});
@@ -81,6 +121,18 @@ TEST_F(InspectorProcess, NamesEveryKeyOfAReplyThatFails) {
         EXPECT_NE(result.errors.find(key), std::string::npos) << key;
     }
     EXPECT_EQ(result.errors.find("MaxStorage"), std::string::npos);
+}
+
+TEST_F(InspectorProcess, NamesTheKeysOfAListsEntriesByTheirPaths) {
+    const auto reply = write("reply.json", R"({"Files":[{"FileId":"1","Name":"a"},{"Size":[]}]})");
+    const Result result = run({"item", "QVFolderListItem", reply});
+    EXPECT_EQ(result.status, 1);
+    for (const char* const key : {"ResponseType (for responseType)", "ParentFolderID",
+                                  "Files[1].FileId (for files[1].identifier)",
+                                  "Files[1].Name (for files[1].name)", "files[1].size"}) {
+        EXPECT_NE(result.errors.find(key), std::string::npos) << key << '\n' << result.errors;
+    }
+    EXPECT_EQ(result.errors.find("Files[0]"), std::string::npos) << result.errors;
 }
 
 TEST_F(InspectorProcess, ListsEveryClassWithItsTables) {
