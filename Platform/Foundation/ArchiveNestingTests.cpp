@@ -13,6 +13,9 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <random>
+#include <string>
 #include <vector>
 
 namespace {
@@ -38,14 +41,19 @@ class ArchiveNesting : public testing::Test {
         });
     }
 
-    // Takes records apart that hold the next one first and anything second.
+    // Takes records apart that hold each other.
     static void letGo(ArchivedRecord& record) {
-        NS::RefPtr<ArchivedRecord> next(&record);
-        while (next) {
-            const auto current = std::move(next);
-            next = NS::as<ArchivedRecord>(current->first());
-            current->setFirst(nullptr);
-            current->setSecond(nullptr);
+        std::vector<NS::RefPtr<ArchivedRecord>> held{&record};
+        while (!held.empty()) {
+            const auto next = std::move(held.back());
+            held.pop_back();
+            for (const auto& object : {next->first(), next->second()}) {
+                if (auto another = NS::as<ArchivedRecord>(object)) {
+                    held.push_back(std::move(another));
+                }
+            }
+            next->setFirst(nullptr);
+            next->setSecond(nullptr);
         }
     }
 
@@ -150,6 +158,30 @@ TEST_F(ArchiveNesting, RefusesACollectionAmongItsOwnKeysOrMembers) {
               }),
               "none");
     value->removeAllObjects();
+}
+
+// Records that refer to the next one and to any other: some too deep, none unreadable.
+TEST_F(ArchiveNesting, SaysOfAnyRecordsWhetherTheyCanBeRead) {
+    std::mt19937 random(1);
+    std::map<std::string, int> outcomes;
+    for (int round = 0; round < 200; ++round) {
+        const std::size_t length = 400 + random() % 400;
+        const auto records = chain(length);
+        for (const auto& record : records) {
+            record->setSecond(records[random() % length]);
+            if (random() % 50 == 0) {
+                record->setFirst(records[random() % length]);
+            }
+        }
+        ++outcomes[trip(records.front())];
+        for (const auto& record : records) {
+            record->setFirst(nullptr);
+            record->setSecond(nullptr);
+        }
+    }
+    EXPECT_GT(outcomes["none"], 20);
+    EXPECT_GT(outcomes[kTooDeep], 20);
+    EXPECT_EQ(outcomes["none"] + outcomes[kTooDeep], 200);
 }
 
 TEST_F(ArchiveNesting, LetsARecordBeAMemberOfWhatItHolds) {
