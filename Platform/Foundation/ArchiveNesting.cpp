@@ -1,9 +1,9 @@
 #include "Platform/Foundation/ArchiveNesting.h"
 
-#include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/KeyedArchiveNames.h"
 #include "Platform/Foundation/Limits.h"
+#include "Platform/Foundation/Nesting.h"
 #include "Platform/Foundation/PlainValueCoding.h"
 #include "Platform/Foundation/Set.h"
 
@@ -36,11 +36,6 @@ Item memberOf(const BinaryPropertyListReader& list, const Item& dictionary, std:
         ++position;
     }
     return list.element(dictionary, dictionary.count + position);
-}
-
-bool isCollection(const Object& object) noexcept {
-    return object.isKindOfClass(Array::kClass) || object.isKindOfClass(Set::kClass) ||
-           object.isKindOfClass(Dictionary::kClass);
 }
 
 } // namespace

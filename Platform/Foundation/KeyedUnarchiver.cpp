@@ -7,6 +7,7 @@
 #include "Platform/Foundation/Format.h"
 #include "Platform/Foundation/KeyedArchiveNames.h"
 #include "Platform/Foundation/Limits.h"
+#include "Platform/Foundation/Nesting.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/Set.h"
@@ -126,12 +127,6 @@ Item itemOf(const Number& number) noexcept {
     item.kind = Kind::kReal;
     item.real = number.doubleValue();
     return item;
-}
-
-// Whether isEqual() and hash() go by what the object holds, and so differ while it is filled.
-bool isCollection(const Object& object) noexcept {
-    return object.isKindOfClass(Array::kClass) || object.isKindOfClass(Dictionary::kClass) ||
-           object.isKindOfClass(Set::kClass);
 }
 
 // Lets go of what a record holds, which may lead back to it.
