@@ -137,6 +137,9 @@ End readAll(int pipe, const ChildLimits& limits, std::string& output) {
 } // namespace
 
 ChildResult runChild(std::vector<std::string> command, const ChildLimits& limits) {
+    if (std::chrono::steady_clock::now() >= limits.deadline) {
+        return {End::kTooLate, {}};
+    }
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         return {End::kFailed, {}};

@@ -23,8 +23,8 @@ struct ChildResult {
 
 // Runs a program, looked up in PATH, with arguments as they are: no shell sees them. It reads
 // nothing, what it says on standard error is lost, and it gets no network address to fetch debug
-// information from. Killed at the deadline, and when it prints too much. kFailed stands for any
-// exit status but zero.
+// information from. Killed at the deadline, and when it prints too much; not begun after the
+// deadline. kFailed stands for any exit status but zero.
 ChildResult runChild(std::vector<std::string> command, const ChildLimits& limits);
 
 } // namespace Inspection

@@ -98,8 +98,9 @@ TEST_F(ChildProcess, EndsWhatClosesItsOutputAndGoesOn) {
         End::kTooLate);
 }
 
-TEST_F(ChildProcess, IsNotRunAfterItsTime) {
-    EXPECT_EQ(run({"tail", "-f", "/dev/null"}, std::chrono::milliseconds(-1)).end, End::kTooLate);
+TEST_F(ChildProcess, IsNotBegunAfterItsTime) {
+    EXPECT_EQ(run({script("")}, std::chrono::milliseconds(-1)).end, End::kTooLate);
+    EXPECT_FALSE(std::filesystem::exists(pidFile()));
 }
 
 } // namespace
