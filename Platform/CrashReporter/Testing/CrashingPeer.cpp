@@ -68,15 +68,16 @@ volatile int work = 0;
     work = 1;
 }
 
-// Behind the last block lies what the allocator knows of the rest; a second thread makes it take
-// its lock.
+// Behind a large block lies what the allocator knows of the rest of its memory. A second thread has
+// made it take its lock, which it holds when it finds out.
 [[gnu::noinline]] void damageTheHeap() {
     std::thread([] { work = 2; }).join();
-    auto* const block = static_cast<volatile unsigned char*>(std::malloc(24));
-    for (std::size_t i = 24; i < 48; ++i) {
+    constexpr std::size_t kLarge = 100'000;
+    auto* const block = static_cast<volatile unsigned char*>(std::malloc(kLarge));
+    for (std::size_t i = kLarge; i < kLarge + 24; ++i) {
         block[i] = 0xFF;
     }
-    void* volatile more = std::malloc(100'000);
+    void* volatile more = std::malloc(kLarge);
     work = more == nullptr ? 3 : 4;
 }
 

@@ -108,11 +108,9 @@ void CrashReport::writeName(const Frame& frame) noexcept {
 
 void CrashReport::writeFrame(std::size_t index, const Frame& frame) noexcept {
     const bool known = frame.module != nullptr;
-    std::size_t width = kIndexWidth;
-    for (std::size_t rest = index; width > 0 && rest != 0; rest /= 10) {
-        --width;
-    }
-    text_.decimal(static_cast<std::int64_t>(index)).column("", index == 0 ? width - 1 : width);
+    FixedText<24> number;
+    number.decimal(static_cast<unsigned>(index));
+    text_.column(number.view(), kIndexWidth - 1) << " ";
     text_.column(known ? frame.module->name() : "???", kModuleWidth) << " ";
     text_.address(frame.at.address - (known ? frame.module->bias : 0)) << " ";
     writeName(frame);

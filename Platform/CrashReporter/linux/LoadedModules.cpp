@@ -14,6 +14,7 @@ struct Mapping {
     std::uint64_t end;
     std::uint64_t offset;
     bool readable;
+    bool executable;
     std::string_view path;
 };
 
@@ -47,7 +48,9 @@ Mapping mappingOf(std::string_view line) noexcept {
     Mapping mapping{};
     mapping.start = takeHexadecimal(line);
     mapping.end = takeHexadecimal(line);
-    mapping.readable = takeWord(line).starts_with('r');
+    const std::string_view rights = takeWord(line);
+    mapping.readable = rights.starts_with('r');
+    mapping.executable = rights.find('x') != std::string_view::npos;
     mapping.offset = takeHexadecimal(line);
     (void)takeWord(line); // the device
     (void)takeWord(line); // the file's number
@@ -142,31 +145,44 @@ void LoadedModules::take(std::string_view line) noexcept {
     if (!mayHoldAProgram(mapping.path)) {
         return;
     }
-    LoadedModule* const last = count_ == 0 ? nullptr : &modules_[count_ - 1];
-    const std::string_view path =
-        mapping.path.substr(0, std::tuple_size_v<decltype(last->path)> - 1);
-    if (last != nullptr && mapping.offset != 0 && last->pathText() == path) {
-        last->end = mapping.end;
+    const std::string_view path = mapping.path.substr(0, sizeof(LoadedModule::path) - 1);
+    if (isUnfinished_ && mapping.offset != 0 && modules_[count_].pathText() == path) {
+        modules_[count_].end = mapping.end;
+        hasCode_ = hasCode_ || mapping.executable;
         return;
     }
-    if (mapping.offset != 0 || !mapping.readable || count_ == modules_.size()) {
+    finishLast();
+    if (mapping.offset == 0 && mapping.readable && count_ < modules_.size()) {
+        LoadedModule& module = modules_[count_];
+        module.start = mapping.start;
+        module.end = mapping.end;
+        module.path[path.copy(module.path.data(), path.size())] = '\0';
+        isUnfinished_ = true;
+        hasCode_ = mapping.executable;
+        headEnd_ = mapping.end;
+    }
+}
+
+void LoadedModules::finishLast() noexcept {
+    if (!isUnfinished_) {
         return;
     }
-    const Image image(mapping.start, mapping.end);
-    if (!image.isValid()) {
-        return;
-    }
+    isUnfinished_ = false;
     LoadedModule& module = modules_[count_];
-    module.start = mapping.start;
-    module.end = mapping.end;
-    module.bias = image.bias();
-    module.buildId = image.buildId();
-    module.path[path.copy(module.path.data(), path.size())] = '\0';
-    ++count_;
+    if (!hasCode_) {
+        return;
+    }
+    const Image image(module.start, headEnd_);
+    if (image.isValid()) {
+        module.bias = image.bias();
+        module.buildId = image.buildId();
+        ++count_;
+    }
 }
 
 void LoadedModules::read() noexcept {
     count_ = 0;
+    isUnfinished_ = false;
     const int file = ::open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
     std::size_t used = 0;
     while (file >= 0) {
@@ -191,6 +207,7 @@ void LoadedModules::read() noexcept {
     if (file >= 0) {
         (void)::close(file); // it was only read
     }
+    finishLast();
 }
 
 } // namespace NS

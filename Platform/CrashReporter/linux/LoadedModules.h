@@ -30,8 +30,8 @@ struct LoadedModule {
 // of its own, to be made before it is needed; 128 at the most. Safe in a signal handler.
 class LoadedModules {
   public:
-    // Asks the kernel. What it knows already stays when a file that is no longer as long as it was
-    // mapped makes this fault.
+    // Asks the kernel. Looks only at files that code is run from; what it knows already stays when
+    // one that is no longer as long as it was mapped makes this fault.
     void read() noexcept;
 
     std::span<const LoadedModule> list() const noexcept { return {modules_.data(), count_}; }
@@ -40,9 +40,15 @@ class LoadedModules {
 
   private:
     void take(std::string_view line) noexcept;
+    void finishLast() noexcept;
 
     std::array<LoadedModule, 128> modules_{};
     std::size_t count_ = 0;
+    // One more, which may turn out to be none.
+    bool isUnfinished_ = false;
+    bool hasCode_ = false;
+    // Where its first part ends.
+    std::uintptr_t headEnd_ = 0;
     std::array<char, 8192> buffer_{};
 };
 
