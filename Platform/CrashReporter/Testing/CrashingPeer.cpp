@@ -78,6 +78,11 @@ volatile int work = 0;
         block[i] = 0xFF;
     }
     void* volatile more = std::malloc(kLarge);
+    // An allocator that keeps such things elsewhere has something in front of the block.
+    for (std::size_t i = 1; i <= 16; ++i) {
+        *(block - i) = 0xFF;
+    }
+    std::free(const_cast<unsigned char*>(block));
     work = more == nullptr ? 3 : 4;
 }
 
