@@ -266,7 +266,7 @@ TEST_F(CrashReporter, GivesAddressesAsTheFileHasThem) {
 
 TEST_F(CrashReporter, TellsWhoSentTheSignal) {
     Tests::Process peer = start({"--report", "wait"});
-    ASSERT_TRUE(Tests::waitUntil([&] { return fs::exists(reportsFolder()); }));
+    ASSERT_TRUE(Tests::waitUntil([&] { return peer.output() == "waiting\n"; }));
     ASSERT_TRUE(peer.waitForState('S'));
     peer.signal(SIGSEGV);
     (void)peer.waitForExit();
@@ -283,7 +283,7 @@ TEST_F(CrashReporter, RunsTheHandlerThatWasThereBefore) {
 
 TEST_F(CrashReporter, LeavesAnIgnoredSignalIgnored) {
     Tests::Process peer = start({"--ignore", "--report", "wait"});
-    ASSERT_TRUE(Tests::waitUntil([&] { return fs::exists(reportsFolder()); }));
+    ASSERT_TRUE(Tests::waitUntil([&] { return peer.output() == "waiting\n"; }));
     ASSERT_TRUE(peer.waitForState('S'));
     peer.signal(SIGSEGV);
     peer.signal(SIGBUS);

@@ -198,6 +198,12 @@ void replaceFolderByLink() {
     fs::create_directory_symlink(fs::absolute("elsewhere"), reports());
 }
 
+void waitForASignal() {
+    constexpr std::string_view kText = "waiting\n";
+    (void)!::write(STDOUT_FILENO, kText.data(), kText.size());
+    (void)::pause();
+}
+
 struct Step {
     std::string_view name;
     void (*run)();
@@ -207,6 +213,10 @@ constexpr Step kSteps[] = {
     {"--report",
      [] {
          NS::startCrashReporter("CrashingPeer", "1.2.3");
+     }                                                         },
+    {"--report-extension",
+     [] {
+         NS::startCrashReporter("QVFinderExtension", "1.2.3");
      }                                                         },
     {"--own-handler",
      [] {
