@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +16,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <iterator>
+#include <link.h>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -166,7 +168,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path reports() {
+fs::path reportsFolder() {
     return fs::path(std::getenv("XDG_STATE_HOME")) / "Logs" / "DiagnosticReports";
 }
 
@@ -176,6 +178,38 @@ void sayGoodbye(int number) {
     (void)!::write(STDOUT_FILENO, kText.data(), kText.size());
     (void)std::signal(number, SIG_DFL);
     (void)std::raise(number);
+}
+
+void report() {
+    NS::startCrashReporter("CrashingPeer", "1.2.3");
+}
+
+// Under a name that the client's gatherer looks for.
+void reportAsExtension() {
+    NS::startCrashReporter("QVFinderExtension", "1.2.3");
+}
+
+void setOwnHandlers() {
+    (void)std::signal(SIGSEGV, &sayGoodbye);
+    (void)std::signal(SIGABRT, &sayGoodbye);
+}
+
+void ignoreASignal() {
+    (void)std::signal(SIGSEGV, SIG_IGN);
+}
+
+void closeStreams() {
+    ::close(STDIN_FILENO);
+    ::close(STDOUT_FILENO);
+    ::close(STDERR_FILENO);
+}
+
+void closeAll() {
+    (void)::close_range(3, ~0U, 0);
+}
+
+void removeFolder() {
+    fs::remove_all(reportsFolder().parent_path());
 }
 
 void leaveNoDescriptors() {
@@ -193,9 +227,23 @@ void allowCoreDump() {
 }
 
 void replaceFolderByLink() {
-    fs::remove_all(reports());
+    fs::remove_all(reportsFolder());
     fs::create_directory("elsewhere");
-    fs::create_directory_symlink(fs::absolute("elsewhere"), reports());
+    fs::create_directory_symlink(fs::absolute("elsewhere"), reportsFolder());
+}
+
+// Of the dynamic linker, which another thread then holds until the end.
+void lockTheLinker() {
+    static std::atomic<bool> isLocked{false};
+    std::thread([] {
+        const auto wait = [](dl_phdr_info*, std::size_t, void*) {
+            isLocked = true;
+            isLocked.notify_one();
+            return ::pause();
+        };
+        (void)::dl_iterate_phdr(wait, nullptr);
+    }).detach();
+    isLocked.wait(false);
 }
 
 void waitForASignal() {
@@ -210,40 +258,17 @@ struct Step {
 };
 
 constexpr Step kSteps[] = {
-    {"--report",
-     [] {
-         NS::startCrashReporter("CrashingPeer", "1.2.3");
-     }                                                         },
-    {"--report-extension",
-     [] {
-         NS::startCrashReporter("QVFinderExtension", "1.2.3");
-     }                                                         },
-    {"--own-handler",
-     [] {
-         (void)std::signal(SIGSEGV, &sayGoodbye);
-         (void)std::signal(SIGABRT, &sayGoodbye);
-     }                                                         },
-    {"--ignore",
-     [] {
-         (void)std::signal(SIGSEGV, SIG_IGN);
-     }                                                         },
-    {"--close-streams",
-     [] {
-         ::close(STDIN_FILENO);
-         ::close(STDOUT_FILENO);
-         ::close(STDERR_FILENO);
-     }                                                         },
+    {"--report",           &report                             },
+    {"--report-extension", &reportAsExtension                  },
+    {"--own-handler",      &setOwnHandlers                     },
+    {"--ignore",           &ignoreASignal                      },
+    {"--close-streams",    &closeStreams                       },
+    {"--close-all",        &closeAll                           },
     {"--no-descriptors",   &leaveNoDescriptors                 },
     {"--allow-core",       &allowCoreDump                      },
-    {"--remove-folder",
-     [] {
-         fs::remove_all(reports().parent_path());
-     }                                                         },
+    {"--lock-linker",      &lockTheLinker                      },
+    {"--remove-folder",    &removeFolder                       },
     {"--link-folder",      &replaceFolderByLink                },
-    {"--close-all",
-     [] {
-         (void)::close_range(3, ~0U, 0);
-     }                                                         },
     {"null",               &Crashing::dereferenceNull          },
     {"call-null",          &Crashing::callNull                 },
     {"abort",              &Crashing::abortDeliberately        },
@@ -261,10 +286,7 @@ constexpr Step kSteps[] = {
     {"overflow-in-thread", &Crashing::overflowTheStackOfAThread},
     {"threads",            &Crashing::crashInManyThreads       },
     {"child",              &Crashing::crashInAChild            },
-    {"wait",
-     [] {
-         (void)::pause();
-     }                                                         },
+    {"wait",               &waitForASignal                     },
 };
 
 } // namespace

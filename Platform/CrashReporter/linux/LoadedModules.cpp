@@ -180,12 +180,29 @@ void LoadedModules::finishLast() noexcept {
     }
 }
 
+// Takes the whole lines at the front of the buffer, and gives the length of what is left of it.
+std::size_t LoadedModules::takeLines(std::size_t used) noexcept {
+    std::string_view rest(buffer_.data(), used);
+    for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
+        take(rest.substr(0, end));
+        rest.remove_prefix(end + 1);
+    }
+    if (rest.size() == buffer_.size()) {
+        return 0; // so long a line is none of ours
+    }
+    std::memmove(buffer_.data(), rest.data(), rest.size());
+    return rest.size();
+}
+
 void LoadedModules::read() noexcept {
     count_ = 0;
     isUnfinished_ = false;
     const int file = ::open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
+    if (file < 0) {
+        return;
+    }
     std::size_t used = 0;
-    while (file >= 0) {
+    for (;;) {
         const ssize_t count = ::read(file, buffer_.data() + used, buffer_.size() - used);
         if (count < 0 && errno == EINTR) {
             continue;
@@ -193,20 +210,9 @@ void LoadedModules::read() noexcept {
         if (count <= 0) {
             break;
         }
-        used += static_cast<std::size_t>(count);
-        std::string_view rest(buffer_.data(), used);
-        for (std::size_t end = rest.find('\n'); end != std::string_view::npos;
-             end = rest.find('\n')) {
-            take(rest.substr(0, end));
-            rest.remove_prefix(end + 1);
-        }
-        // A line that fills the buffer is none of ours.
-        used = rest.size() == buffer_.size() ? 0 : rest.size();
-        std::memmove(buffer_.data(), rest.data(), used);
+        used = takeLines(used + static_cast<std::size_t>(count));
     }
-    if (file >= 0) {
-        (void)::close(file); // it was only read
-    }
+    (void)::close(file); // it was only read
     finishLast();
 }
 

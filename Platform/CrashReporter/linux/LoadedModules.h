@@ -39,6 +39,7 @@ class LoadedModules {
     const LoadedModule* at(std::uintptr_t address) const noexcept;
 
   private:
+    std::size_t takeLines(std::size_t used) noexcept;
     void take(std::string_view line) noexcept;
     void finishLast() noexcept;
 
