@@ -140,8 +140,8 @@ TEST_F(InspectorProcess, ListsReportsAndLeavesNothing) {
     EXPECT_EQ(plain.status, 0);
     EXPECT_NE(plain.output.find("Created last      " + reports.string()), std::string::npos);
     const Json listing = Json::parse(run({"reports", "--json"}).output);
-    EXPECT_EQ(listing["reports"][0]["path"], reports / "QVFinderExtension_a.crash");
-    EXPECT_EQ(listing["lastModified"], reports / "QVFinderExtension_a.crash");
+    EXPECT_EQ(listing["reports"][0]["path"], (reports / "QVFinderExtension_a.crash").string());
+    EXPECT_EQ(listing["lastModified"], (reports / "QVFinderExtension_a.crash").string());
 }
 
 TEST_F(InspectorProcess, PrintsAReportAndWhyModulesAreLeftAsTheyAre) {
