@@ -87,6 +87,11 @@ class CrashReporter : public Tests::FolderTest {
         }
         return functions;
     }
+    // The innermost function, or the whole text where there is none.
+    static std::string topOf(const std::string& report) {
+        const auto functions = functionsIn(report);
+        return functions.empty() ? report : functions.front();
+    }
     static std::string textAfter(const std::string& report, const std::string& key) {
         const std::size_t at = report.find(key);
         return at == std::string::npos ? "" : report.substr(at, report.find('\n', at) - at);
@@ -205,7 +210,7 @@ TEST_F(CrashReporter, ShowsBothEndsOfAnOverflowedStack) {
     const std::string text = reportOf({"--report", "overflow"});
     const auto functions = functionsIn(text);
     ASSERT_EQ(functions.size(), 512U);
-    EXPECT_THAT(functions.front(), StartsWith("_ZN8Crashing17recurseWithoutEndEi + "));
+    EXPECT_THAT(functions[0], StartsWith("_ZN8Crashing17recurseWithoutEndEi + "));
     EXPECT_THAT(functions, testing::Contains(StartsWith("_ZN8Crashing16overflowTheStackEv + ")));
     EXPECT_THAT(functions, testing::Contains(StartsWith("main + ")));
     EXPECT_TRUE(std::regex_search(text, std::regex("\n\\.\\.\\. [0-9]+ frames left out\n")));
@@ -215,7 +220,7 @@ TEST_F(CrashReporter, ShowsWhereAnExceptionOfOursWasRaised) {
     const std::string text = reportOf({"--report", "raise"});
     EXPECT_THAT(text, HasSubstr("\nApplication Specific Information:\nPeerException\n"
                                 "the first line\\nthe second line\n\n"));
-    EXPECT_THAT(functionsIn(text).front(), StartsWith("_ZN8Crashing9raiseOursEv + "));
+    EXPECT_THAT(topOf(text), StartsWith("_ZN8Crashing9raiseOursEv + "));
 }
 
 TEST_F(CrashReporter, TellsTheTypeAndTextOfAnotherException) {
@@ -231,7 +236,7 @@ TEST_F(CrashReporter, LeavesTheInformationOutWhereThereIsNone) {
 TEST_F(CrashReporter, SaysWhenTheStackIsDamaged) {
     const std::string text = reportOf({"--report", "stack"});
     EXPECT_THAT(text, HasSubstr("\n(stack cut short by SIGSEGV)\n"));
-    EXPECT_THAT(functionsIn(text).front(), StartsWith("_ZN8Crashing14damageTheStackEv + "));
+    EXPECT_THAT(topOf(text), StartsWith("_ZN8Crashing14damageTheStackEv + "));
     EXPECT_THAT(text, HasSubstr("\nBinary Images:\n0x"));
 }
 
@@ -306,23 +311,23 @@ TEST_F(CrashReporter, WorksWhileAnotherThreadHoldsTheLinkersLock) {
 }
 
 TEST_F(CrashReporter, WorksWithoutStandardStreams) {
-    EXPECT_THAT(functionsIn(reportOf({"--close-streams", "--report", "null"})).front(),
+    EXPECT_THAT(topOf(reportOf({"--close-streams", "--report", "null"})),
                 StartsWith("_ZN8Crashing15dereferenceNullEv + "));
 }
 
 TEST_F(CrashReporter, WorksWithoutFreeDescriptors) {
     const std::string text = reportOf({"--report", "--no-descriptors", "null"});
-    EXPECT_THAT(functionsIn(text).front(), StartsWith("_ZN8Crashing15dereferenceNullEv + "));
+    EXPECT_THAT(topOf(text), StartsWith("_ZN8Crashing15dereferenceNullEv + "));
     EXPECT_THAT(text, HasSubstr("\nBinary Images:\n0x"));
 }
 
 TEST_F(CrashReporter, WorksAfterEveryDescriptorWasClosed) {
-    EXPECT_THAT(functionsIn(reportOf({"--report", "--close-all", "null"})).front(),
+    EXPECT_THAT(topOf(reportOf({"--report", "--close-all", "null"})),
                 StartsWith("_ZN8Crashing15dereferenceNullEv + "));
 }
 
 TEST_F(CrashReporter, MakesTheFolderAgainThatIsGone) {
-    EXPECT_THAT(functionsIn(reportOf({"--report", "--remove-folder", "null"})).front(),
+    EXPECT_THAT(topOf(reportOf({"--report", "--remove-folder", "null"})),
                 StartsWith("_ZN8Crashing15dereferenceNullEv + "));
 }
 
