@@ -26,13 +26,17 @@ constexpr std::size_t kChunk = std::size_t{1} << 20U;
     throw Error(what + ": " + (errno != 0 ? std::strerror(errno) : "no reason is known"));
 }
 
-NS::Ref<NS::Data> allOf(std::istream& in, const std::string& file) {
+NS::Ref<NS::Data> allOf(std::istream& in, const std::string& file, std::size_t limit) {
     std::vector<std::byte> bytes;
     std::size_t length = 0;
     while (in) {
         bytes.resize(length + kChunk);
         in.read(reinterpret_cast<char*>(bytes.data() + length), kChunk);
         length += static_cast<std::size_t>(in.gcount());
+        if (length > limit) {
+            throw Error(nameOfInput(file) + ": it is longer than " + std::to_string(limit >> 20U) +
+                        " MiB");
+        }
     }
     if (in.bad()) {
         raise("cannot read " + nameOfInput(file));
@@ -135,10 +139,10 @@ std::string nameOfOutput(const std::string& file) {
     return file == "-" ? "standard output" : '"' + file + '"';
 }
 
-NS::Ref<NS::Data> contentsOf(const std::string& file) {
+NS::Ref<NS::Data> contentsOf(const std::string& file, std::size_t limit) {
     errno = 0;
     if (file == "-") {
-        return allOf(std::cin, file);
+        return allOf(std::cin, file, limit);
     }
     // A folder can be opened like a file, and reads as an empty one.
     if (std::error_code error; std::filesystem::is_directory(file, error)) {
@@ -149,7 +153,7 @@ NS::Ref<NS::Data> contentsOf(const std::string& file) {
     if (!in) {
         raise("cannot read " + nameOfInput(file));
     }
-    return allOf(in, file);
+    return allOf(in, file, limit);
 }
 
 void writeContents(const std::string& file, NS::Bytes bytes) {

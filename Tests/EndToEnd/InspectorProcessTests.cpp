@@ -201,10 +201,56 @@ TEST_F(InspectorProcess, AddsToWhatStandardOutputIsByName) {
     EXPECT_TRUE(result.output.starts_with("first\nbplist00")) << result.output;
 }
 
+TEST_F(InspectorProcess, ListsReportsAndLeavesNothing) {
+    const auto reports = folders.state() / "Logs" / "DiagnosticReports";
+    EXPECT_EQ(run({"reports"}).output.find("DiagnosticReports"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::is_empty(folders.data()));
+    EXPECT_TRUE(std::filesystem::is_empty(folders.state()));
+    std::filesystem::create_directories(reports);
+    std::ofstream(reports / "QVFinderExtension_a.crash") << "report";
+    const Result plain = run({"reports"});
+    EXPECT_EQ(plain.status, 0);
+    EXPECT_NE(plain.output.find("Created last      " + reports.string()), std::string::npos);
+    const Json listing = Json::parse(run({"reports", "--json"}).output);
+    EXPECT_EQ(listing["reports"][0]["path"], (reports / "QVFinderExtension_a.crash").string());
+    EXPECT_EQ(listing["lastModified"], (reports / "QVFinderExtension_a.crash").string());
+}
+
+TEST_F(InspectorProcess, PrintsAReportAndWhyModulesAreLeftAsTheyAre) {
+    const std::string text =
+        "Process:  QVFinderExtension [1]\nReport Version:  1\n\nThread 1 Crashed: a\n"
+        "0   lib   0x0000000000000010 f + 1\n\nBinary Images:\n"
+        "0x0000000000001000 - 0x0000000000002000  lib  <00>  /absent\n";
+    const Result result = run({"report", write("a.crash", text)});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, text);
+    EXPECT_EQ(result.errors, "quorvane-inspect: no source lines for lib: the build that crashed is "
+                             "not at /absent\n");
+    EXPECT_EQ(shell("\"$0\" report - < \"$1\"", {path("a.crash")}).output, text);
+}
+
+TEST_F(InspectorProcess, RefusesWhatIsNoReport) {
+    const auto junk = write("junk", "no report\n");
+    const Result result = run({"report", junk});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors,
+              "quorvane-inspect: \"" + junk + "\": it is no crash report of version 1\n");
+    EXPECT_EQ(run({"report", path("missing")}).status, 1);
+}
+
+TEST_F(InspectorProcess, RefusesAReportWithoutEnd) {
+    const Result result = run({"report", "/dev/zero"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "quorvane-inspect: \"/dev/zero\": it is longer than 4 MiB\n");
+}
+
 TEST_F(InspectorProcess, ExplainsItself) {
     const Result help = run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* const command : {"archive", "item", "encode", "classes"}) {
+    for (const char* const command :
+         {"archive", "item", "encode", "classes", "reports", "report "}) {
         EXPECT_NE(help.output.find(command), std::string::npos) << command;
     }
     EXPECT_TRUE(run({"--version"}).output.starts_with("quorvane-inspect "));
