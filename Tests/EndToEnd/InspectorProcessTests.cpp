@@ -135,13 +135,14 @@ TEST_F(InspectorProcess, ListsReportsAndLeavesNothing) {
     EXPECT_TRUE(std::filesystem::is_empty(folders.data()));
     EXPECT_TRUE(std::filesystem::is_empty(folders.state()));
     std::filesystem::create_directories(reports);
-    std::ofstream(reports / "QVFinderExtension_a.crash") << "report";
+    const std::string report = reports / "QVFinderExtension_a.crash";
+    std::ofstream(report) << "report";
     const Result plain = run({"reports"});
     EXPECT_EQ(plain.status, 0);
-    EXPECT_NE(plain.output.find("Created last      " + reports.string()), std::string::npos);
+    EXPECT_NE(plain.output.find("Created last      " + report), std::string::npos);
     const Json listing = Json::parse(run({"reports", "--json"}).output);
-    EXPECT_EQ(listing["reports"][0]["path"], reports / "QVFinderExtension_a.crash");
-    EXPECT_EQ(listing["lastModified"], reports / "QVFinderExtension_a.crash");
+    EXPECT_EQ(listing["reports"][0]["path"], report);
+    EXPECT_EQ(listing["lastModified"], report);
 }
 
 TEST_F(InspectorProcess, PrintsAReportAndWhyModulesAreLeftAsTheyAre) {
