@@ -30,9 +30,10 @@ class CrashReports : public Tests::ReportsTest {
         }
         return false;
     }
-    // Once it has registered its port a process is up.
-    bool isUp(const std::string& port) const {
-        return Tests::waitUntil([&] { return hasNames(port); });
+    // A process is up once it waits with its port registered: the name is there a moment before the
+    // process has noted that it is to go.
+    bool isUp(const Tests::Process& process, const std::string& port) const {
+        return Tests::waitUntil([&] { return hasNames(port); }) && process.waitForState('S');
     }
     static std::string newest() { return bytesOf(logging().findQVDiagnosticReport()); }
     static std::string lastGenerated() {
@@ -65,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(All, CrashReportOfAKind,
 
 TEST_F(CrashReports, AreLeftByTheExtension) {
     Tests::Process extension = start(EXTENSION_PROGRAM, {});
-    ASSERT_TRUE(isUp("com.Quorvane.QVExtensionCommsClient-"));
+    ASSERT_TRUE(isUp(extension, "com.Quorvane.QVExtensionCommsClient-"));
     extension.signal(SIGSEGV);
     EXPECT_GT(extension.waitForExit(), 128);
     EXPECT_THAT(newest(), StartsWith(reports() / "QVFinderExtension_"));
@@ -77,7 +78,7 @@ TEST_F(CrashReports, AreLeftByTheExtension) {
 
 TEST_F(CrashReports, AreLeftByTheHost) {
     Tests::Process host = start(HOST_PROGRAM, {"--drive", folders.home().string()});
-    ASSERT_TRUE(isUp("com.Quorvane.QVExtensionCommsServer"));
+    ASSERT_TRUE(isUp(host, "com.Quorvane.QVExtensionCommsServer"));
     host.signal(SIGSEGV);
     EXPECT_GT(host.waitForExit(), 128);
     EXPECT_THAT(newest(), StartsWith(reports() / "Fennmoor_"));
@@ -86,7 +87,7 @@ TEST_F(CrashReports, AreLeftByTheHost) {
 
 TEST_F(CrashReports, DoNotKeepTheNamesOfAnAbortedProcess) {
     Tests::Process extension = start(EXTENSION_PROGRAM, {});
-    ASSERT_TRUE(isUp("com.Quorvane.QVExtensionCommsClient-"));
+    ASSERT_TRUE(isUp(extension, "com.Quorvane.QVExtensionCommsClient-"));
     extension.signal(SIGABRT);
     EXPECT_EQ(extension.waitForExit(), 128 + SIGABRT);
     EXPECT_THAT(Tests::contentsOf(newest()), HasSubstr("\nException Type:  SIGABRT (6)\n"));

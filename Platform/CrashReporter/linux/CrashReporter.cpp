@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <new>
 #include <poll.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -147,8 +148,8 @@ void startCrashReporter(std::string_view process, std::string_view version) {
         *String::fromFileSystemRepresentation(folder)); // shows when it is opened
     (void)report.prepare(folder, process, version);     // the retirement says why
     // Never taken down: the end of the process can fail as well.
-    static const AlternateStack& stack = *new AlternateStack;
-    (void)stack;
+    alignas(AlternateStack) static std::array<std::byte, sizeof(AlternateStack)> place;
+    ::new (place.data()) AlternateStack;
     handleUncaughtExceptions();
     install();
     const std::string failure = retireReports(folder, std::string(process));
