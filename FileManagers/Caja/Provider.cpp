@@ -59,7 +59,7 @@ SharedPlace placeOf(GList* files) {
 
 CajaMenuItem* newItem(const std::string& name, const Shell::MenuEntry& entry) {
     CajaMenuItem* const item = caja_menu_item_new(
-        name.c_str(), withoutMnemonics(entry.title, '_').c_str(), nullptr, nullptr);
+        name.c_str(), withoutMnemonics(entry.title, '_').c_str(), "", nullptr);
     g_object_set(item, "sensitive", entry.enabled ? TRUE : FALSE, nullptr);
     return item;
 }
