@@ -7,6 +7,7 @@
 #include "FileManagers/Gtk3/EntriesMenu.h"
 #include "FileManagers/Gtk3/NotDoneDialog.h"
 #include "FileManagers/Gtk3/ThemeIcon.h"
+#include "FileManagers/Gtk3/UnseenWidget.h"
 
 #include <libcaja-extension/caja-location-widget-provider.h>
 #include <libcaja-extension/caja-menu-provider.h>
@@ -58,8 +59,8 @@ SharedPlace placeOf(GList* files) {
 }
 
 CajaMenuItem* newItem(const std::string& name, const Shell::MenuEntry& entry) {
-    CajaMenuItem* const item = caja_menu_item_new(
-        name.c_str(), withoutMnemonics(entry.title, '_').c_str(), "", nullptr);
+    CajaMenuItem* const item =
+        caja_menu_item_new(name.c_str(), withoutMnemonics(entry.title, '_').c_str(), "", nullptr);
     g_object_set(item, "sensitive", entry.enabled ? TRUE : FALSE, nullptr);
     return item;
 }
@@ -135,14 +136,12 @@ void locationLeft(GtkWidget* widget, gpointer provider) {
     driveOf(provider).close(widget);
 }
 
-// A widget that nobody sees: it lives for as long as its window shows the folder.
 GtkWidget* locationWidget(CajaLocationWidgetProvider* provider, const char* uri, GtkWidget*) {
     const std::string folder = localPath(uri);
     if (folder.empty()) {
         return nullptr;
     }
-    GtkWidget* const widget = gtk_event_box_new();
-    gtk_widget_set_no_show_all(widget, TRUE);
+    GtkWidget* const widget = newUnseenWidget();
     g_signal_connect(widget, "destroy", G_CALLBACK(&locationLeft), provider);
     driveOf(provider).show(widget, {folder});
     return widget;

@@ -165,6 +165,14 @@ class ShownFolders(FileManagerCase):
         self.drive.wait_for_shown("/Docs")
 
 
+class Window(FileManagerCase):
+    def test_gives_no_room_to_what_only_listens(self):
+        with_plug_in = self.manager.view_extents()
+        self.manager.end()
+        self.manager.start(self.drive.path / "Docs", with_plug_in=False)
+        self.assertEqual(with_plug_in, self.manager.view_extents())
+
+
 class Extension(FileManagerCase):
     def test_stopped_has_no_entries_until_it_goes_on(self):
         self.drive.stop_extension()

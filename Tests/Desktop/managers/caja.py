@@ -12,13 +12,10 @@ TOOLBAR_ITEM = "Fennmoor Cloud"
 
 class Caja:
     name = "caja"
-    has_toolbar = True
-    shows_disabled = True
 
     def __init__(self, session):
         self.session = session
         self.process = None
-        self.windows = []  # the folder's name of each, as its title has it
 
     def prepare(self):
         settings = self.session.root / "home/.config/glib-2.0/settings/keyfile"
@@ -28,8 +25,8 @@ class Caja:
     def _command(self, folder):
         return ["caja", "--no-desktop", "--browser", "--geometry=1200x700+0+0", folder]
 
-    def start(self, folder):
-        plug_in = self.session.plug_ins / f"quorvane-{self.name}"
+    def start(self, folder, with_plug_in=True):
+        plug_in = self.session.plug_ins / f"quorvane-{self.name}" if with_plug_in else self.session.root
         self.process = self.session.start(self._command(folder), {"CAJA_EXTENSION_DIRS": str(plug_in)})
         self._wait_for_window(folder.name)
 
@@ -89,6 +86,9 @@ class Caja:
 
     # Items
 
+    def view_extents(self):
+        return same_twice(lambda: tree.extents(self._view()), "the view")
+
     def _item(self, name):
         return tree.find(self._view(), "icon", name)
 
@@ -117,7 +117,7 @@ class Caja:
                 x, y = self._middle_of(name)
                 tree.click(x, y, modifier="ctrl" if index else None)
         else:
-            left, top, width, height = same_twice(lambda: tree.extents(self._view()), "the view")
+            left, top, width, height = self.view_extents()
             x, y = left + width - 20, top + height - 20
         tree.click(x, y, button=3)
         until(self._popup, "an open menu")
