@@ -13,7 +13,7 @@ import sys
 import unittest
 from pathlib import Path
 
-MANAGERS = {"caja": "Caja"}
+MANAGERS = {"caja": "Caja", "nemo": "Nemo"}
 HERE = Path(__file__).resolve()
 
 

@@ -166,10 +166,14 @@ class ShownFolders(FileManagerCase):
 
 
 class Window(FileManagerCase):
-    def test_gives_no_room_to_what_only_listens(self):
+    def test_is_outside_of_the_drive_as_it_is_without_the_plug_in(self):
+        beside = self.drive.path.with_name("Beside")
+        beside.mkdir(exist_ok=True)
+        self.manager.end()
+        self.manager.start(beside)
         with_plug_in = self.manager.view_extents()
         self.manager.end()
-        self.manager.start(self.drive.path / "Docs", with_plug_in=False)
+        self.manager.start(beside, with_plug_in=False)
         self.assertEqual(with_plug_in, self.manager.view_extents())
 
 

@@ -43,10 +43,12 @@ class Session:
             (self.root / folder).mkdir(parents=True, exist_ok=True)
             os.environ[name] = str(self.root / folder)
         (self.root / "run").chmod(0o700)
+        self.no_plug_ins = self.root / "no-plug-ins"
+        self.no_plug_ins.mkdir()
         os.environ["GSETTINGS_BACKEND"] = "keyfile"
         self.pictures.mkdir(parents=True, exist_ok=True)
         os.environ["DISPLAY"] = ":" + self._told_by(
-            ["Xvfb", "-displayfd", "1", "-screen", "0", SCREEN, "-nolisten", "tcp"])
+            ["Xvfb", "-displayfd", "1", "-screen", "0", SCREEN, "-nolisten", "tcp", "-noreset"])
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = self._told_by(
             ["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address"])
 
@@ -58,6 +60,16 @@ class Session:
     def _told_by(self, command):
         process = self.start(command)
         return until(process.first_line, f"a line from {command[0]}")
+
+    def mount(self, folder, over):
+        """Shows a folder in the place of another, in this session only, also where there is none yet."""
+        over = Path(over)
+        if not over.exists():
+            stand_in = self.root / f"stand-in-{over.parent.name}"
+            shutil.copytree(over.parent, stand_in, symlinks=True)
+            (stand_in / over.name).mkdir()
+            self.mount(stand_in, over.parent)
+        subprocess.run(["mount", "--bind", str(folder), str(over)], check=True, timeout=PATIENCE)
 
     def start(self, command, environment=None):
         """A program in the session."""

@@ -87,9 +87,13 @@ def click(x, y, button=1, modifier=None, repeat=1):
     xdotool("mousemove", x, y, *hold, "click", "--repeat", repeat, "--delay", 50, button, *release)
 
 
+def resting_extents(find_node, what):
+    """Those of a node that has settled."""
+    return same_twice(lambda: extents(node) if (node := find_node()) else None, what)
+
+
 def resting_middle(find_node, what):
-    """The middle of a node that has settled."""
-    left, top, width, height = same_twice(lambda: extents(node) if (node := find_node()) else None, what)
+    left, top, width, height = resting_extents(find_node, what)
     return left + width // 2, top + height // 2
 
 

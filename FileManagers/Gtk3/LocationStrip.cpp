@@ -1,4 +1,4 @@
-#include "FileManagers/Gtk3/UnseenWidget.h"
+#include "FileManagers/Gtk3/LocationStrip.h"
 
 namespace FileManagers {
 
@@ -25,26 +25,32 @@ GtkWidget* stripAround(GtkWidget* box) {
     return strip;
 }
 
-gboolean hideEmptyStrip(gpointer widget) {
+gboolean fit(gpointer widget) {
     GtkWidget* const box = gtk_widget_get_parent(GTK_WIDGET(widget));
-    if (box != nullptr && !hasVisibleChild(box)) {
-        gtk_widget_hide(stripAround(box));
+    if (box != nullptr) {
+        gtk_widget_set_visible(stripAround(box), hasVisibleChild(box) ? TRUE : FALSE);
     }
     return G_SOURCE_REMOVE;
 }
 
 // Before anything is drawn, but after the file manager has shown the strip.
+void fitLater(GtkWidget* widget) {
+    (void)g_idle_add_full(G_PRIORITY_HIGH, &fit, g_object_ref(widget), &g_object_unref);
+}
+
 void placed(GtkWidget* widget, GtkWidget*, gpointer) {
-    (void)g_idle_add_full(G_PRIORITY_HIGH, &hideEmptyStrip, g_object_ref(widget), &g_object_unref);
+    fitLater(widget);
+}
+
+void shownOrHidden(GtkWidget* widget, GParamSpec*, gpointer) {
+    fitLater(widget);
 }
 
 } // namespace
 
-GtkWidget* newUnseenWidget() {
-    GtkWidget* const widget = gtk_event_box_new();
-    gtk_widget_set_no_show_all(widget, TRUE);
+void followVisibility(GtkWidget* widget) {
     g_signal_connect(widget, "parent-set", G_CALLBACK(&placed), nullptr);
-    return widget;
+    g_signal_connect(widget, "notify::visible", G_CALLBACK(&shownOrHidden), nullptr);
 }
 
 } // namespace FileManagers
