@@ -44,7 +44,7 @@ void clicked(GtkButton* button, gpointer widget) {
     const auto entries = drive.clickedEntries(Shell::MenuKind::kToolbar, *place);
     if (!entries.empty()) {
         popUpOnce(newEntriesMenu(drive, Shell::MenuKind::kToolbar, entries, place),
-                  GTK_WIDGET(button));
+                  gtk_widget_get_toplevel(GTK_WIDGET(button)));
     }
 }
 
