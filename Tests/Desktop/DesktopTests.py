@@ -10,6 +10,7 @@ import argparse
 import importlib
 import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 
@@ -22,7 +23,7 @@ def arguments():
     parser.add_argument("--build", type=Path, required=True)
     parser.add_argument("--pictures", type=Path, required=True)
     parser.add_argument("--case", action="append", default=[])
-    parser.add_argument("--inside", action="store_true", help=argparse.SUPPRESS)
+    parser.add_argument("--inside", type=Path, help=argparse.SUPPRESS)
     parser.add_argument("managers", nargs="*", metavar="FILE-MANAGER", help=", ".join(MANAGERS))
     options = parser.parse_args()
     unknown = [name for name in options.managers if name not in MANAGERS]
@@ -45,10 +46,12 @@ def run_outside(options):
 def run_one(options, name):
     print(f"{MANAGERS[name]}:", file=sys.stderr, flush=True)
     cases = [argument for case in options.case for argument in ("--case", case)]
-    return subprocess.run(
-        ["unshare", "--map-root-user", "--mount", "--pid", "--fork", "--mount-proc", "--kill-child",
-         sys.executable, "-B", str(HERE), "--inside", "--build", str(options.build.resolve()),
-         "--pictures", str(options.pictures.resolve()), *cases, name], check=False).returncode
+    # Taken away when no process is left that could write into it, and nothing is mounted in it.
+    with tempfile.TemporaryDirectory(prefix="quorvane-desktop-") as root:
+        return subprocess.run(
+            ["unshare", "--map-root-user", "--mount", "--pid", "--fork", "--mount-proc", "--kill-child",
+             sys.executable, "-B", str(HERE), "--inside", root, "--build", str(options.build.resolve()),
+             "--pictures", str(options.pictures.resolve()), *cases, name], check=False).returncode
 
 
 def chosen(suite, texts):
@@ -63,7 +66,7 @@ def run_inside(options):
     from session import Session
 
     name = options.managers[0]
-    session = Session(options.build, options.pictures)
+    session = Session(options.inside, options.build, options.pictures)
     try:
         session.enter()
         # What follows connects to the session's bus as it is imported.

@@ -6,7 +6,6 @@ All of it lives in namespaces that the caller made, so that ending it leaves not
 import os
 import shutil
 import subprocess
-import tempfile
 from pathlib import Path
 
 from waiting import PATIENCE, until
@@ -19,14 +18,14 @@ KEPT = ("PATH", "LANG", "LC_ALL", "USER", "LOGNAME")
 class Session:
     """Folders, display and bus, from enter() to leave()."""
 
-    def __init__(self, build, pictures):
+    def __init__(self, root, build, pictures):
+        self.root = root
         self.programs = build / "bin"
         self.plug_ins = build / "plug-ins"
         self.pictures = pictures
         self.processes = []
 
     def enter(self):
-        self.root = Path(tempfile.mkdtemp(prefix="quorvane-desktop-"))
         kept = {name: os.environ[name] for name in KEPT if name in os.environ}
         folders = {
             "HOME": "home",
@@ -55,7 +54,6 @@ class Session:
     def leave(self):
         for process in reversed(self.processes):
             process.kill()
-        shutil.rmtree(self.root, ignore_errors=True)
 
     def _told_by(self, command):
         process = self.start(command)
