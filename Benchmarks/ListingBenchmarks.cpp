@@ -158,6 +158,27 @@ void insert(benchmark::State& state) {
     countTime(state);
 }
 
+// A listing from nothing, entry by entry.
+void fill(benchmark::State& state) {
+    const auto entries = listing(filesOf(state))->combinedItems();
+    double bytes = 0;
+    for (auto step : state) {
+        state.PauseTiming();
+        const MemoryMeter memory;
+        auto item = NS::make<QVFolderListItem>();
+        state.ResumeTiming();
+        for (const NS::Ref<NS::Object>& each : *entries) {
+            item->insertItem(each);
+        }
+        state.PauseTiming();
+        bytes = memory.bytesPer(entriesOf(state));
+        item = NS::make<QVFolderListItem>();
+        state.ResumeTiming();
+    }
+    countTime(state);
+    state.counters["resident B/entry"] = bytes;
+}
+
 // The first file goes, so that all others move up, and comes back at the end.
 void remove(benchmark::State& state) {
     const auto item = listing(filesOf(state));
@@ -191,6 +212,7 @@ BENCHMARK(restore)->Name(kListingRestore)->Apply(ofEachSize);
 BENCHMARK(itemNamed)->Name(kListingItemNamed)->Apply(ofEachSize);
 BENCHMARK(itemNamedWide)->Name(kListingItemNamedWide)->Apply(ofEachSize);
 BENCHMARK(insert)->Name(kListingInsert)->Apply(ofEachSize);
+BENCHMARK(fill)->Name(kListingFill)->Apply(ofEachSize);
 BENCHMARK(remove)->Name(kListingRemove)->Apply(ofEachSize);
 BENCHMARK(compare)->Name(kListingCompare)->Apply(ofEachSize);
 

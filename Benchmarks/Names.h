@@ -10,6 +10,7 @@ inline constexpr const char* kListingRestore = "Listing/restore";
 inline constexpr const char* kListingItemNamed = "Listing/itemNamed";
 inline constexpr const char* kListingItemNamedWide = "Listing/itemNamed, names not ASCII";
 inline constexpr const char* kListingInsert = "Listing/insertItem";
+inline constexpr const char* kListingFill = "Listing/fill by insertItem";
 inline constexpr const char* kListingRemove = "Listing/removeItemNamed";
 inline constexpr const char* kListingCompare = "Listing/isEqual of two replies";
 

@@ -59,7 +59,7 @@ function(quorvane_tests name)
     if(ARG_THREADS)
         add_dependencies(threaded-tests ${name})
     endif()
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ${ARG_PROPERTIES})
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 ${ARG_PROPERTIES})
 endfunction()
 
 # quorvane_program(NAME SOURCES ... LINKS ...): one program, with its symbols for call stacks.

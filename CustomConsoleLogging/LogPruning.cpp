@@ -1,7 +1,7 @@
+#include "CustomConsoleLogging/LoggingFolders.h"
 #include "CustomConsoleLogging/QVLogging.h"
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/FileManager.h"
-#include "Platform/Foundation/SearchPaths.h"
 
 #include <algorithm>
 #include <numeric>
@@ -11,11 +11,6 @@ namespace {
 
 constexpr std::int32_t kOwnEntries = 18;
 constexpr std::int32_t kExtensionEntries = 2;
-
-// Below the user's home folder.
-constexpr std::string_view kExtensionLogDirectory =
-    "Library/Containers/com.Quorvane.Quorvane.QVFinderExtension/Data/Library/Application Support/"
-    "Quorvane/LogDirectory";
 
 NS::Ref<NS::String> entryPath(const NS::String& folder, const NS::Ref<NS::Object>& name) {
     return folder.stringByAppendingPathComponent(*NS::cast<NS::String>(name));
@@ -50,9 +45,7 @@ std::vector<std::size_t> newestFirst(const NS::Array& dates) {
 
 void QVLogging::cleanup() {
     cleanupLogsFolder_maxItems(path(), kOwnEntries);
-    cleanupLogsFolder_maxItems(
-        NS::homeDirectory()->stringByAppendingPathComponent(*NS::str(kExtensionLogDirectory)),
-        kExtensionEntries);
+    cleanupLogsFolder_maxItems(containedLoggingFolder(), kExtensionEntries);
 }
 
 void QVLogging::cleanupLogsFolder_maxItems(const NS::RefPtr<NS::String>& folder,

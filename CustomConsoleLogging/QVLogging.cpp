@@ -1,22 +1,15 @@
 #include "CustomConsoleLogging/QVLogging.h"
 
+#include "CustomConsoleLogging/LoggingFolders.h"
 #include "CustomConsoleLogging/LoggingState.h"
 #include "CustomConsoleLogging/consoleLogging.h"
-#include "Platform/Foundation/SearchPaths.h"
 #include "Platform/Foundation/UserDefaults.h"
 
 constinit const NS::Class QVLogging::kClass{.name = "QVLogging", .superclass = &NS::Object::kClass};
 
 namespace {
 
-constexpr std::string_view kLogDirectory = "/Quorvane/LogDirectory/";
 constexpr std::string_view kRunningKey = "running";
-
-NS::Ref<NS::String> loggingFolder() {
-    return NS::searchPathForDirectoryInDomain(NS::SearchPathDirectory::kApplicationSupport,
-                                              NS::SearchPathDomain::kUser)
-        ->stringByAppendingString(*NS::str(kLogDirectory));
-}
 
 // Hands a text's UTF-8 to a function, in place where the text is ASCII.
 template <class Function>
@@ -33,7 +26,7 @@ void withUtf8(const NS::String& text, Function&& function) {
 void QVLogging::setupWithPrefix(NS::RefPtr<NS::String> prefix) {
     const auto logging = NS::make<QVLogging>();
     logging->setPrefix(std::move(prefix));
-    logging->setPath(loggingFolder());
+    logging->setPath(userLoggingFolder());
     LoggingState::shared().instance.store(logging);
     NS::setUncaughtExceptionHandler(&exceptionHandler);
 }

@@ -7,6 +7,7 @@
 #include "Platform/Foundation/Null.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 namespace NS {
@@ -123,6 +124,7 @@ void MutableArray::addObject(const RefPtr<Object>& object) {
         Exception::raise(kInvalidArgumentException,
                          "*** -[NSMutableArray addObject:]: object cannot be nil");
     }
+    revision_ = 0;
     objects_.emplace_back(*object);
 }
 
@@ -139,6 +141,7 @@ void MutableArray::removeObjectsPassingTest(const std::function<bool(const Objec
         }
     }
     if (!removed.empty()) {
+        revision_ = 0;
         std::size_t next = 0;
         std::erase_if(objects_, [&](const Ref<Object>&) { return goes[next++]; });
     }
@@ -154,12 +157,22 @@ void MutableArray::removeObjectIdenticalTo(const Object& object) {
 
 void MutableArray::removeObjectAtIndex(std::size_t index) {
     checkIndex(*this, "removeObjectAtIndex:", index);
+    revision_ = 0;
     const Ref<Object> removed = objects_[index];
     objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
 void MutableArray::removeAllObjects() {
+    revision_ = 0;
     std::vector<Ref<Object>>().swap(objects_);
+}
+
+std::uint64_t MutableArray::revision() const {
+    static std::atomic<std::uint64_t> last{0};
+    if (revision_ == 0) {
+        revision_ = last.fetch_add(1, std::memory_order_relaxed) + 1;
+    }
+    return revision_;
 }
 
 } // namespace NS

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Object.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <utility>
@@ -76,6 +77,14 @@ class MutableArray final : public Array {
     // Raises NSRangeException for an index that is not below the count.
     void removeObjectAtIndex(std::size_t index);
     void removeAllObjects();
+
+    // Tells whether an array has changed: a number that stays the same while nothing is added or
+    // removed, and that no array has had before. What its elements do does not count. Not for use
+    // by two threads at once.
+    std::uint64_t revision() const;
+
+  private:
+    mutable std::uint64_t revision_ = 0; // nobody has asked since the last change
 };
 
 } // namespace NS

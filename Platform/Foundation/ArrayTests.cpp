@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -140,6 +142,33 @@ TEST(Array, RaisesWhenAComparisonUnfoldsWithoutEnd) {
         b = Array::arrayWithObjects({b, b});
     }
     EXPECT_EQ(Tests::nameOfException([&] { (void)a->isEqual(b.get()); }), NS::kGenericException);
+}
+
+TEST(MutableArray, HasARevisionOfItsOwnForEachChange) {
+    const auto list = NS::make<MutableArray>();
+    std::set<std::uint64_t> seen = {NS::make<MutableArray>()->revision()};
+    const auto isNew = [&] {
+        return seen.insert(list->revision()).second;
+    };
+    EXPECT_TRUE(isNew());
+    list->addObject(str("a"));
+    EXPECT_TRUE(isNew());
+    list->addObject(str("b"));
+    list->removeObjectAtIndex(0);
+    EXPECT_TRUE(isNew());
+    list->removeObject(*str("b"));
+    EXPECT_TRUE(isNew());
+    list->removeAllObjects();
+    EXPECT_TRUE(isNew());
+}
+
+TEST(MutableArray, KeepsItsRevisionWhileItStaysTheSame) {
+    const auto list = NS::make<MutableArray>();
+    list->addObject(str("a"));
+    const std::uint64_t revision = list->revision();
+    list->removeObject(*str("b"));
+    (void)list->mutableCopy();
+    EXPECT_EQ(list->revision(), revision);
 }
 
 TEST(MutableArray, AddsObjectsButNoNil) {

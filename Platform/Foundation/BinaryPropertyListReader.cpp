@@ -165,9 +165,15 @@ Item BinaryPropertyListReader::integerItem(unsigned sizeExponent,
                                   : damaged("an integer beyond 64 bits");
 }
 
+// Of up to sixteen bytes, of which the last eight may have a value.
 Item BinaryPropertyListReader::uidItem(unsigned width, const std::byte* body) const noexcept {
-    return isWidth(width) ? valueItem(Kind::kUid, BigEndian::load(body, width))
-                          : damaged("a UID of more than 8 bytes");
+    if (isWidth(width)) {
+        return valueItem(Kind::kUid, BigEndian::load(body, width));
+    }
+    const unsigned leading = width - 8;
+    return BigEndian::load(body, leading) == 0
+               ? valueItem(Kind::kUid, BigEndian::load(body + leading, 8))
+               : damaged("a UID beyond 64 bits");
 }
 
 // Whatever begins with a count: in the marker's low half, or in an integer after it.

@@ -132,7 +132,20 @@ TEST_F(BinaryPropertyListReader, ReadsUidsOf1To8Bytes) {
         EXPECT_EQ(item.kind, Kind::kUid);
         EXPECT_EQ(item.bits, 200 + width);
     }
-    EXPECT_TRUE(itemOf("\x88" + std::string(9, '\0')).isDamaged());
+}
+
+TEST_F(BinaryPropertyListReader, ReadsLongerUidsWhoseValueFits) {
+    for (unsigned width = 9; width <= 16; ++width) {
+        const std::string marker(1, static_cast<char>(0x80 + width - 1));
+        const std::string zeros(width - 8, '\0');
+        const auto item = itemOf(marker + zeros + "\x01\x02\x03\x04\x05\x06\x07\x08");
+        EXPECT_EQ(item.kind, Kind::kUid) << width;
+        EXPECT_EQ(item.bits, 0x0102030405060708U) << width;
+        EXPECT_TRUE(itemOf(marker + '\x01' + std::string(width - 1, '\0')).isDamaged()) << width;
+        EXPECT_TRUE(itemOf(marker + std::string(width - 9, '\0') + '\x01' + std::string(8, '\0'))
+                        .isDamaged())
+            << width;
+    }
 }
 
 TEST_F(BinaryPropertyListReader, ReadsBytesAndTextsInPlace) {

@@ -15,4 +15,8 @@ std::vector<void*> captureFrom(const void* returnAddress);
 // index of a call stack.
 std::string symbol(std::size_t index, void* address);
 
+// A function's or type's name as it stands in the source, for its name in a program file; the name
+// itself when it is not such a one.
+std::string readableName(const char* name);
+
 } // namespace NS::CallStack

@@ -66,6 +66,15 @@ Ref<Data> Data::dataWithVector(std::vector<std::byte> bytes) {
     return dataWithBytesNoCopy(owner->bytes(), owner);
 }
 
+Ref<Data> Data::twin() const {
+    if (owner_) {
+        return dataWithBytesNoCopy(bytes_, Ref<Object>(*owner_));
+    }
+    return isKindOfClass(MutableData::kClass)
+               ? dataWithBytes(bytes_)
+               : dataWithBytesNoCopy(bytes_, Ref<Object>(const_cast<Data&>(*this)));
+}
+
 void Data::destroy() const noexcept {
     this->~Data();
     ::operator delete(const_cast<Data*>(this));
@@ -100,19 +109,28 @@ MutableData::MutableData(Bytes bytes) : Data({}, nullptr) {
     setData(bytes);
 }
 
+MutableData::MutableData(const Data& data) : Data({}, nullptr) {
+    const Ref<Data> twin = data.twin();
+    setBytes(twin->bytes(), twin);
+}
+
 void MutableData::appendBytes(Bytes bytes) {
+    const RefPtr<Object> shared = owner(); // which may have these bytes
+    if (shared) {
+        setData(this->bytes());
+    }
     if (isWithin(bytes, storage_)) { // they move when the storage grows
         const std::vector<std::byte> copied(bytes.begin(), bytes.end());
         storage_.insert(storage_.end(), copied.begin(), copied.end());
     } else {
         storage_.insert(storage_.end(), bytes.begin(), bytes.end());
     }
-    setBytes(storage_);
+    setBytes(storage_, nullptr);
 }
 
 void MutableData::setData(Bytes bytes) {
     storage_ = std::vector<std::byte>(bytes.begin(), bytes.end());
-    setBytes(storage_);
+    setBytes(storage_, nullptr);
 }
 
 } // namespace NS

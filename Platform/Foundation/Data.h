@@ -31,6 +31,9 @@ class Data : public Object {
     // Takes the bytes over without copying them.
     static Ref<Data> dataWithVector(std::vector<std::byte> bytes);
 
+    // Another object with the bytes as they are now, which it shares where it can.
+    Ref<Data> twin() const;
+
     Bytes bytes() const noexcept { return bytes_; }
     std::size_t length() const noexcept { return bytes_.size(); }
 
@@ -44,11 +47,15 @@ class Data : public Object {
   protected:
     Data(Bytes bytes, RefPtr<Object> owner) : bytes_(bytes), owner_(std::move(owner)) {}
     void destroy() const noexcept override;
-    void setBytes(Bytes bytes) noexcept { bytes_ = bytes; }
+    const RefPtr<Object>& owner() const noexcept { return owner_; }
+    void setBytes(Bytes bytes, RefPtr<Object> owner) noexcept {
+        bytes_ = bytes;
+        owner_ = std::move(owner);
+    }
 
   private:
     Bytes bytes_;
-    RefPtr<Object> owner_; // nil when the bytes follow the object in its own allocation
+    RefPtr<Object> owner_; // nil when the bytes are the object's own
 };
 
 // Bytes that can be appended to and replaced. Not for use by two threads at once while one changes
@@ -57,6 +64,8 @@ class MutableData final : public Data {
     NS_OBJECT(MutableData)
   public:
     explicit MutableData(Bytes bytes = {});
+    // The same bytes, which are copied where one of the two changes.
+    explicit MutableData(const Data& data);
     // The bytes may be some of its own.
     void appendBytes(Bytes bytes);
     void setData(Bytes bytes);
@@ -64,7 +73,7 @@ class MutableData final : public Data {
   private:
     void destroy() const noexcept override { delete this; }
 
-    std::vector<std::byte> storage_;
+    std::vector<std::byte> storage_; // empty while the bytes are another's
 };
 
 } // namespace NS

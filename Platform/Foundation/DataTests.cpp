@@ -115,4 +115,35 @@ TEST(MutableData, IsReplacedByAPartOfItself) {
     EXPECT_EQ(charactersOf(data->bytes()), "bc");
 }
 
+TEST(MutableData, SharesBytesUntilItChanges) {
+    const auto data = Data::dataWithBytes(bytesOf("abcd"));
+    const auto appended = NS::make<MutableData>(*data);
+    const auto replaced = NS::make<MutableData>(*data);
+    EXPECT_EQ(appended->bytes().data(), data->bytes().data());
+    appended->appendBytes(appended->bytes().first(2));
+    replaced->setData(replaced->bytes().last(1));
+    EXPECT_EQ(charactersOf(appended->bytes()), "abcdab");
+    EXPECT_EQ(charactersOf(replaced->bytes()), "d");
+    EXPECT_EQ(charactersOf(data->bytes()), "abcd");
+    EXPECT_EQ(data->referenceCount(), 1U);
+}
+
+TEST(MutableData, IsNotSharedWhenItsBytesAreItsOwn) {
+    const auto data = NS::make<MutableData>(bytesOf("abcd"));
+    const auto copy = NS::make<MutableData>(static_cast<const Data&>(*data));
+    data->appendBytes(bytesOf("e"));
+    EXPECT_EQ(charactersOf(copy->bytes()), "abcd");
+}
+
+TEST(Data, HasTwinsThatShareItsBytes) {
+    auto data = Data::dataWithBytes(bytesOf("abcd"));
+    const auto twin = data->twin();
+    const auto third = twin->twin();
+    EXPECT_NE(twin, data);
+    EXPECT_STREQ(third->objectClass().name, "NSData");
+    EXPECT_EQ(third->bytes().data(), data->bytes().data());
+    data = Data::dataWithBytes({});
+    EXPECT_EQ(charactersOf(third->bytes()), "abcd");
+}
+
 } // namespace

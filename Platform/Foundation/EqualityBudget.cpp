@@ -6,6 +6,7 @@
 #include "Platform/Foundation/Error.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Limits.h"
+#include "Platform/Foundation/Nesting.h"
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/URL.h"
@@ -22,12 +23,6 @@ constexpr std::size_t kBytesPerUnit = 64;
     Exception::raise(kInvalidUnarchiveOperationException,
                      "*** -[NSKeyedUnarchiver decodeObjectForKey:]: telling the keys of a "
                      "dictionary or the members of a set apart takes too much work");
-}
-
-// The hash of a collection is its count, so that collections of one size collide.
-bool collides(const Object& object) noexcept {
-    return object.isKindOfClass(Array::kClass) || object.isKindOfClass(Dictionary::kClass) ||
-           object.isKindOfClass(Set::kClass);
 }
 
 const Object& keyOf(const Ref<Object>& member) noexcept {
@@ -60,9 +55,9 @@ template <class Collection>
 std::uint64_t EqualityBudget::costOfMembers(const Collection& collection, std::size_t depth) {
     spend(1);
     std::uint64_t cost = 1;
-    bool membersCollide = false;
+    bool membersCollide = false; // the hash of a collection is its count
     for (const auto& member : collection) {
-        membersCollide = membersCollide || collides(keyOf(member));
+        membersCollide = membersCollide || isCollection(keyOf(member));
         cost += costOf(keyOf(member), depth + 1);
         if constexpr (std::is_same_v<Collection, Dictionary>) {
             cost += costOf(*member.second, depth + 1);

@@ -4,13 +4,16 @@
 #include "Platform/Foundation/CallStack.h"
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/ProcessInfo.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <string>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -20,18 +23,50 @@ namespace {
 
 std::atomic<UncaughtExceptionHandler> uncaughtExceptionHandler{nullptr};
 
-// The exception being handled, in the platform's form. No frame has been unwound yet when nothing
-// catches, so that a call stack taken now still shows where a foreign exception was thrown.
+constinit UncaughtExceptionRecord theRecord{};
+std::atomic<bool> recorded{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler reads it");
+
+// What is too long is cut off between two characters.
+template <std::size_t size>
+void put(std::array<char, size>& place, std::string_view text) noexcept {
+    std::size_t length = std::min(text.size(), size - 1);
+    while (length > 0 && length < text.size() && (text[length] & 0xC0) == 0x80) {
+        --length;
+    }
+    place[text.copy(place.data(), length)] = '\0';
+}
+
+// The process ends once, so that this happens once.
+void record(std::string_view name, std::string_view reason,
+            std::span<void* const> returnAddresses) noexcept {
+    put(theRecord.name, name);
+    put(theRecord.reason, reason);
+    theRecord.depth = std::min(returnAddresses.size(), theRecord.returnAddresses.size());
+    std::copy_n(returnAddresses.begin(), theRecord.depth, theRecord.returnAddresses.begin());
+    theRecord.thread = currentThreadIdentifier();
+    recorded.store(true, std::memory_order_release);
+}
+
+// The exception being handled, in the platform's form, which is recorded. No frame has been unwound
+// yet when nothing catches, so that a call stack taken now still shows where a foreign exception
+// was thrown.
 Exception currentException() {
     try {
         throw;
     } catch (const Exception& exception) {
+        record(exception.name()->utf8(), descriptionOf(exception.reason().get())->utf8(),
+               exception.returnAddresses());
         return exception;
     } catch (const std::exception& exception) {
-        return Exception(str(kGenericException),
-                         String::fromFileSystemRepresentation(exception.what()));
+        Exception own(str(kGenericException),
+                      String::fromFileSystemRepresentation(exception.what()));
+        record(CallStack::readableName(typeid(exception).name()), own.reason()->utf8(), {});
+        return own;
     } catch (...) {
-        return Exception(str(kGenericException), str("exception of an unknown type"));
+        Exception own(str(kGenericException), str("exception of an unknown type"));
+        record(own.name()->utf8(), own.reason()->utf8(), {});
+        return own;
     }
 }
 
@@ -116,6 +151,10 @@ const char* Exception::what() const noexcept {
     throw Exception(str(name), reason, nullptr, __builtin_return_address(0));
 }
 
+std::span<void* const> Exception::returnAddresses() const noexcept {
+    return state_->callStack;
+}
+
 Ref<Array> Exception::callStackReturnAddresses() const {
     std::vector<Ref<Object>> addresses;
     for (void* address : state_->callStack) {
@@ -136,7 +175,15 @@ Ref<Array> Exception::callStackSymbols() const {
 
 void setUncaughtExceptionHandler(UncaughtExceptionHandler handler) noexcept {
     uncaughtExceptionHandler.store(handler);
+    handleUncaughtExceptions();
+}
+
+void handleUncaughtExceptions() noexcept {
     std::set_terminate(&terminate);
+}
+
+const UncaughtExceptionRecord* uncaughtExceptionRecord() noexcept {
+    return recorded.load(std::memory_order_acquire) ? &theRecord : nullptr;
 }
 
 } // namespace NS

@@ -3,8 +3,12 @@
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/String.h"
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <memory>
+#include <span>
 #include <string_view>
 
 namespace NS {
@@ -39,6 +43,8 @@ class Exception : public std::exception {
 
     // The return addresses, innermost first, as numbers; at most 128.
     Ref<Array> callStackReturnAddresses() const;
+    // The same as they are, valid as long as the exception.
+    std::span<void* const> returnAddresses() const noexcept;
     // A line for each of them: index, module, address, function and offset into it. A function that
     // its module does not export has no name here, and the offset is that into the module.
     Ref<Array> callStackSymbols() const;
@@ -62,5 +68,26 @@ using UncaughtExceptionHandler = void (*)(const Exception& exception);
 // what() as the reason. Runs once, on the thread that raised first; others wait for the end. The
 // process ends by SIGABRT when it returns, and when it raises.
 void setUncaughtExceptionHandler(UncaughtExceptionHandler handler) noexcept;
+
+// Has exceptions that nothing catches end the process in that way from now on, with the handler set
+// so far or set later, or without one.
+void handleUncaughtExceptions() noexcept;
+
+// What is left of the exception that ends this process, in fixed storage, for whoever reports the
+// end from a signal handler.
+struct UncaughtExceptionRecord {
+    // UTF-8, ended by a zero byte; what is longer is cut off. The name of an exception of another
+    // kind is that of its type.
+    std::array<char, 256> name;
+    std::array<char, 4096> reason;
+    // The call stack of the point of raising; empty where the exception is of another kind, whose
+    // stack is still that of its thread.
+    std::array<void*, 128> returnAddresses;
+    std::size_t depth;
+    std::int32_t thread;
+};
+
+// Null as long as no exception ends this process. Safe in a signal handler.
+const UncaughtExceptionRecord* uncaughtExceptionRecord() noexcept;
 
 } // namespace NS

@@ -235,6 +235,55 @@ TEST_F(UncaughtExceptionDeathTest, AbortsAlsoWhenTheHandlerTerminates) {
                 aborted, "");
 }
 
+// What a signal handler at the very end finds recorded.
+void tellTheRecord(int) {
+    const NS::UncaughtExceptionRecord* const record = NS::uncaughtExceptionRecord();
+    if (record == nullptr) {
+        std::fputs("nothing recorded\n", stderr);
+        return;
+    }
+    std::fprintf(stderr, "recorded %s: %s, %zu\n", record->name.data(), record->reason.data(),
+                 record->depth);
+    for (std::size_t i = 0; i < record->depth; ++i) {
+        std::fprintf(stderr, "frame %s\n",
+                     NS::CallStack::symbol(i, record->returnAddresses.at(i)).c_str());
+    }
+}
+
+TEST_F(UncaughtExceptionDeathTest, IsRecordedForASignalHandler) {
+    (void)std::signal(SIGABRT, &tellTheRecord);
+    NS::handleUncaughtExceptions();
+    EXPECT_EXIT(std::thread(&raiseAtItsVeryEnd).join(), aborted,
+                "recorded NSGenericException: raised at the end, [1-9](.|\n)*frame 0 "
+                ".*ExceptionTestFunctions::raiseAtItsVeryEnd");
+    (void)std::signal(SIGABRT, SIG_DFL);
+}
+
+TEST_F(UncaughtExceptionDeathTest, OfTheStandardLibraryIsRecordedWithItsType) {
+    (void)std::signal(SIGABRT, &tellTheRecord);
+    NS::handleUncaughtExceptions();
+    EXPECT_EXIT(std::thread(&throwStandardException).join(), aborted,
+                "recorded std::runtime_error: of the standard library, 0\n");
+    (void)std::signal(SIGABRT, SIG_DFL);
+}
+
+TEST_F(UncaughtExceptionDeathTest, IsRecordedAsFarAsThereIsRoom) {
+    (void)std::signal(SIGABRT, &tellTheRecord);
+    const auto raiseLong = [] {
+        throw NS::Exception(NS::str("Long"), NS::str(std::string(9000, 'x')));
+    };
+    NS::handleUncaughtExceptions();
+    EXPECT_EXIT(std::thread(raiseLong).join(), aborted, "recorded Long: x{4095}, ");
+    (void)std::signal(SIGABRT, SIG_DFL);
+}
+
+TEST_F(UncaughtExceptionDeathTest, IsNotRecordedWhenThereIsNone) {
+    (void)std::signal(SIGABRT, &tellTheRecord);
+    NS::handleUncaughtExceptions();
+    EXPECT_EXIT(std::terminate(), aborted, "nothing recorded\n");
+    (void)std::signal(SIGABRT, SIG_DFL);
+}
+
 TEST_F(UncaughtExceptionDeathTest, ReachesTheHandlerSetLast) {
     EXPECT_EXIT(
         {

@@ -1,6 +1,8 @@
 #include "Platform/Foundation/KeyedArchiver.h"
 
+#include "Platform/Foundation/ArchiveNesting.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Format.h"
 #include "Platform/Foundation/KeyedArchiveNames.h"
 #include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Number.h"
@@ -22,20 +24,30 @@ bool isPlainText(const String& text) noexcept {
     return !(text.length() == kNull.size() && text.ascii() == kNull);
 }
 
+// Whether the object itself stands in the archive and not a record of it.
+bool isPlainValue(const Object& object) noexcept {
+    const Class* const objectClass = &object.objectClass();
+    return objectClass == &Number::kClass || objectClass == &Data::kClass ||
+           (objectClass == &String::kClass && isPlainText(static_cast<const String&>(object)));
+}
+
 // Adds an object that stands in the archive as a plain value; nothing for any other.
 std::optional<Reference> addPlainValue(BinaryPropertyListWriter& list, const Object& object) {
-    const Class* const objectClass = &object.objectClass();
-    if (objectClass == &String::kClass) {
-        const auto& text = static_cast<const String&>(object);
-        return isPlainText(text) ? std::optional(list.addString(text)) : std::nullopt;
+    if (!isPlainValue(object)) {
+        return std::nullopt;
     }
-    if (objectClass == &Number::kClass) {
-        return list.addNumber(static_cast<const Number&>(object));
+    if (const auto* const text = as<String>(&object)) {
+        return list.addString(*text);
     }
-    if (objectClass == &Data::kClass) {
-        return list.addData(static_cast<const Data&>(object).bytes());
+    if (const auto* const number = as<Number>(&object)) {
+        return list.addNumber(*number);
     }
-    return std::nullopt;
+    return list.addData(static_cast<const Data&>(object).bytes());
+}
+
+[[noreturn]] void raiseUnreadable(const char* reason) {
+    Exception::raise(kInvalidArchiveOperationException,
+                     stringWithFormat("*** -[NSKeyedArchiver encodeObject:forKey:]: %s", reason));
 }
 
 // The UID of nil, 0, is the second object of every archive's property list, after "$null".
@@ -90,7 +102,9 @@ Reference KeyedArchiver::referenceTo(RefPtr<Object> object) {
         return kNilReference;
     }
     Reference& known = identities_.numberOf(object.get());
-    if (known == 0) {
+    if (known != 0) {
+        isTree_ = isTree_ && isPlainValue(*object);
+    } else {
         known = addObject(Ref<Object>(*object.leak(), kAdopt));
     }
     return known;
@@ -111,9 +125,7 @@ void KeyedArchiver::writePending() {
     std::size_t next = 0;
     while (next < pending_.size()) {
         if (++level > Limits::kDepth) {
-            Exception::raise(kInvalidArchiveOperationException,
-                             "*** -[NSKeyedArchiver encodeObject:forKey:]: objects stand too deep "
-                             "within one another");
+            raiseUnreadable("objects stand too deep within one another");
         }
         for (const std::size_t end = pending_.size(); next < end; ++next) {
             writeRecord(*pending_[next].object, pending_[next].uid);
@@ -199,7 +211,20 @@ Ref<Data> KeyedArchiver::finish(Reference root) {
     const std::array values{list_.addInteger(kVersion), list_.addAscii(kArchiverName),
                             list_.addDictionary(rootKey, std::span(&root, 1)),
                             list_.addArray(entries_)};
-    return Data::dataWithVector(list_.finish(list_.addDictionary(keys, values)));
+    auto data = Data::dataWithVector(list_.finish(list_.addDictionary(keys, values)));
+    if (!isTree_) {
+        checkReadable(data->bytes());
+    }
+    return data;
+}
+
+void KeyedArchiver::checkReadable(Bytes archive) const {
+    const auto objectForUid = [this](std::uint64_t uid) -> const Object& {
+        return *std::ranges::lower_bound(pending_, uid, {}, &Pending::uid)->object;
+    };
+    if (const char* const problem = ArchiveNesting(archive, objectForUid).problem()) {
+        raiseUnreadable(problem);
+    }
 }
 
 } // namespace NS

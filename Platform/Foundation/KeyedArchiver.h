@@ -29,8 +29,10 @@ namespace NS {
 class KeyedArchiver {
   public:
     // Nil is archived as a nil root. Raises NSInvalidArgumentException when an object's class is
-    // not one that archives hold, and NSInvalidArchiveOperationException when objects stand deeper
-    // within one another than Limits::kDepth or the archive would be longer than 4 GiB.
+    // not one that archives hold, and NSInvalidArchiveOperationException for what KeyedUnarchiver
+    // would refuse: objects that stand deeper within one another than Limits::kDepth, on whatever
+    // path, a URL or error that holds itself, a collection among its own keys; and when the archive
+    // would be longer than 4 GiB.
     static Ref<Data> archivedDataWithRootObject(const RefPtr<Object>& root);
 
     KeyedArchiver(const KeyedArchiver&) = delete;
@@ -91,12 +93,14 @@ class KeyedArchiver {
     Reference keyReference(std::string_view key);
     Reference nameReference(std::string_view name);
     Ref<Data> finish(Reference root);
+    void checkReadable(Bytes archive) const;
 
     BinaryPropertyListWriter list_;
     IdentityMap identities_;         // the reference of each object's UID
     std::vector<Reference> entries_; // "$objects"
     std::vector<Ref<Object>> plain_; // kept, so that no other object gets their address
-    std::vector<Pending> pending_;   // kept as well, when written
+    std::vector<Pending> pending_;   // kept as well, when written; by UID
+    bool isTree_ = true;             // no record was met twice
     std::map<std::string, Reference, std::less<>> names_;
     std::vector<std::unique_ptr<ArchivedClass>> classes_;
 

@@ -7,9 +7,10 @@
 #include "Platform/Foundation/Format.h"
 #include "Platform/Foundation/KeyedArchiveNames.h"
 #include "Platform/Foundation/Limits.h"
+#include "Platform/Foundation/Nesting.h"
+#include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/Set.h"
-#include "Platform/Foundation/String.h"
 #include "Platform/Foundation/Utf8.h"
 #include "Platform/Foundation/XMLPropertyList.h"
 
@@ -102,6 +103,30 @@ void checkIntact(const Item& item) {
     if (item.isDamaged()) {
         raiseIncomprehensible(item.reason);
     }
+}
+
+Item itemOf(Kind kind, std::uint64_t bits) noexcept {
+    Item item;
+    item.kind = kind;
+    item.bits = bits;
+    return item;
+}
+
+Item itemOf(const Number& number) noexcept {
+    switch (number.type()) {
+    case Number::Type::kBoolean:
+        return itemOf(Kind::kBoolean, number.boolValue() ? 1 : 0);
+    case Number::Type::kInteger:
+        return itemOf(Kind::kInteger, static_cast<std::uint64_t>(number.longLongValue()));
+    case Number::Type::kUnsigned:
+        return itemOf(Kind::kUnsigned, number.unsignedLongLongValue());
+    default:
+        break;
+    }
+    Item item;
+    item.kind = Kind::kReal;
+    item.real = number.doubleValue();
+    return item;
 }
 
 // Lets go of what a record holds, which may lead back to it.
@@ -237,7 +262,7 @@ std::uint32_t KeyedUnarchiver::slotOf(std::uint64_t uid) const {
     return slots_[static_cast<std::size_t>(uid)];
 }
 
-RefPtr<Object> KeyedUnarchiver::objectForUid(std::uint64_t uid, bool mustBeComplete) {
+RefPtr<Object> KeyedUnarchiver::objectForUid(std::uint64_t uid) {
     if (uid == 0) {
         return nullptr;
     }
@@ -246,11 +271,16 @@ RefPtr<Object> KeyedUnarchiver::objectForUid(std::uint64_t uid, bool mustBeCompl
         raiseIncomprehensible("a class where an object should be");
     }
     const Made& made = made_[slot == 0 ? makeObject(uid) : slot - 1];
-    if (!made.isComplete && mustBeComplete) {
-        raiseRefused("it is its own key or member");
-    }
     record_.height = std::max(record_.height, made.height);
     return made.object;
+}
+
+RefPtr<Object> KeyedUnarchiver::keyForUid(std::uint64_t uid) {
+    RefPtr<Object> object = objectForUid(uid);
+    if (object && isCollection(*object) && !made_[slotOf(uid) - 1].isComplete) {
+        raiseRefused("it is its own key or member");
+    }
+    return object;
 }
 
 // Makes the object of a UID and returns its position among those made.
@@ -307,7 +337,7 @@ RefPtr<Object> KeyedUnarchiver::objectOf(const Member& member, std::string_view 
         return nullptr;
     }
     if (member.item.kind == Kind::kUid) {
-        return objectForUid(member.item.bits, false);
+        return objectForUid(member.item.bits);
     }
     const char* reason = nullptr;
     RefPtr<Object> value = values_.value(member.item, member.number, reason);
@@ -401,69 +431,62 @@ RefPtr<Object> KeyedUnarchiver::decodeObjectForKey(std::string_view key) {
 }
 
 double KeyedUnarchiver::decodeDoubleForKey(std::string_view key) {
-    const Member member = find(key);
-    switch (member.item.kind) {
+    const std::optional<Item> number = findNumber(key);
+    if (!number) {
+        return 0;
+    }
+    switch (number->kind) {
     case Kind::kFloat:
     case Kind::kReal:
-        return member.item.real;
+        return number->real;
     case Kind::kInteger:
-        return static_cast<double>(static_cast<std::int64_t>(member.item.bits));
+        return static_cast<double>(static_cast<std::int64_t>(number->bits));
     case Kind::kUnsigned:
-        return static_cast<double>(member.item.bits);
+        return static_cast<double>(number->bits);
     default:
-        checkAbsent(member, key, "no number");
-        return 0;
+        raiseWrongKind(key, "no number");
     }
 }
 
 std::int64_t KeyedUnarchiver::decodeInt64ForKey(std::string_view key) {
-    const Member member = find(key);
-    if (member.item.kind == Kind::kInteger) {
-        return static_cast<std::int64_t>(member.item.bits);
+    const std::optional<Item> number = findNumber(key);
+    if (number && number->kind != Kind::kInteger) {
+        raiseWrongKind(key, "no integer of 64 bits");
     }
-    checkAbsent(member, key, "no integer of 64 bits");
-    return 0;
+    return number ? static_cast<std::int64_t>(number->bits) : 0;
 }
 
 bool KeyedUnarchiver::decodeBoolForKey(std::string_view key) {
-    const Member member = find(key);
-    if (member.item.kind == Kind::kBoolean || member.item.kind == Kind::kInteger) {
-        return member.item.bits != 0;
+    const std::optional<Item> number = findNumber(key);
+    if (number && number->kind != Kind::kBoolean && number->kind != Kind::kInteger) {
+        raiseWrongKind(key, "no boolean");
     }
-    checkAbsent(member, key, "no boolean");
-    return false;
+    return number && number->bits != 0;
 }
 
-Bytes KeyedUnarchiver::decodeBytesForKey(std::string_view key) {
-    const Member member = find(key);
-    Bytes bytes;
-    if (member.item.kind == Kind::kData) {
-        bytes = member.item.bytes();
-    } else if (const auto data = as<Data>(dataOf(member))) {
-        bytes = data->bytes();
-    } else {
-        checkAbsent(member, key, "no data");
+RefPtr<String> KeyedUnarchiver::decodeTextOfUtf8ForKey(std::string_view key) {
+    const Member member = findPlain(key);
+    if (!member.isPresent) {
+        return nullptr;
     }
-    if (!values_.spendBytes(bytes.size())) {
-        raiseIncomprehensible("texts or data that overlap");
+    const char* reason = nullptr;
+    const RefPtr<Object> text = values_.textOfUtf8(member.item, member.number, reason);
+    if (!text) {
+        checkIntact(member.item);
+        raiseWrongKind(key, reason);
     }
-    return bytes;
-}
-
-// Data that has an entry of its own, which keeps it in place.
-RefPtr<Object> KeyedUnarchiver::dataOf(const Member& member) {
-    return member.item.kind == Kind::kUid ? objectForUid(member.item.bits, true) : nullptr;
+    return as<String>(text);
 }
 
 std::vector<Ref<Object>> KeyedUnarchiver::decodeObjectsForKey(std::string_view key) {
-    return decodeList(key, false);
+    return decodeList(key, &KeyedUnarchiver::objectForUid);
 }
 
 std::vector<Ref<Object>> KeyedUnarchiver::decodeKeysForKey(std::string_view key) {
-    return decodeList(key, true);
+    return decodeList(key, &KeyedUnarchiver::keyForUid);
 }
 
-std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, bool mustBeComplete) {
+std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, LookUp lookUp) {
     const Member member = find(key);
     const Item& list = member.item;
     if (list.kind != Kind::kArray) {
@@ -474,9 +497,9 @@ std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, bool 
     std::vector<Ref<Object>> objects;
     objects.reserve(static_cast<std::size_t>(list.count));
     for (std::uint64_t i = 0; i < list.count; ++i) {
-        const Item uid = list_.withUid(list_.element(list, i));
+        const std::uint64_t number = list_.reference(list, i);
         RefPtr<Object> object =
-            uid.kind == Kind::kUid ? objectForUid(uid.bits, mustBeComplete) : nullptr;
+            elementOf({number, list_.withUid(list_.item(number)), true}, lookUp);
         if (!object) {
             raiseWrongKind(key, "an element that is no object");
         }
@@ -485,8 +508,53 @@ std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, bool 
     return objects;
 }
 
+// Nil for what is no object.
+RefPtr<Object> KeyedUnarchiver::elementOf(const Member& member, LookUp lookUp) {
+    if (member.item.kind == Kind::kUid) {
+        return (this->*lookUp)(member.item.bits);
+    }
+    checkIntact(member.item);
+    const char* reason = nullptr;
+    return values_.commonValue(member.item, member.number, reason);
+}
+
 KeyedUnarchiver::Member KeyedUnarchiver::find(std::string_view key) {
     return key.starts_with('$') ? findArchived('$' + std::string(key)) : findArchived(key);
+}
+
+// The entry in the place of its UID where that is a plain value; nothing for nil.
+KeyedUnarchiver::Member KeyedUnarchiver::findPlain(std::string_view key) {
+    const Member member = find(key);
+    if (member.item.kind != Kind::kUid) {
+        return member;
+    }
+    if (member.item.bits == 0) {
+        return {};
+    }
+    (void)slotOf(member.item.bits); // which checks that there is an entry
+    const std::uint64_t number = list_.reference(objects_, member.item.bits);
+    const Item item = list_.item(number);
+    if (isText(item, kNull)) {
+        return {};
+    }
+    const bool isPlain = item.kind != Kind::kDictionary && item.kind != Kind::kUid;
+    return isPlain ? Member{number, item, true} : member;
+}
+
+// What the list has for a truth value or number, also where that is an object of its own; any other
+// item for what is none of them; nothing for nil.
+std::optional<Item> KeyedUnarchiver::findNumber(std::string_view key) {
+    const Member member = findPlain(key);
+    if (!member.isPresent) {
+        return std::nullopt;
+    }
+    checkIntact(member.item);
+    if (member.item.kind != Kind::kUid) {
+        return member.item;
+    }
+    const RefPtr<Object> object = objectForUid(member.item.bits);
+    const auto* const number = as<Number>(object.get());
+    return number != nullptr ? itemOf(*number) : member.item;
 }
 
 // Objects are most often decoded in the order in which they were encoded: the key that is looked

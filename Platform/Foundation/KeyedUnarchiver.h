@@ -6,9 +6,11 @@
 #include "Platform/Foundation/Object.h"
 #include "Platform/Foundation/PlainValueCoding.h"
 #include "Platform/Foundation/PropertyListValues.h"
+#include "Platform/Foundation/String.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -27,7 +29,8 @@ namespace NS {
 // shared. On one thread.
 class KeyedUnarchiver {
   public:
-    // Nil for an archived nil. Raises NSInvalidArgumentException ("incomprehensible archive") for
+    // The object under "root"; nil for an archived nil, and where the archive's top objects have
+    // other keys only. Raises NSInvalidArgumentException ("incomprehensible archive") for
     // bytes that are no keyed archive or a damaged one, and NSInvalidUnarchiveOperationException
     // for an object of an unknown class, which the reason names, or one that its class refuses.
     // Nothing of a failed archive stays behind.
@@ -36,8 +39,9 @@ class KeyedUnarchiver {
     KeyedUnarchiver(const KeyedUnarchiver&) = delete;
     KeyedUnarchiver& operator=(const KeyedUnarchiver&) = delete;
 
-    // The rest is for initWithCoder(). A key that is not there gives nil, 0, false or nothing; a
-    // value of another kind raises NSInvalidUnarchiveOperationException.
+    // The rest is for initWithCoder(). A key that is not there gives nil, 0 or false; a value of
+    // another kind raises NSInvalidUnarchiveOperationException. Each value may stand in the
+    // object's dictionary or behind a UID.
 
     bool containsValueForKey(std::string_view key);
     RefPtr<Object> decodeObjectForKey(std::string_view key);
@@ -54,14 +58,14 @@ class KeyedUnarchiver {
         return RefPtr<T>(static_cast<T*>(object.get()));
     }
 
-    // Contents without an identity of their own, in place for the length of the call of
-    // initWithCoder(). All calls together give no more bytes than the archive has, so that copies
-    // stay in proportion to it.
-    Bytes decodeBytesForKey(std::string_view key);
-    // A list of references. A list that is missing, or has nil in it, raises as above.
+    // The text that data are the UTF-8 of. Data that are no UTF-8 raise as above.
+    RefPtr<String> decodeTextOfUtf8ForKey(std::string_view key);
+    // A list of references and plain values. A list that is missing, or has nil in it, raises as
+    // above.
     std::vector<Ref<Object>> decodeObjectsForKey(std::string_view key);
-    // The same for objects that are to be told apart by isEqual(): one that is not complete yet,
-    // because it holds what is being decoded, raises as above.
+    // The same for objects that are to be told apart by isEqual(): a collection that is not
+    // complete yet, because it holds what is being decoded, raises as above. A record is told from
+    // others by its identity, which it has from the beginning.
     std::vector<Ref<Object>> decodeKeysForKey(std::string_view key);
 
     // What comparing such objects may cost.
@@ -100,7 +104,7 @@ class KeyedUnarchiver {
         std::uint16_t height = 0;
     };
 
-    // A value in a dictionary of the list, with its number there.
+    // A value in a collection of the list, with its number there.
     struct Member {
         std::uint64_t number = 0;
         Item item; // damaged when there is none
@@ -114,14 +118,16 @@ class KeyedUnarchiver {
 
     RefPtr<Object> decodeRoot();
     RefPtr<Object> objectOf(const Member& member, std::string_view key);
-    RefPtr<Object> objectForUid(std::uint64_t uid, bool mustBeComplete);
+    RefPtr<Object> objectForUid(std::uint64_t uid);
+    RefPtr<Object> keyForUid(std::uint64_t uid);
     std::size_t makeObject(std::uint64_t uid);
     std::size_t makeRecord(std::uint64_t uid, const Item& item);
     std::size_t fillRecord(std::uint64_t uid);
     std::size_t note(std::uint64_t uid, RefPtr<Object> object, bool isComplete);
     std::uint32_t slotOf(std::uint64_t uid) const;
-    RefPtr<Object> dataOf(const Member& member);
-    std::vector<Ref<Object>> decodeList(std::string_view key, bool mustBeComplete);
+    using LookUp = RefPtr<Object> (KeyedUnarchiver::*)(std::uint64_t uid);
+    std::vector<Ref<Object>> decodeList(std::string_view key, LookUp lookUp);
+    RefPtr<Object> elementOf(const Member& member, LookUp lookUp);
 
     std::uint64_t classUidOf(const Item& record);
     std::size_t classIndexForUid(std::uint64_t uid);
@@ -129,6 +135,8 @@ class KeyedUnarchiver {
     const Class* hintedClass(const Member& hints);
 
     Member find(std::string_view key);
+    Member findPlain(std::string_view key);
+    std::optional<Item> findNumber(std::string_view key);
     Member findArchived(std::string_view archivedKey);
     bool hasKeyAt(std::uint64_t position, std::string_view archivedKey);
     Member memberOf(const Member& dictionary, std::string_view key) const;

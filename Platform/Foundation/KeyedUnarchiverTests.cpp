@@ -246,6 +246,166 @@ TEST_F(KeyedUnarchiver, ReadsDataFromAnyOfTheirForms) {
     }
 }
 
+// Writers that write equal values once let two objects have one data object of the list.
+TEST_F(KeyedUnarchiver, MakesTwoObjectsOfRecordsThatShareTheirContents) {
+    const std::string contents(10'000, 'd');
+    const auto data = archive.list.addData(NS::bytesOf(contents));
+    const auto text = archive.list.addAscii(contents);
+    const std::tuple<const char*, const char*, HandMade::Reference> rows[] = {
+        {"NSMutableData",   "NS.data",   data                          },
+        {"NSMutableData",   "NS.bytes",  archive.uid(archive.add(data))},
+        {"NSData",          "NS.data",   archive.uid(archive.add(data))},
+        {"NSMutableString", "NS.string", archive.uid(archive.add(text))},
+        {"NSString",        "NS.string", archive.uid(archive.add(text))},
+        {"NSMutableString", "NS.bytes",  data                          },
+        {"NSString",        "NS.bytes",  archive.uid(archive.add(data))},
+    };
+    for (const auto& [name, key, value] : rows) {
+        const auto record = archive.addClass(name);
+        std::vector<HandMade::Uid> entries;
+        for (int i = 0; i < 10; ++i) {
+            entries.push_back(archive.addRecord(record, {
+                                                            {key, value}
+            }));
+        }
+        const auto back = as<NS::Array>(
+            unarchive(*archive.data(archive.addCollection(archive.addClass("NSArray"), entries))));
+        EXPECT_NE(back->objectAtIndex(8), back->objectAtIndex(9)) << name << ' ' << key;
+        EXPECT_STREQ(back->objectAtIndex(9)->objectClass().name, name);
+        EXPECT_TRUE(back->objectAtIndex(9)->isEqual(back->objectAtIndex(0).get()));
+    }
+}
+
+TEST_F(KeyedUnarchiver, ChangesOneOfTheDataThatShareTheirContents) {
+    const auto data = archive.uid(archive.add(archive.list.addData(NS::bytesOf("shared"))));
+    const auto record = archive.addClass("NSMutableData");
+    const HandMade::Members members{
+        {"NS.data", data}
+    };
+    const auto one = archive.addRecord(record, members);
+    const auto other = archive.addRecord(record, members);
+    const auto back = as<NS::Array>(
+        unarchive(*archive.data(archive.addCollection(archive.addClass("NSArray"), {one, other}))));
+    const auto first = as<NS::MutableData>(NS::RefPtr<NS::Object>(back->objectAtIndex(0)));
+    const auto second = as<NS::MutableData>(NS::RefPtr<NS::Object>(back->objectAtIndex(1)));
+    first->appendBytes(NS::bytesOf("!"));
+    EXPECT_EQ(NS::charactersOf(first->bytes()), "shared!");
+    EXPECT_EQ(NS::charactersOf(second->bytes()), "shared");
+}
+
+// Texts that are equal are not the same; some compare identifiers by identity.
+TEST_F(KeyedUnarchiver, KeepsEqualTextsApartHoweverManyShareTheirCharacters) {
+    const auto text = archive.list.addAscii("an identifier of some length, one of many");
+    std::vector<HandMade::Uid> entries;
+    for (int i = 0; i < 1000; ++i) {
+        entries.push_back(archive.add(text));
+    }
+    const auto back = as<NS::Array>(
+        unarchive(*archive.data(archive.addCollection(archive.addClass("NSArray"), entries))));
+    for (std::size_t i = 1; i < 1000; ++i) {
+        ASSERT_NE(back->objectAtIndex(i - 1), back->objectAtIndex(i)) << i;
+        ASSERT_TRUE(back->objectAtIndex(i - 1)->isEqual(back->objectAtIndex(i).get())) << i;
+    }
+}
+
+TEST_F(KeyedUnarchiver, ReadsCollectionsThatHoldPlainValuesInPlace) {
+    const HandMade::Reference values[] = {archive.list.addAscii("a"), archive.list.addInteger(1)};
+    const auto list = archive.list.addArray(values);
+    const auto text = archive.list.addAscii("a");
+    const auto array = as<NS::Array>(unarchive(
+        *archive.data(archive.addRecord(archive.addClass("NSArray"), {
+                                                                         {"NS.objects", list}
+    }))));
+    ASSERT_EQ(array->count(), 2U);
+    EXPECT_EQ(array->objectAtIndex(0)->description()->utf8(), "a");
+    EXPECT_EQ(array->objectAtIndex(1)->description()->utf8(), "1");
+    const auto set = as<NS::Set>(unarchive(*archive.data(archive.addRecord(
+        archive.addClass("NSSet"), {
+                                       {"NS.objects", archive.list.addArray({&text, 1})}
+    }))));
+    EXPECT_TRUE(set->containsObject(*NS::str("a")));
+    const auto dictionary = as<NS::Dictionary>(unarchive(*archive.data(archive.addRecord(
+        archive.addClass("NSDictionary"), {
+                                              {"NS.keys",    list},
+                                              {"NS.objects", list}
+    }))));
+    EXPECT_EQ(dictionary->objectForKey("a")->description()->utf8(), "a");
+}
+
+TEST_F(KeyedUnarchiver, ReadsNumbersBehindAUid) {
+    const auto number = [&](HandMade::Reference value) {
+        return archive.uid(archive.add(value));
+    };
+    const auto boxed = archive.addRecord(archive.addClass("NSNumber"),
+                                         {
+                                             {"NS.dblval", archive.list.addReal(2.5)}
+    });
+    const std::pair<HandMade::Reference, double> rows[] = {
+        {number(archive.list.addReal(0.5)),                         0.5                  },
+        {number(archive.list.addInteger(-7)),                       -7                   },
+        {number(archive.list.addUnsigned(std::uint64_t{1} << 63U)), 9223372036854775808.0},
+        {archive.uid(boxed),                                        2.5                  },
+        {archive.uid(0),                                            0                    },
+        {number(archive.list.addAscii("$null")),                    0                    },
+    };
+    for (const auto& [value, expected] : rows) {
+        const auto root = archive.addRecord(archive.addClass("NSDate"), {
+                                                                            {"NS.time", value}
+        });
+        const auto date = as<NS::Date>(unarchive(*archive.data(root)));
+        EXPECT_EQ(date->timeIntervalSinceReferenceDate(), expected);
+    }
+}
+
+TEST_F(KeyedUnarchiver, ReadsIntegersBehindAUid) {
+    const auto domain = archive.uid(archive.add(archive.list.addAscii("Domain")));
+    const auto boxed = archive.addRecord(archive.addClass("NSNumber"),
+                                         {
+                                             {"NS.intval", archive.list.addInteger(-7)}
+    });
+    for (const auto code : {archive.add(archive.list.addInteger(-7)), boxed}) {
+        const auto root = archive.addRecord(
+            archive.addClass("NSError"), {
+                                             {"NSCode",   archive.uid(code)},
+                                             {"NSDomain", domain           }
+        });
+        EXPECT_EQ(as<NS::Error>(unarchive(*archive.data(root)))->code(), -7);
+    }
+}
+
+TEST_F(KeyedUnarchiver, RaisesForAUidBehindAUid) {
+    const auto time = archive.uid(archive.add(archive.uid(0)));
+    EXPECT_EQ(nameOf(archive.addRecord(archive.addClass("NSDate"),
+                                       {
+                                           {"NS.time", time}
+    })),
+              NS::kInvalidArgumentException);
+    EXPECT_EQ(nameOf(archive.addRecord(archive.addClass("NSDate"),
+                                       {
+                                           {"NS.time", archive.uid(9999)}
+    })),
+              NS::kInvalidArgumentException);
+}
+
+// A record is itself whatever it holds; a collection is what it holds.
+TEST_F(KeyedUnarchiver, LetsARecordBeAMemberOrKeyOfWhatItHolds) {
+    const auto set = NS::make<NS::MutableSet>();
+    const auto dictionary = NS::make<NS::MutableDictionary>();
+    const auto record = NS::make<ArchivedRecord>();
+    set->addObject(record);
+    record->setFirst(set);
+    record->setSecond(dictionary);
+    dictionary->setObject_forKey(NS::str("value"), record);
+    const auto back = as<ArchivedRecord>(roundTrip(record));
+    ASSERT_TRUE(back);
+    EXPECT_TRUE(as<NS::Set>(back->first())->containsObject(*back));
+    EXPECT_TRUE(as<NS::Dictionary>(back->second())->objectForKey(*back));
+    for (const auto& each : {NS::Ref<ArchivedRecord>(*back), record}) {
+        each->setFirst(nullptr);
+        each->setSecond(nullptr);
+    }
+}
+
 TEST_F(KeyedUnarchiver, ReadsNumbersThatAreBoxed) {
     const std::tuple<const char*, HandMade::Reference, const char*> rows[] = {
         {"NS.number",  archive.list.addUnsigned(~std::uint64_t{0}), "18446744073709551615"},
@@ -310,6 +470,12 @@ TEST_F(KeyedUnarchiver, TakesTheRootFromAmongSeveralTopObjects) {
     };
     const auto root = archive.add(archive.list.addAscii("root"));
     EXPECT_EQ(unarchive(*archive.data(root))->description()->utf8(), "root");
+}
+
+TEST_F(KeyedUnarchiver, GivesNilForTopObjectsWithoutARoot) {
+    archive.rootKey = "$0";
+    const auto root = archive.add(archive.list.addAscii("text"));
+    EXPECT_FALSE(unarchive(*archive.data(root)));
 }
 
 TEST_F(KeyedUnarchiver, ReadsAPlainDateOfTheList) {
@@ -441,12 +607,14 @@ TEST_F(KeyedUnarchiver, RaisesForValuesOfTheWrongKind) {
     const auto flag = archive.list.addBool(true);
     const auto uidOfFlag = archive.uid(archive.add(flag));
     const auto keys = archive.list.addArray({&uidOfFlag, 1});
+    const auto list = archive.list.addArray({&flag, 1});
     const std::pair<const char*, HandMade::Members> records[] = {
         {"ArchivedRecord",  {{"time", text}}                                                         },
+        {"ArchivedRecord",  {{"time", uidOfFlag}}                                                    },
         {"ArchivedRecord",  {{"first", archive.list.addArray({})}}                                   },
         {"NSArray",         {}                                                                       },
         {"NSArray",         {{"NS.objects", text}}                                                   },
-        {"NSArray",         {{"NS.objects", archive.list.addArray({&flag, 1})}}                      },
+        {"NSArray",         {{"NS.objects", archive.list.addArray({&list, 1})}}                      },
         {"NSArray",         {{"NS.objects", archive.uids({0})}}                                      },
         {"NSDictionary",    {{"NS.keys", keys}, {"NS.objects", archive.list.addArray({})}}           },
         {"NSDate",          {{"NS.time", text}}                                                      },
@@ -454,10 +622,12 @@ TEST_F(KeyedUnarchiver, RaisesForValuesOfTheWrongKind) {
         {"NSMutableData",   {{"NS.data", text}}                                                      },
         {"NSMutableData",   {{"NS.data", uidOfFlag}}                                                 },
         {"NSString",        {{"NS.bytes", archive.list.addData(NS::bytesOf("\xFF"))}}                },
+        {"NSString",        {{"NS.bytes", uidOfFlag}}                                                },
         {"NSURL",           {{"NS.relative", archive.uid(archive.add(archive.list.addAscii("a b")))}}},
         {"NSURL",           {{"NS.relative", uidOfFlag}}                                             },
         {"NSURL",           {{"NS.relative", text}, {"NS.base", uidOfFlag}}                          },
         {"NSError",         {{"NSCode", flag}}                                                       },
+        {"NSError",         {{"NSCode", uidOfFlag}}                                                  },
         {"NSError",         {{"NSDomain", uidOfFlag}}                                                },
         {"NSError",         {}                                                                       },
         {"NSNumber",        {}                                                                       },

@@ -31,7 +31,7 @@ constinit thread_local Progress progress;
 class ReferenceCount {
   public:
     void add(const Object* object) {
-        if (isCollection(object) && seen_.numberOf(object) == 0) {
+        if (object != nullptr && isCollection(*object) && seen_.numberOf(object) == 0) {
             seen_.numberOf(object) = 1;
             waiting_.push_back(object);
         }
@@ -48,11 +48,6 @@ class ReferenceCount {
     }
 
   private:
-    static bool isCollection(const Object* object) {
-        return as<Array>(object) != nullptr || as<Dictionary>(object) != nullptr ||
-               as<Set>(object) != nullptr;
-    }
-
     std::uint64_t addMembersOf(const Object* collection) {
         if (const auto* const array = as<Array>(collection)) {
             return addAll(*array);
@@ -96,6 +91,11 @@ bool mayGoOn() {
 }
 
 } // namespace
+
+bool isCollection(const Object& object) noexcept {
+    return object.isKindOfClass(Array::kClass) || object.isKindOfClass(Dictionary::kClass) ||
+           object.isKindOfClass(Set::kClass);
+}
 
 std::uint64_t referencesWithin(const Object& object, const Object* other) {
     ReferenceCount references;

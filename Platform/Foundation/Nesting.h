@@ -23,6 +23,10 @@ class NestedVisit {
     NestedVisit& operator=(const NestedVisit&) = delete;
 };
 
+// True for arrays, dictionaries and sets. They are equal by what they hold, and so change while
+// they are filled; any other object is complete, or is itself whatever it holds.
+bool isCollection(const Object& object) noexcept;
+
 // How many references two objects and all collections within them have, each collection counted
 // once. Takes no stack; memory in proportion to the number of collections.
 std::uint64_t referencesWithin(const Object& object, const Object* other);

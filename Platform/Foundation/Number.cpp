@@ -5,6 +5,7 @@
 #include "Platform/Foundation/Hashing.h"
 #include "Platform/Foundation/String.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -106,7 +107,11 @@ Ref<Number> Number::numberWithDouble(double value) {
 }
 
 std::int64_t Number::longLongValue() const noexcept {
-    return isReal() ? truncated<std::int64_t>(doubleValue()) : static_cast<std::int64_t>(bits_);
+    if (isReal()) {
+        return truncated<std::int64_t>(doubleValue());
+    }
+    return isBeyondSigned() ? std::numeric_limits<std::int64_t>::max()
+                            : static_cast<std::int64_t>(bits_);
 }
 
 std::uint64_t Number::unsignedLongLongValue() const noexcept {
@@ -114,7 +119,9 @@ std::uint64_t Number::unsignedLongLongValue() const noexcept {
 }
 
 std::int32_t Number::intValue() const noexcept {
-    return isReal() ? truncated<std::int32_t>(doubleValue()) : static_cast<std::int32_t>(bits_);
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(longLongValue(), Limits::min(), Limits::max()));
 }
 
 double Number::doubleValue() const noexcept {
@@ -131,8 +138,7 @@ bool Number::boolValue() const noexcept {
 
 int Number::compare(const Number& other) const noexcept {
     const auto integerOf = [](const Number& number) {
-        return WideInteger{number.bits_,
-                           number.type_ == Type::kUnsigned && number.bits_ >> 63U != 0};
+        return WideInteger{number.bits_, number.isBeyondSigned()};
     };
     if (isReal() && other.isReal()) {
         return orderedReals(doubleValue(), other.doubleValue());

@@ -22,12 +22,13 @@ class Number final : public Object {
 
     Type type() const noexcept { return type_; }
 
-    // The value in another type. A fraction is cut off toward zero; a real number beyond the range
-    // of an integer gives the nearest limit, and not-a-number gives 0. An integer gives its lowest
-    // bits, as a conversion of C does.
+    // The value in another type. A fraction is cut off toward zero, a number beyond the range gives
+    // the nearest limit, as a text does, and not-a-number gives 0.
     std::int64_t longLongValue() const noexcept;
-    std::uint64_t unsignedLongLongValue() const noexcept;
     std::int32_t intValue() const noexcept;
+    // The same, but a negative integer gives its bits, as a conversion of C does: a storage limit
+    // below zero is to come out as no amount at all, not as an amount of zero.
+    std::uint64_t unsignedLongLongValue() const noexcept;
     double doubleValue() const noexcept;
     bool boolValue() const noexcept;
 
@@ -47,6 +48,7 @@ class Number final : public Object {
 
     Number(Type type, std::uint64_t bits) noexcept : type_(type), bits_(bits) {}
     bool isReal() const noexcept { return type_ == Type::kFloat || type_ == Type::kDouble; }
+    bool isBeyondSigned() const noexcept { return type_ == Type::kUnsigned && bits_ >> 63U != 0; }
 
     Type type_;
     std::uint64_t bits_; // two's complement, or the bits of a double

@@ -59,21 +59,24 @@ struct RealAsInteger {
 };
 
 constexpr RealAsInteger kRealsAsIntegers[] = {
-    {0.9,           0,           0,                   0     },
-    {-0.9,          0,           0,                   0     },
-    {1.5,           1,           1,                   1     },
-    {-1.5,          -1,          0,                   -1    },
-    {2147483647.5,  2147483647,  2147483647,          kMax32},
-    {2147483648.0,  2147483648,  2147483648,          kMax32},
-    {-2147483648.5, -2147483648, 0,                   kMin32},
-    {-2147483650.0, -2147483650, 0,                   kMin32},
-    {0x1p63,        kMax64,      0x8000000000000000U, kMax32},
-    {-0x1p63,       kMin64,      0,                   kMin32},
-    {0x1p64,        kMax64,      kMaxUnsigned,        kMax32},
-    {-1e300,        kMin64,      0,                   kMin32},
-    {kInfinity,     kMax64,      kMaxUnsigned,        kMax32},
-    {-kInfinity,    kMin64,      0,                   kMin32},
-    {kNotANumber,   0,           0,                   0     },
+    {0.9,           0,           0,                   0         },
+    {-0.9,          0,           0,                   0         },
+    {1.5,           1,           1,                   1         },
+    {-1.5,          -1,          0,                   -1        },
+    {2147483647.5,  2147483647,  2147483647,          kMax32    },
+    {2147483648.0,  2147483648,  2147483648,          kMax32    },
+    {-2147483648.5, -2147483648, 0,                   kMin32    },
+    {-2147483650.0, -2147483650, 0,                   kMin32    },
+    {2147483646.0,  2147483646,  2147483646,          kMax32 - 1},
+    {-2147483647.0, -2147483647, 0,                   kMin32 + 1},
+    {0x1p63,        kMax64,      0x8000000000000000U, kMax32    },
+    {-0x1p63,       kMin64,      0,                   kMin32    },
+    {0x1p64,        kMax64,      kMaxUnsigned,        kMax32    },
+    {1e300,         kMax64,      kMaxUnsigned,        kMax32    },
+    {-1e300,        kMin64,      0,                   kMin32    },
+    {kInfinity,     kMax64,      kMaxUnsigned,        kMax32    },
+    {-kInfinity,    kMin64,      0,                   kMin32    },
+    {kNotANumber,   0,           0,                   0         },
 };
 
 TEST(Number, CutsARealOffTowardZeroAndAtTheLimits) {
@@ -84,11 +87,40 @@ TEST(Number, CutsARealOffTowardZeroAndAtTheLimits) {
     }
 }
 
-TEST(Number, GivesTheLowestBitsOfAnIntegerThatIsTooWide) {
-    EXPECT_EQ(integer(0x100000005)->intValue(), 5);
-    EXPECT_EQ(integer(kMax64)->intValue(), -1);
-    EXPECT_EQ(unsignedInteger(kMaxUnsigned)->longLongValue(), -1);
+struct IntegerAsInteger {
+    NS::Ref<Number> number;
+    std::int64_t longLong;
+    std::int32_t narrow;
+};
+
+TEST(Number, HoldsAnIntegerWithinTheLimitsOfANarrowerType) {
+    const IntegerAsInteger kCases[] = {
+        {integer(kMax32),                            kMax32,                   kMax32    },
+        {integer(std::int64_t{kMax32} - 1),          std::int64_t{kMax32} - 1, kMax32 - 1},
+        {integer(std::int64_t{kMax32} + 1),          std::int64_t{kMax32} + 1, kMax32    },
+        {integer(kMin32),                            kMin32,                   kMin32    },
+        {integer(std::int64_t{kMin32} + 1),          std::int64_t{kMin32} + 1, kMin32 + 1},
+        {integer(std::int64_t{kMin32} - 1),          std::int64_t{kMin32} - 1, kMin32    },
+        {integer(0x100000005),                       0x100000005,              kMax32    },
+        {integer(kMax64),                            kMax64,                   kMax32    },
+        {integer(kMin64),                            kMin64,                   kMin32    },
+        {unsignedInteger(kMax32),                    kMax32,                   kMax32    },
+        {unsignedInteger(0xFFFFFFFF),                0xFFFFFFFF,               kMax32    },
+        {unsignedInteger(kMax64 - std::uint64_t{1}), kMax64 - 1,               kMax32    },
+        {unsignedInteger(kMax64),                    kMax64,                   kMax32    },
+        {unsignedInteger(std::uint64_t{kMax64} + 1), kMax64,                   kMax32    },
+        {unsignedInteger(kMaxUnsigned),              kMax64,                   kMax32    },
+    };
+    for (const IntegerAsInteger& each : kCases) {
+        EXPECT_EQ(each.number->longLongValue(), each.longLong)
+            << each.number->description()->utf8();
+        EXPECT_EQ(each.number->intValue(), each.narrow) << each.number->description()->utf8();
+    }
+}
+
+TEST(Number, GivesTheBitsOfANegativeIntegerWithoutSign) {
     EXPECT_EQ(integer(-1)->unsignedLongLongValue(), kMaxUnsigned);
+    EXPECT_EQ(integer(kMin64)->unsignedLongLongValue(), std::uint64_t{1} << 63U);
 }
 
 TEST(Number, ConvertsToReals) {

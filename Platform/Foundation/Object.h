@@ -65,8 +65,9 @@ class Object {
     // What "%@" inserts: "<Class: 0x…>" for the root.
     virtual Ref<String> description() const;
 
-    // Reads a property by its key; numbers come boxed. A key that the class does not have raises
-    // NSUnknownKeyException.
+    // Reads a property by its key; scalars come boxed. The keys of an object are those of the
+    // properties that its class and its superclasses declare: no other method is one, whatever it
+    // returns. A key that the class does not have raises NSUnknownKeyException.
     virtual RefPtr<Object> valueForKey(const String& key) const;
     // The same along a dotted path; nil on the way gives nil.
     virtual RefPtr<Object> valueForKeyPath(const String& path) const;

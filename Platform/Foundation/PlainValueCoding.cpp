@@ -40,17 +40,17 @@ const ClassRegistration kRegistrations[] = {
 // A text, or the UTF-8 bytes of one.
 Ref<String> textFrom(KeyedUnarchiver& coder) {
     if (const auto text = coder.decodeObjectOfClassForKey<String>("NS.string")) {
-        return text->copy();
+        return text->twin();
     }
-    const auto text = String::fromUtf8(charactersOf(coder.decodeBytesForKey("NS.bytes")));
-    if (!text) {
-        coder.raiseRefused("its bytes are no UTF-8");
-    }
-    return Ref<String>(*text);
+    const auto text = coder.decodeTextOfUtf8ForKey("NS.bytes");
+    return text ? Ref<String>(*text) : String::fromAscii("");
 }
 
-Bytes bytesFrom(KeyedUnarchiver& coder) {
-    return coder.decodeBytesForKey(coder.containsValueForKey("NS.data") ? "NS.data" : "NS.bytes");
+// The data that another object may have as well; without any, empty ones.
+Ref<Data> dataFrom(KeyedUnarchiver& coder) {
+    const auto data = coder.decodeObjectOfClassForKey<Data>(
+        coder.containsValueForKey("NS.data") ? "NS.data" : "NS.bytes");
+    return data ? Ref<Data>(*data) : Data::dataWithBytes({});
 }
 
 RefPtr<Object> decodeString(KeyedUnarchiver& coder) {
@@ -62,11 +62,11 @@ RefPtr<Object> decodeMutableString(KeyedUnarchiver& coder) {
 }
 
 RefPtr<Object> decodeData(KeyedUnarchiver& coder) {
-    return Data::dataWithBytes(bytesFrom(coder));
+    return dataFrom(coder)->twin();
 }
 
 RefPtr<Object> decodeMutableData(KeyedUnarchiver& coder) {
-    return make<MutableData>(bytesFrom(coder));
+    return make<MutableData>(*dataFrom(coder));
 }
 
 RefPtr<Object> decodeDate(KeyedUnarchiver& coder) {

@@ -42,11 +42,14 @@ class AtomicRef {
         return object;
     }
 
-    void store(RefPtr<T> object) noexcept {
+    void store(RefPtr<T> object) noexcept { (void)exchange(std::move(object)); }
+
+    // Stores an object and gives the one it took the place of. That is let go of outside of the
+    // lock: it may run a destructor.
+    RefPtr<T> exchange(RefPtr<T> object) noexcept {
         const std::uintptr_t old = lock();
         bits_.store(reinterpret_cast<std::uintptr_t>(object.leak()), std::memory_order_release);
-        // Released outside of the lock: it may run a destructor.
-        const RefPtr<T> released(pointer(old), kAdopt);
+        return RefPtr<T>(pointer(old), kAdopt);
     }
 
   private:
@@ -147,6 +150,10 @@ struct Scalar<double> {
 // A strong, atomic property of a record. The type is what its owner expects to find there; a reply
 // or an archive may have put another object in, so that it is read as it stands.
 #define NS_RECORD_PROPERTY(Type, name, setName)                                                    \
+    NS_RECORD_PROPERTY_IN(NS::AtomicRef<NS::Object>, Type, name, setName)
+
+// The same in a storage of the record's own, which has load() and store() as AtomicRef does.
+#define NS_RECORD_PROPERTY_IN(Storage, Type, name, setName)                                        \
   public:                                                                                          \
     NS::RefPtr<NS::Object> name() const {                                                          \
         return name##_.load();                                                                     \
@@ -157,7 +164,7 @@ struct Scalar<double> {
     NS_PROPERTY_ENTRY(name, false, self.name##_.load(), self.name##_.store(std::move(value)))      \
                                                                                                    \
   private:                                                                                         \
-    NS::AtomicRef<NS::Object> name##_;                                                             \
+    Storage name##_;                                                                               \
                                                                                                    \
   public:
 

@@ -11,11 +11,18 @@ namespace NS {
 
 namespace {
 
-using Item = BinaryPropertyListReader::Item;
 using Kind = BinaryPropertyListReader::Kind;
 
-std::uint64_t sizeOf(const Item& item) noexcept {
+std::uint64_t sizeOf(const PropertyListValues::Item& item) noexcept {
     return item.kind == Kind::kUtf16 ? item.count * 2 : item.count;
+}
+
+// Another object with the same characters or bytes.
+Ref<Object> twinOf(Object& contents) {
+    if (contents.isKindOfClass(String::kClass)) {
+        return static_cast<String&>(contents).twin();
+    }
+    return static_cast<Data&>(contents).twin();
 }
 
 } // namespace
@@ -38,8 +45,7 @@ RefPtr<Object> PropertyListValues::value(const Item& item, std::uint64_t number,
     case Kind::kData:
     case Kind::kAscii:
     case Kind::kUtf16:
-        return spendBytes(sizeOf(item)) ? contents(item, reason)
-                                        : sharedContents(item, number, reason);
+        return madeOrShared(item, number, Form::kItself, reason);
     case Kind::kDamaged:
         reason = item.reason;
         return nullptr;
@@ -49,46 +55,71 @@ RefPtr<Object> PropertyListValues::value(const Item& item, std::uint64_t number,
     }
 }
 
-bool PropertyListValues::spendBytes(std::uint64_t count) noexcept {
-    if (count > bytesLeft_) {
-        return false;
+RefPtr<Object> PropertyListValues::commonValue(const Item& item, std::uint64_t number,
+                                               const char*& reason) {
+    if (number >= common_.size()) {
+        common_.resize(static_cast<std::size_t>(number) + 1);
     }
-    bytesLeft_ -= count;
-    return true;
+    RefPtr<Object>& common = common_[static_cast<std::size_t>(number)];
+    if (!common) {
+        common = value(item, number, reason);
+    }
+    return common;
 }
 
-RefPtr<Object> PropertyListValues::contents(const Item& item, const char*& reason) {
+RefPtr<Object> PropertyListValues::textOfUtf8(const Item& item, std::uint64_t number,
+                                              const char*& reason) {
+    if (item.kind != Kind::kData) {
+        reason = item.isDamaged() ? item.reason : "no data";
+        return nullptr;
+    }
+    return madeOrShared(item, number, Form::kTextOfUtf8, reason);
+}
+
+RefPtr<Object> PropertyListValues::madeOrShared(const Item& item, std::uint64_t number, Form form,
+                                                const char*& reason) {
+    const std::uint64_t size = sizeOf(item);
+    if (size <= bytesLeft_) {
+        bytesLeft_ -= size;
+        return contents(item, form, reason);
+    }
+    RefPtr<Object>& shared = shared_[kForms * number + static_cast<std::uint64_t>(form)];
+    if (!shared) {
+        if (size > sharedBytesLeft_) {
+            reason = "texts or data that overlap";
+            return nullptr;
+        }
+        sharedBytesLeft_ -= size;
+        shared = contents(item, form, reason);
+    }
+    return shared ? RefPtr<Object>(twinOf(*shared)) : nullptr;
+}
+
+RefPtr<Object> PropertyListValues::contents(const Item& item, Form form, const char*& reason) {
+    if (form == Form::kTextOfUtf8) {
+        reason = "its bytes are no UTF-8";
+        return String::fromUtf8(charactersOf(item.bytes()));
+    }
     if (item.kind == Kind::kData) {
         return Data::dataWithBytes(item.bytes());
     }
-    if (item.kind == Kind::kAscii) {
-        const std::string_view text = charactersOf(item.bytes());
-        if (!Utf8::isAscii(text)) {
-            reason = "a text that says it is ASCII and is not";
-            return nullptr;
-        }
-        return String::fromAscii(text);
+    if (item.kind == Kind::kUtf16) {
+        return textOfUnits(item);
     }
+    const std::string_view text = charactersOf(item.bytes());
+    if (!Utf8::isAscii(text)) {
+        reason = "a text that says it is ASCII and is not";
+        return nullptr;
+    }
+    return String::fromAscii(text);
+}
+
+RefPtr<Object> PropertyListValues::textOfUnits(const Item& item) {
     units_.resize(static_cast<std::size_t>(item.count));
     for (std::size_t i = 0; i < units_.size(); ++i) {
         units_[i] = static_cast<char16_t>(BigEndian::load(item.body + 2 * i, 2));
     }
     return String::fromUtf16(units_);
-}
-
-RefPtr<Object> PropertyListValues::sharedContents(const Item& item, std::uint64_t number,
-                                                  const char*& reason) {
-    if (const auto known = shared_.find(number); known != shared_.end()) {
-        return known->second;
-    }
-    if (sizeOf(item) > sharedBytesLeft_) {
-        reason = "texts or data that overlap";
-        return nullptr;
-    }
-    sharedBytesLeft_ -= sizeOf(item);
-    RefPtr<Object> made = contents(item, reason);
-    shared_.emplace(number, made);
-    return made;
 }
 
 } // namespace NS

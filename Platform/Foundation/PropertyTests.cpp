@@ -89,6 +89,40 @@ TEST(Property, ReadsAScalarFromAText) {
     EXPECT_TRUE(record->marked());
 }
 
+// A storage that keeps a second reference to what it was given last.
+class DoubleStorage {
+  public:
+    NS::RefPtr<NS::Object> load() const { return object_; }
+    void store(const NS::RefPtr<NS::Object>& object) { object_ = copy_ = object; }
+
+  private:
+    NS::RefPtr<NS::Object> object_;
+    NS::RefPtr<NS::Object> copy_;
+};
+
+class RecordWithStorage final : public NS::Object {
+    NS_OBJECT(RecordWithStorage)
+  public:
+    NS_RECORD_PROPERTY_IN(DoubleStorage, NS::String, title, setTitle)
+};
+
+constexpr auto kStorageProperties = NS::propertiesOf<RecordWithStorage>();
+constinit const NS::Class RecordWithStorage::kClass{.name = "RecordWithStorage",
+                                                    .superclass = &NS::Object::kClass,
+                                                    .properties = kStorageProperties};
+
+TEST(Property, CanHaveAStorageOfItsOwn) {
+    const auto record = NS::make<RecordWithStorage>();
+    const auto title = NS::str("Docs");
+    record->setTitle(title);
+    EXPECT_EQ(record->title(), title);
+    record->setValue_forKey(NS::str("Music"), NS::str("title"));
+    EXPECT_EQ(record->valueForKey(NS::str("title"))->description()->utf8(), "Music");
+    EXPECT_EQ(title->referenceCount(), 1U);
+    record->setTitle(title);
+    EXPECT_EQ(title->referenceCount(), 3U);
+}
+
 TEST(Property, HoldsWhateverObjectItIsGivenByItsKey) {
     const auto record = NS::make<Record>();
     const NS::Ref<NS::Object> other = NS::make<Record>();
@@ -111,6 +145,15 @@ TEST(AtomicRef, HoldsOneReferenceUntilItEnds) {
         reference.store(text);
         EXPECT_EQ(text->referenceCount(), 2U);
     }
+    EXPECT_EQ(text->referenceCount(), 1U);
+}
+
+TEST(AtomicRef, GivesWhatAnExchangeTakesThePlaceOf) {
+    const auto text = NS::str("text");
+    NS::AtomicRef<NS::String> reference;
+    EXPECT_EQ(reference.exchange(text), nullptr);
+    EXPECT_EQ(reference.exchange(nullptr), NS::RefPtr<NS::String>(text));
+    EXPECT_EQ(reference.load(), nullptr);
     EXPECT_EQ(text->referenceCount(), 1U);
 }
 

@@ -139,7 +139,7 @@ Ref<String> String::fromFileSystemRepresentation(std::string_view bytes) {
 }
 
 const String& String::indirectContents() const noexcept {
-    return *static_cast<const MutableString*>(this)->text_;
+    return *static_cast<const IndirectString*>(this)->text_;
 }
 
 std::string_view String::ascii() const noexcept {
@@ -271,7 +271,8 @@ std::size_t String::hash() const {
 }
 
 Ref<String> String::copy() const {
-    return Ref<String>(const_cast<String&>(contents()));
+    return header_ == (kIndirect | kNeverChanges) ? Ref<String>(const_cast<String&>(*this))
+                                                  : directOf(*this);
 }
 
 Ref<MutableString> String::mutableCopy() const {
@@ -282,10 +283,18 @@ Ref<String> String::description() const {
     return copy();
 }
 
-MutableString::MutableString(const String& text) : String(kIndirect), text_(text.copy()) {}
+Ref<String> String::twin() const {
+    class Twin final : public IndirectString {
+      public:
+        explicit Twin(Ref<String> direct) : IndirectString(std::move(direct), kNeverChanges) {}
+    };
+    return make<Twin>(directOf(*this));
+}
+
+MutableString::MutableString(const String& text) : IndirectString(directOf(text), 0) {}
 
 void MutableString::setString(const String& text) {
-    text_ = text.copy();
+    text_ = directOf(text);
 }
 
 void MutableString::appendString(const String& text) {

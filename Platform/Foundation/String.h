@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace NS {
 
@@ -79,6 +80,8 @@ class String : public Object {
     // The text as it is now, unaffected by later changes; a text that never changes gives itself.
     Ref<String> copy() const;
     Ref<MutableString> mutableCopy() const;
+    // Another object with the text as it is now, which takes no storage for characters of its own.
+    Ref<String> twin() const;
 
     // Numbers in text. Integers: white space, a sign, decimal digits; what follows is ignored, no
     // digits give 0, and the result stops at the limits of the type.
@@ -111,10 +114,16 @@ class String : public Object {
     static constexpr std::uint32_t kWide = 1U << 31;
     static constexpr std::uint32_t kIndirect = 1U << 30;
     static constexpr std::uint32_t kLengthMask = kIndirect - 1;
+    // Beside kIndirect, which leaves the length to the other text.
+    static constexpr std::uint32_t kNeverChanges = 1;
 
     explicit String(std::uint32_t header) noexcept : header_(header) {}
     ~String() override = default;
     void destroy() const noexcept override;
+    // The object that the text's characters stand in now.
+    static Ref<String> directOf(const String& text) {
+        return Ref<String>(const_cast<String&>(text.contents()));
+    }
 
   private:
     friend class StringBuilder;
@@ -134,20 +143,27 @@ class String : public Object {
     std::uint32_t header_;
 };
 
+// Text that stands in another object, which has its characters in itself.
+class IndirectString : public String {
+  protected:
+    IndirectString(Ref<String> direct, std::uint32_t flags)
+        : String(kIndirect | flags), text_(std::move(direct)) {}
+    void destroy() const noexcept override { delete this; }
+
+    Ref<String> text_;
+
+  private:
+    friend class String;
+};
+
 // Text that can be replaced. Not for use by two threads at once while one of them changes it. Each
 // change costs a copy of the text; StringBuilder puts one together from many parts.
-class MutableString final : public String {
+class MutableString final : public IndirectString {
     NS_OBJECT(MutableString)
   public:
     explicit MutableString(const String& text);
     void setString(const String& text);
     void appendString(const String& text);
-
-  private:
-    friend class String;
-    void destroy() const noexcept override { delete this; }
-
-    Ref<String> text_;
 };
 
 // Text from a literal in UTF-8. Raises NSInvalidArgumentException when it is not.

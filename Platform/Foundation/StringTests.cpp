@@ -286,6 +286,39 @@ TEST(String, DescribesAndCopiesItselfAsItself) {
     EXPECT_EQ(text->copy(), text);
 }
 
+TEST(String, HasTwinsThatShareItsCharacters) {
+    for (const char* const utf8 : {"ascii", "caf\xC3\xA9"}) {
+        const auto text = NS::str(utf8);
+        const auto twin = text->twin();
+        const auto third = twin->twin();
+        EXPECT_NE(third, twin);
+        EXPECT_STREQ(third->objectClass().name, "NSString");
+        EXPECT_TRUE(third->isEqual(text.get()));
+        EXPECT_EQ(third->hash(), text->hash());
+        EXPECT_EQ(third->ascii().data(), text->ascii().data());
+        EXPECT_EQ(third->utf16().data(), text->utf16().data());
+    }
+}
+
+TEST(String, ATwinIsItsOwnCopy) {
+    const auto twin = NS::str("abc")->twin();
+    EXPECT_EQ(twin->copy(), twin);
+    const auto changing = twin->mutableCopy();
+    changing->appendString(*twin);
+    EXPECT_EQ(changing->utf8(), "abcabc");
+    changing->setString(*twin);
+    EXPECT_EQ(changing->utf8(), "abc");
+    EXPECT_EQ(twin->utf8(), "abc");
+}
+
+TEST(MutableString, HasTwinsThatNeverChange) {
+    const auto text = NS::make<NS::MutableString>(*NS::str("abc"));
+    const auto twin = text->twin();
+    text->setString(*NS::str("d"));
+    EXPECT_EQ(twin->utf8(), "abc");
+    EXPECT_STREQ(twin->objectClass().name, "NSString");
+}
+
 TEST(MutableString, ReplacesItsText) {
     const auto text = NS::make<NS::MutableString>(*str("old"));
     text->setString(*str("n\xC3\xA9w"));

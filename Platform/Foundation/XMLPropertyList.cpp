@@ -3,7 +3,6 @@
 #include "Platform/Foundation/Base64.h"
 #include "Platform/Foundation/BinaryPropertyListWriter.h"
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Foundation/ISO8601.h"
 #include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/XMLPropertyListValues.h"
@@ -163,7 +162,7 @@ class Translation {
         case Element::kReal:
             return place(list_.addReal(valueOr(realFromXML(text_), "no real number")));
         case Element::kDate:
-            return place(list_.addDate(valueOr(secondsFromIso8601(text_), "no date")));
+            return place(list_.addDate(valueOr(dateFromXML(text_), "no date")));
         case Element::kData:
             return place(list_.addData(valueOr(base64Decoded(text_), "no data in base 64")));
         default:

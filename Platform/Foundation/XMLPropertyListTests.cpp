@@ -57,6 +57,13 @@ TEST_F(XMLPropertyList, KeepsTheTextOfAString) {
               "\"ab<c>&amp;\"");
 }
 
+TEST_F(XMLPropertyList, PassesOverBlanksAroundAValue) {
+    EXPECT_EQ(textOfValue("<array><integer>\n 7\t</integer><real> 0.5\r\n</real>"
+                          "<date>\n  2001-01-01T00:00:01Z\n</date><data> \nAA== </data>"
+                          "<true> </true></array>"),
+              "[7, 0.5, @1, <00>, true]");
+}
+
 TEST_F(XMLPropertyList, HasUtf16ForTextBeyondAscii) {
     EXPECT_EQ(textOfValue("<string>\xC3\xA9&#x1F600;</string>"), "u\"00e9d83dde00\"");
 }

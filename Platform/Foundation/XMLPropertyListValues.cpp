@@ -1,5 +1,6 @@
 #include "Platform/Foundation/XMLPropertyListValues.h"
 
+#include "Platform/Foundation/ISO8601.h"
 #include "Platform/Foundation/String.h"
 
 #include <charconv>
@@ -63,6 +64,10 @@ std::optional<double> realFromXML(std::string_view text) {
         return std::nullopt;
     }
     return isNegative ? -real : real;
+}
+
+std::optional<double> dateFromXML(std::string_view text) {
+    return secondsFromIso8601(trimmed(text));
 }
 
 } // namespace NS

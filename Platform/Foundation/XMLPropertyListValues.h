@@ -21,5 +21,7 @@ struct XMLInteger {
 std::optional<XMLInteger> integerFromXML(std::string_view text);
 // Decimal, with a fraction and an exponent or without; "inf", "infinity" and "nan".
 std::optional<double> realFromXML(std::string_view text);
+// A moment in UTC as ISO 8601 has it, in seconds since 2001.
+std::optional<double> dateFromXML(std::string_view text);
 
 } // namespace NS

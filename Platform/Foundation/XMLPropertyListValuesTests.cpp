@@ -68,4 +68,12 @@ TEST(XMLPropertyListValues, RefuseWhatIsNoRealNumber) {
     }
 }
 
+TEST(XMLPropertyListValues, ReadDates) {
+    EXPECT_EQ(NS::dateFromXML("2001-01-01T00:00:01Z"), 1.0);
+    EXPECT_EQ(NS::dateFromXML(" \r\n\t2001-01-01T00:00:01Z\n "), 1.0);
+    for (const std::string_view text : {"", " ", "2001-01-01", "2001-01-01 T00:00:01Z"}) {
+        EXPECT_FALSE(NS::dateFromXML(text)) << text;
+    }
+}
+
 } // namespace

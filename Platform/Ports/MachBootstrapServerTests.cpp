@@ -193,6 +193,16 @@ TEST_F(BootstrapServer, TakesItsNamesAwayWhenASignalEndsTheProcessAndEndsByThatS
     }
 }
 
+TEST_F(BootstrapServer, TakesItsNamesAwayBeforeAnEarlierHandlerRuns) {
+    auto peer = startPeer("a.name", "peer", "goodbye");
+    ASSERT_TRUE(says(peer, "registered"));
+    ASSERT_TRUE(peer.waitForState('S'));
+    peer.signal(SIGABRT);
+    EXPECT_EQ(peer.waitForExit(), 128 + SIGABRT);
+    EXPECT_EQ(entries(), 0U);
+    EXPECT_NE(peer.output().find("goodbye"), std::string::npos);
+}
+
 TEST_F(BootstrapServer, MakesNoFolderToLookIntoIt) {
     EXPECT_FALSE(lookUp("a.name"));
     EXPECT_FALSE(fs::exists(folder()));

@@ -1,6 +1,7 @@
 // The extension's process: one FinderSync on the main thread, then, for the file managers, its
 // service on the session bus, and the run loop until the host, or a signal, ends it.
 
+#include "Platform/CrashReporter/CrashReporter.h"
 #include "Platform/Ports/RunLoop.h"
 #include "Platform/Ports/Termination.h"
 #include "QVFinderExtension/FinderSync.h"
@@ -11,6 +12,7 @@
 #include <vector>
 
 int main(int argc, char** argv) {
+    NS::startCrashReporter("QVFinderExtension", QUORVANE_VERSION);
     CLI::App options("Gives the file manager the menus of the Quorvane drive.\n"
                      "Waits up to 120 seconds for the host application; ends when the host does.");
     options.set_version_flag("--version", "quorvane-finder-extension " QUORVANE_VERSION);

@@ -153,6 +153,26 @@ TEST_F(ArchiveJson, ShowsAllTopObjectsWhereThereAreOthersThanTheRoot) {
     EXPECT_EQ(json(addText("x")), R"({"$top":{"other":7,"root":"x"}})");
 }
 
+TEST_F(ArchiveJson, ShowsTopObjectsWithoutARoot) {
+    archive.rootKey = "$0";
+    EXPECT_EQ(json(addText("x")), R"({"$top":{"$$0":"x"}})");
+}
+
+TEST_F(ArchiveJson, ShowsValuesInPlaceAndBehindUidsAlike) {
+    const HandMade::Reference values[] = {archive.list.addAscii("a"), archive.uid(addText("b"))};
+    EXPECT_EQ(json(archive.addRecord(archive.addClass("NSArray"),
+                                     {
+                                         {"NS.objects", archive.list.addArray(values)}
+    })),
+              R"(["a","b"])");
+    const auto time = archive.uid(archive.add(archive.list.addInteger(1)));
+    EXPECT_EQ(json(archive.addRecord(archive.addClass("NSDate"),
+                                     {
+                                         {"NS.time", time}
+    })),
+              R"({"$date":"2001-01-01T00:00:01Z"})");
+}
+
 TEST_F(ArchiveJson, ReadsXML) {
     const auto data = NS::KeyedArchiver::archivedDataWithRootObject(
         NS::Array::arrayWithObjects({NS::str("a<b"), NS::make<NS::Date>(1)}));
@@ -183,6 +203,8 @@ TEST_F(ArchiveJson, SaysWhatIsWrong) {
     EXPECT_EQ(json(empty), damaged + "an object has no class");
     EXPECT_EQ(json(archive.addRecord(addText("x"), {})), damaged + "a class is no dictionary");
     EXPECT_EQ(json(archive.addRecord(empty, {})), damaged + "a class has no name");
+    archive.version = 100001;
+    EXPECT_EQ(json(addText("x")), damaged + "it is of another version of the format");
     archive.archiver = "OtherArchiver";
     EXPECT_EQ(json(addText("x")), damaged + "it was not made by a keyed archiver");
 }
@@ -239,7 +261,8 @@ TEST_F(ArchiveJson, StopsWhereCollectionsOverlap) {
 TEST_F(ArchiveJson, ShowsOrRefusesADamagedArchive) {
     const auto dictionary = NS::make<NS::MutableDictionary>();
     dictionary->setObject_forKey(NS::make<NS::Date>(1), "date");
-    dictionary->setObject_forKey(NS::Set::setWithObject(dictionary), "set");
+    dictionary->setObject_forKey(NS::Set::setWithObject(NS::str("x")), "set");
+    dictionary->setObject_forKey(NS::Array::arrayWithObjects({dictionary}), "array");
     const auto data = NS::KeyedArchiver::archivedDataWithRootObject(dictionary);
     dictionary->removeAllObjects();
     const std::string whole(NS::charactersOf(data->bytes()));

@@ -46,11 +46,7 @@ ArchiveReading::ArchiveReading(NS::Bytes list)
     const Item whole = list_.item(list_.topObject());
     expect(whole, Kind::kDictionary, "its top is no dictionary");
     visit(whole);
-    const auto archiver = find(whole, kArchiverKey);
-    const auto name = archiver ? NS::as<NS::String>(plainValue(*archiver)) : nullptr;
-    if (!name || name->utf8() != kArchiverName) {
-        raiseDamaged("it was not made by a keyed archiver");
-    }
+    checkArchiver(whole);
     const auto top = find(whole, kTopKey);
     const auto objects = findArray(whole, kObjectsKey);
     if (!top || top->item.kind != Kind::kDictionary || !objects) {
@@ -60,6 +56,18 @@ ArchiveReading::ArchiveReading(NS::Bytes list)
     objects_ = *objects;
     visit(top_.item);
     visit(objects_);
+}
+
+void ArchiveReading::checkArchiver(const Item& whole) {
+    const auto archiver = find(whole, kArchiverKey);
+    const auto name = archiver ? NS::as<NS::String>(plainValue(*archiver)) : nullptr;
+    if (!name || name->utf8() != kArchiverName) {
+        raiseDamaged("it was not made by a keyed archiver");
+    }
+    const auto version = find(whole, kVersionKey);
+    if (!version || version->item.kind != Kind::kInteger || version->item.bits != kVersion) {
+        raiseDamaged("it is of another version of the format");
+    }
 }
 
 ArchiveReading::Member ArchiveReading::entry(std::uint64_t uid) const {
@@ -181,16 +189,19 @@ NS::RefPtr<NS::Object> ArchiveReading::plainValue(const Member& member) {
 }
 
 // In place, or behind a UID.
-NS::RefPtr<NS::Object> ArchiveReading::plainValueUnder(const Item& object, std::string_view key) {
-    const auto member = find(object, key);
-    if (!member) {
-        return nullptr;
-    }
-    if (member->item.kind != Kind::kUid) {
-        return plainValue(*member);
+std::optional<ArchiveReading::Member> ArchiveReading::plainMemberUnder(const Item& object,
+                                                                       std::string_view key) {
+    auto member = find(object, key);
+    if (!member || member->item.kind != Kind::kUid) {
+        return member;
     }
     const Member referred = entry(member->item.bits);
-    return isNil(referred) ? nullptr : plainValue(referred);
+    return isNil(referred) ? std::nullopt : std::optional(referred);
+}
+
+NS::RefPtr<NS::Object> ArchiveReading::plainValueUnder(const Item& object, std::string_view key) {
+    const auto member = plainMemberUnder(object, key);
+    return member ? plainValue(*member) : nullptr;
 }
 
 NS::RefPtr<NS::Object> ArchiveReading::boxedValue(Shape shape, const Item& object) {
@@ -214,8 +225,9 @@ NS::RefPtr<NS::Object> ArchiveReading::boxedText(const Item& object) {
     if (auto text = NS::as<NS::String>(plainValueUnder(object, "NS.string"))) {
         return text;
     }
-    const auto bytes = NS::as<NS::Data>(plainValueUnder(object, "NS.bytes"));
-    return bytes ? NS::String::fromUtf8(NS::charactersOf(bytes->bytes())) : nullptr;
+    const auto bytes = plainMemberUnder(object, "NS.bytes");
+    const char* reason = nullptr;
+    return bytes ? values_.textOfUtf8(bytes->item, bytes->number, reason) : nullptr;
 }
 
 NS::RefPtr<NS::Object> ArchiveReading::boxedData(const Item& object) {

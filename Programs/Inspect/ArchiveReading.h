@@ -67,7 +67,9 @@ class ArchiveReading {
     Member memberAt(std::uint64_t number) const {
         return {number, list_.withUid(list_.item(number))};
     }
+    std::optional<Member> plainMemberUnder(const Item& object, std::string_view key);
     NS::RefPtr<NS::Object> plainValueUnder(const Item& object, std::string_view key);
+    void checkArchiver(const Item& whole);
     NS::RefPtr<NS::Object> boxedText(const Item& object);
     NS::RefPtr<NS::Object> boxedData(const Item& object);
     NS::RefPtr<NS::Object> boxedDate(const Item& object);

@@ -7,13 +7,19 @@
 #include "Programs/Inspect/InspectionError.h"
 #include "Programs/Inspect/ItemJson.h"
 #include "Programs/Inspect/ItemMapping.h"
+#include "Programs/Inspect/ReportListing.h"
+#include "Programs/Inspect/SymbolicReport.h"
 #include "Programs/Inspect/ValueReading.h"
 
 #include <iostream>
+#include <sstream>
 
 namespace Inspection {
 
 namespace {
+
+// A report of many modules and a deep stack comes to some hundred kilobytes.
+constexpr std::size_t kLongestReport = std::size_t{4} << 20U;
 
 void finishOutput() {
     if (!std::cout.flush()) {
@@ -75,11 +81,14 @@ void showArchive(const std::string& file) {
 void showItem(const std::string& className, const std::string& replyFile,
               const std::string& archiveFile) {
     const auto item = itemOf(className, replyFile);
-    if (!archiveFile.empty()) {
-        archive(item, archiveFile);
-    }
-    if (archiveFile != "-") {
+    if (archiveFile.empty()) {
         printItem(item, std::cout);
+    } else {
+        const auto data = NS::KeyedArchiver::archivedDataWithRootObject(item);
+        writeContents(archiveFile, data->bytes());
+        if (archiveFile != "-") {
+            printArchive(data->bytes(), std::cout);
+        }
     }
     finishOutput();
 }
@@ -91,6 +100,31 @@ void encodeValue(const std::string& valueFile, const std::string& archiveFile) {
 void listClasses() {
     printClasses(std::cout);
     finishOutput();
+}
+
+void showReports(ReportForm form) {
+    const ReportListing listing = listReports();
+    if (form == ReportForm::kJson) {
+        printReportsAsJson(listing, std::cout);
+    } else {
+        printReports(listing, std::cout);
+    }
+    finishOutput();
+}
+
+void showReport(const std::string& file) {
+    const auto data = contentsOf(file, kLongestReport);
+    std::ostringstream notes;
+    try {
+        printReport(NS::charactersOf(data->bytes()), SourceLookup(), std::cout, notes);
+    } catch (const Error& error) {
+        throw Error(nameOfInput(file) + ": " + error.what());
+    }
+    finishOutput();
+    std::istringstream lines(notes.str());
+    for (std::string line; std::getline(lines, line);) {
+        std::cerr << "quorvane-inspect: " << line << '\n';
+    }
 }
 
 } // namespace Inspection

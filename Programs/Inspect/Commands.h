@@ -1,11 +1,14 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace Inspection {
 
 // The commands of quorvane-inspect (Docs/inspector.md). Each writes to standard output, and raises
 // Error, or what the platform raises, when it comes to no result.
+
+enum class ReportForm : std::uint8_t { kPlain, kJson };
 
 void showArchive(const std::string& file);
 
@@ -17,5 +20,10 @@ void showItem(const std::string& className, const std::string& replyFile,
 void encodeValue(const std::string& valueFile, const std::string& archiveFile);
 
 void listClasses();
+
+// Lists logs and reports.
+void showReports(ReportForm form);
+// Notes on what could not be looked up go to standard error.
+void showReport(const std::string& file);
 
 } // namespace Inspection

@@ -2,6 +2,8 @@
 
 #include "Platform/Foundation/Data.h"
 
+#include <cstddef>
+#include <limits>
 #include <string>
 
 namespace Inspection {
@@ -12,10 +14,13 @@ namespace Inspection {
 std::string nameOfInput(const std::string& file);
 std::string nameOfOutput(const std::string& file);
 
-// All bytes of a file. Raises Error when it cannot be read.
-NS::Ref<NS::Data> contentsOf(const std::string& file);
+// All bytes of a file. Raises Error when it cannot be read, or is longer than a limit.
+NS::Ref<NS::Data> contentsOf(const std::string& file,
+                             std::size_t limit = std::numeric_limits<std::size_t>::max());
 
-// Replaces a file's contents. Raises Error when it cannot be written.
+// Replaces a file's contents by a file that is written beside it: whole, or not at all. A device, a
+// pipe or what is open already ("/dev/stdout") gets the bytes as they are. Raises Error when they
+// cannot be written.
 void writeContents(const std::string& file, NS::Bytes bytes);
 
 } // namespace Inspection

@@ -31,61 +31,74 @@ Outcome outcomeOf(Make&& make) {
     }
 }
 
-// Goes from a reply into the elements of its lists, to the keys that a record fails for.
+// Where a value stands: in the record, and in the reply.
+struct Place {
+    std::string property;
+    std::string reply;
+    // What is said of a failure there beside its reason.
+    std::string consequence = {};
+
+    Place valueOf(const QVMapping& row) const {
+        return {property + std::string(row.property), reply + std::string(row.reply), consequence};
+    }
+    Place element(std::size_t index) const {
+        const std::string brackets = '[' + std::to_string(index) + ']';
+        return {property + brackets, reply + brackets, consequence};
+    }
+    // Where the values of a record that stands here begin.
+    Place inside() const { return {property + '.', reply + '.', consequence}; }
+};
+
+// Goes from a reply into the elements of its lists, to all the keys that fail.
 class Explanation {
   public:
     explicit Explanation(std::vector<MappingFailure>& failures) noexcept : failures_(failures) {}
 
-    void explain(const QVContentClass& itemClass, const NS::Dictionary& reply,
-                 const std::string& place) {
+    void explain(const QVContentClass& itemClass, const NS::Dictionary& reply, const Place& place) {
         for (const QVMapping& row : qvMappingOf(itemClass)) {
             NS::RefPtr<NS::Object> raw;
-            Outcome outcome = outcomeOf([&] {
+            const Outcome outcome = outcomeOf([&] {
                 raw = reply.valueForKeyPath(*NS::str(row.reply));
                 return QVContentItem::parseValue_forKey_error(itemClass, raw, row.property,
                                                               &error_);
             });
-            if (!outcome.isMade && !explainElements(itemClass, row, raw, outcome, place)) {
+            Place here = place.valueOf(row);
+            if (outcome.isMade) {
+                here.consequence = "; the entry is left out";
+            }
+            const bool isOfElements =
+                explainElements(qvConverterFor(itemClass, row.property), raw, here);
+            if (!outcome.isMade && !isOfElements) {
                 const char* const nothing = raw ? "its value cannot be used" : "it is missing";
-                add(row, place, outcome.isRaised ? outcome.reason : nothing);
+                add(here, outcome.isRaised ? outcome.reason : nothing);
             }
         }
     }
 
   private:
-    // False when no element is the reason. An element that makes nothing is one where the list as a
-    // whole makes nothing; otherwise it is passed over.
-    bool explainElements(const QVContentClass& itemClass, const QVMapping& row,
-                         const NS::RefPtr<NS::Object>& raw, const Outcome& list,
-                         const std::string& place) {
-        const auto* const elementClass = qvConversionFor(itemClass, row.property).elementClass;
-        const auto elements = elementClass != nullptr ? NS::as<NS::Array>(raw) : nullptr;
+    // False when no element fails.
+    bool explainElements(const QVConverter& converter, const NS::RefPtr<NS::Object>& raw,
+                         const Place& place) {
+        const auto elements = converter.elementClass != nullptr ? NS::as<NS::Array>(raw) : nullptr;
         const std::size_t before = failures_.size();
         for (std::size_t i = 0; elements && i < elements->count(); ++i) {
-            const std::string element =
-                place + std::string(row.reply) + '[' + std::to_string(i) + ']';
-            const auto reply =
-                NS::as<NS::Dictionary>(NS::RefPtr<NS::Object>(elements->objectAtIndex(i)));
-            if (reply) {
-                explainElement(*elementClass, *reply, list, element + '.');
-            } else if (!list.isRaised) {
-                failures_.push_back({std::string(row.property), element, "it is no object"});
-            }
+            explainElement(*converter.elementClass, *elements->objectAtIndex(i), place.element(i));
         }
         return failures_.size() != before;
     }
 
-    void explainElement(const QVContentClass& elementClass, const NS::Dictionary& reply,
-                        const Outcome& list, const std::string& place) {
-        const Outcome outcome = outcomeOf(
-            [&] { return QVContentItem::itemWithDict_error(elementClass, reply, &error_); });
-        if (!outcome.isMade && outcome.isRaised == list.isRaised) {
-            explain(elementClass, reply, place);
+    void explainElement(const QVContentClass& elementClass, const NS::Object& element,
+                        const Place& place) {
+        const auto* const reply = NS::as<NS::Dictionary>(&element);
+        if (reply == nullptr) {
+            add(place, "it is no object");
+        } else if (!QVContentItem::itemWithElement_error(elementClass, element, &error_)) {
+            explain(elementClass, *reply, place.inside());
         }
     }
 
-    void add(const QVMapping& row, const std::string& place, const std::string& reason) {
-        failures_.push_back({std::string(row.property), place + std::string(row.reply), reason});
+    void add(const Place& place, const std::string& reason) {
+        failures_.push_back({place.property, place.reply, reason + place.consequence});
     }
 
     std::vector<MappingFailure>& failures_;
@@ -103,9 +116,16 @@ const QVContentClass* contentClassNamed(std::string_view name) {
 
 NS::RefPtr<QVContentItem> mapReply(const QVContentClass& itemClass, const NS::Dictionary& reply,
                                    std::vector<MappingFailure>& failures) {
-    Explanation(failures).explain(itemClass, reply, "");
+    NS::RefPtr<QVContentItem> item;
     NS::RefPtr<NS::Error> error;
-    return failures.empty() ? QVContentItem::itemWithDict_error(itemClass, reply, &error) : nullptr;
+    const Outcome outcome = outcomeOf([&] {
+        item = QVContentItem::itemWithDict_error(itemClass, reply, &error);
+        return item;
+    });
+    if (!outcome.isMade) {
+        Explanation(failures).explain(itemClass, reply, {});
+    }
+    return item;
 }
 
 } // namespace Inspection

@@ -9,6 +9,7 @@
 #include "QVApi/Content/QVFolderListItem.h"
 #include "QVApi/Content/QVSharingUsersItem.h"
 #include "QVApi/Content/QVUserInfoItem.h"
+#include "QVApi/Content/Testing/ContentTables.h"
 
 #include <gtest/gtest.h>
 
@@ -27,6 +28,38 @@ class ItemMapping : public testing::Test {
         std::ostringstream text;
         Inspection::printItem(item, text);
         return text.str();
+    }
+
+    static std::string shownArchiveOf(const NS::Ref<QVContentItem>& item) {
+        std::ostringstream text;
+        Inspection::printArchive(NS::KeyedArchiver::archivedDataWithRootObject(item)->bytes(),
+                                 text);
+        return text.str();
+    }
+    // The keys that fail, a blank behind each.
+    std::string keys() const {
+        std::string all;
+        for (const MappingFailure& each : failures) {
+            all += each.reply + ' ';
+        }
+        return all;
+    }
+    // What is told of them, a line each.
+    std::string lines() const {
+        std::string all;
+        for (const MappingFailure& each : failures) {
+            all += each.reply + ' ' + each.property + ' ' + each.reason + '\n';
+        }
+        return all;
+    }
+    // Puts a list of a file and one whose size is null into the reply.
+    void putMalformedFile() {
+        const auto file = NS::make<NS::MutableDictionary>();
+        file->setObject_forKey(NS::str("1"), "FileId");
+        file->setObject_forKey(NS::str("n"), "Name");
+        const auto malformed = file->mutableCopy();
+        malformed->setObject_forKey(NS::Null::null(), "Size");
+        reply->setObject_forKey(NS::Array::arrayWithObjects({file, malformed}), "Files");
     }
 
     NS::Ref<NS::MutableDictionary> reply = NS::make<NS::MutableDictionary>();
@@ -63,42 +96,54 @@ TEST_F(ItemMapping, NamesEveryKeyThatFails) {
 
 // The first element is sound, the second lacks two keys, and the third is no record at all.
 TEST_F(ItemMapping, NamesTheKeysOfElementsThatFailTheirList) {
-    const auto user = [](const NS::Ref<NS::Object>& name) {
-        return NS::Dictionary::dictionaryWithEntries({
-            {"SharingID", NS::str("1")},
-            {"Name",      name        },
-            {"ShareMode", NS::str("2")}
-        });
-    };
+    const auto user = NS::Dictionary::dictionaryWithEntries({
+        {"SharingID", NS::str("1")},
+        {"Name",      NS::str("a")},
+        {"ShareMode", NS::str("2")}
+    });
     const auto nameless = NS::Dictionary::dictionaryWithEntries({
         {"ShareMode", NS::str("2")}
     });
-    reply->setObject_forKey(
-        NS::Array::arrayWithObjects({user(NS::str("a")), nameless, NS::Null::null()}),
-        "ShareWithUser");
+    reply->setObject_forKey(NS::Array::arrayWithObjects({user, nameless, NS::Null::null()}),
+                            "ShareWithUser");
     EXPECT_FALSE(Inspection::mapReply(QVSharingUsersItem::kContentClass, *reply, failures));
-    std::vector<std::string> keys;
-    for (const MappingFailure& failure : failures) {
-        keys.push_back(failure.reply);
-    }
-    EXPECT_EQ(keys, (std::vector<std::string>{"ShareWithUser[1].SharingID", "ShareWithUser[1].Name",
-                                              "ShareWithUser[2]"}));
+    EXPECT_EQ(lines(), "ShareWithUser[1].SharingID users[1].identifier it is missing\n"
+                       "ShareWithUser[1].Name users[1].name it is missing\n"
+                       "ShareWithUser[2] users[2] it is no object\n");
 }
 
-// A list that passes over what makes no record still raises what an element raises.
-TEST_F(ItemMapping, NamesTheKeyOfAnElementThatRaises) {
+// Of one reply: keys of its own, of folders that fail it, and of a value that cannot be read.
+TEST_F(ItemMapping, NamesAllKeysOfASharedListingAtOnce) {
     const auto folder = NS::Dictionary::dictionaryWithEntries({
-        {"FolderID",  NS::str("1")    },
-        {"Name",      NS::str("n")    },
-        {"Encrypted", NS::Null::null()}
+        {"FolderID",    NS::str("1")         },
+        {"Name",        NS::str("n")         },
+        {"Encrypted",   NS::Null::null()     },
+        {"DateCreated", NS::make<NS::Array>()}
     });
-    reply->setObject_forKey(NS::Array::arrayWithObjects({NS::make<NS::Dictionary>(), folder}),
-                            "Folders");
+    reply->setObject_forKey(NS::Array::arrayWithObjects({folder}), "SharedFolders");
+    reply->setObject_forKey(NS::Null::null(), "DirUpdateTime");
+    EXPECT_FALSE(Inspection::mapReply(QVSharedFolderListItem::kContentClass, *reply, failures));
+    EXPECT_EQ(keys(), "ResponseType DirUpdateTime SharedFolders[0].Encrypted "
+                      "SharedFolders[0].DateCreated SharedFolders[0].ShareMode ");
+    EXPECT_NE(failures[2].reason.find("NSNull"), std::string::npos);
+    EXPECT_EQ(failures[4].reason, "it is missing");
+}
+
+TEST_F(ItemMapping, LeavesOutEntriesThatAreMalformed) {
+    putMalformedFile();
     reply->setObject_forKey(NS::str("1"), "ResponseType");
+    const auto item = Inspection::mapReply(QVTrashFolderListItem::kContentClass, *reply, failures);
+    ASSERT_TRUE(item);
+    EXPECT_EQ(NS::cast<NS::Array>(item->valueForKey(*NS::str("files")))->count(), 1U);
+    EXPECT_TRUE(failures.empty());
+}
+
+TEST_F(ItemMapping, NamesTheKeysOfEntriesLeftOutBesideTheOnesThatFail) {
+    putMalformedFile();
     EXPECT_FALSE(Inspection::mapReply(QVTrashFolderListItem::kContentClass, *reply, failures));
-    ASSERT_EQ(failures.size(), 1U);
-    EXPECT_EQ(failures[0].reply, "Folders[1].Encrypted");
-    EXPECT_NE(failures[0].reason.find("NSNull"), std::string::npos);
+    EXPECT_EQ(keys(), "ResponseType Files[1].Size ");
+    EXPECT_EQ(failures[1].property, "files[1].size");
+    EXPECT_TRUE(failures[1].reason.ends_with("; the entry is left out")) << failures[1].reason;
 }
 
 TEST_F(ItemMapping, SaysSoWhereNoElementIsTheReason) {
@@ -108,14 +153,22 @@ TEST_F(ItemMapping, SaysSoWhereNoElementIsTheReason) {
     EXPECT_EQ(failures[0].reply, "ShareWithUser");
 }
 
-TEST_F(ItemMapping, IsShownAsItsArchiveIs) {
+TEST_F(ItemMapping, IsShownAsItsArchiveIsInFront) {
+    for (const QVContentClass* const each : qvContentClasses()) {
+        const auto full = Tests::sampleReply(Tests::expectedClass(each->objectClass.name));
+        const auto item = Inspection::mapReply(*each, *full, failures);
+        ASSERT_TRUE(item);
+        std::string front = shownArchiveOf(NS::Ref<QVContentItem>(*item));
+        front.resize(front.size() - std::string_view("\n}\n").size());
+        EXPECT_TRUE(shown(NS::Ref<QVContentItem>(*item)).starts_with(front)) << front;
+    }
+}
+
+TEST_F(ItemMapping, IsShownWithNilForWhatIsAbsentAndArchived) {
     reply->setObject_forKey(NS::str("Basic"), "UserPlan");
     const NS::Ref<QVContentItem> item(*map());
-    std::ostringstream archived;
-    Inspection::printArchive(NS::KeyedArchiver::archivedDataWithRootObject(item)->bytes(),
-                             archived);
-    EXPECT_EQ(shown(item), archived.str());
-    EXPECT_NE(archived.str().find("\"trashCount\": {\"$nil\": true}"), std::string::npos);
+    EXPECT_EQ(shown(item), shownArchiveOf(item));
+    EXPECT_NE(shown(item).find("\"trashCount\": {\"$nil\": true}"), std::string::npos);
 }
 
 TEST_F(ItemMapping, IsShownWithWhatNoArchiveKeeps) {

@@ -221,7 +221,8 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
 
     NS::Ref<NS::Object> collectionOf(const NS::RefPtr<NS::Object>& contents) const {
         const auto number = NS::as<NS::Number>(contents);
-        const std::int64_t wanted = number ? number->longLongValue() : 0;
+        const bool isInteger = number && number->type() == NS::Number::Type::kInteger;
+        const std::int64_t wanted = isInteger ? number->longLongValue() : 0;
         if (wanted < 1 || wanted > static_cast<std::int64_t>(count_)) {
             throw Error("\"$ref\" takes the number of a collection that stands before it");
         }

@@ -1,4 +1,4 @@
-// Shows what keyed archives and service replies hold, and makes archives.
+// Shows what keyed archives and service replies hold, makes archives, and finds logs and reports.
 
 #include "Programs/Inspect/Commands.h"
 
@@ -15,6 +15,7 @@ struct Options {
     std::string input;
     std::string className;
     std::string archive;
+    bool json = false;
 };
 
 void describeArchive(CLI::App& app, Options& options) {
@@ -31,8 +32,8 @@ void describeItem(CLI::App& app, Options& options) {
     command->add_option("REPLY", options.input, "The reply in JSON; \"-\" for standard input")
         ->required();
     command->add_option("--archive", options.archive,
-                        "Archive the record to this file; \"-\" for standard output, in place of "
-                        "the JSON");
+                        "Archive the record to this file, and print what the archive holds; "
+                        "\"-\" for standard output, in place of the JSON");
     command->callback(
         [&] { Inspection::showItem(options.className, options.input, options.archive); });
 }
@@ -53,8 +54,26 @@ void describeClasses(CLI::App& app) {
     command->callback([] { Inspection::listClasses(); });
 }
 
+void describeReports(CLI::App& app, Options& options) {
+    CLI::App* const command = app.add_subcommand(
+        "reports", "List logs and diagnostic reports, in each group the newest first, with a *");
+    command->add_flag("--json", options.json, "Print JSON");
+    command->callback([&] {
+        Inspection::showReports(options.json ? Inspection::ReportForm::kJson
+                                             : Inspection::ReportForm::kPlain);
+    });
+}
+
+void describeReport(CLI::App& app, Options& options) {
+    CLI::App* const command = app.add_subcommand(
+        "report", "Print a crash report with the source lines of its call stack, where this "
+                  "build's debug information is at hand");
+    command->add_option("FILE", options.input, "The report; \"-\" for standard input")->required();
+    command->callback([&] { Inspection::showReport(options.input); });
+}
+
 int run(int argc, char** argv) {
-    CLI::App app("Shows keyed archives and the records that service replies make.");
+    CLI::App app("Shows keyed archives, the records that service replies make, logs and reports.");
     app.set_version_flag("--version", "quorvane-inspect " QUORVANE_VERSION);
     app.require_subcommand(1);
     Options options;
@@ -62,6 +81,8 @@ int run(int argc, char** argv) {
     describeItem(app, options);
     describeEncode(app, options);
     describeClasses(app);
+    describeReports(app, options);
+    describeReport(app, options);
     CLI11_PARSE(app, argc, argv);
     return EXIT_SUCCESS;
 }

@@ -1,5 +1,6 @@
 // The reference host application: serves a folder as the drive until SIGTERM or SIGINT.
 
+#include "Platform/CrashReporter/CrashReporter.h"
 #include "Platform/Ports/RunLoop.h"
 #include "Platform/Ports/SignalSource.h"
 #include "Platform/Ports/Termination.h"
@@ -61,6 +62,7 @@ int serve(DriveFolder drive, const Options& options, std::ostream& journalOutput
 } // namespace
 
 int main(int argc, char** argv) {
+    NS::startCrashReporter("Fennmoor", QUORVANE_VERSION);
     CLI::App app("Serves a folder as the Quorvane drive to the file manager's extension.");
     Options options;
     describe(app, options);

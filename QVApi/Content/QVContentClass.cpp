@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr QVConversion kRootConversion{QVConversion::kAnyOther, &qvPassThrough};
-
 // The nearest class, from a class upwards, that has something of its own.
 template <class Has>
 const QVContentClass* nearest(const QVContentClass& itemClass, Has&& has) {
@@ -52,21 +50,21 @@ std::vector<std::string_view> qvArchivedKeysOf(const QVContentClass& itemClass) 
     return keys;
 }
 
-const QVConversion& qvConversionFor(const QVContentClass& itemClass, std::string_view property) {
+const QVConverter& qvConverterFor(const QVContentClass& itemClass, std::string_view property) {
     for (const QVContentClass* c = &itemClass; c != nullptr; c = c->superclass) {
         for (const QVConversion& row : c->conversions) {
             if (row.property == property || row.property == QVConversion::kAnyOther) {
-                return row;
+                return *row.converter;
             }
         }
     }
-    return kRootConversion;
+    return qvPassThrough;
 }
 
 QVResolvedClass::QVResolvedClass(const QVContentClass& itemClass) {
     for (const QVMapping& row : qvMappingOf(itemClass)) {
         mapped.push_back({propertyOf(itemClass, row.property),
-                          qvConversionFor(itemClass, row.property).convert, NS::str(row.reply),
+                          &qvConverterFor(itemClass, row.property), NS::str(row.reply),
                           row.reply.find('.') != std::string_view::npos});
     }
     for (const std::string_view key : qvArchivedKeysOf(itemClass)) {

@@ -24,20 +24,33 @@ struct QVMapping {
     std::string_view reply;    // key path in the reply
 };
 
-// One row of a conversion table: what turns a reply's raw value (nil when the reply lacks it) into
-// the property's. A result of nil fails the item. The error location is handed down to the items
-// that a conversion builds, and not written.
-struct QVConversion {
+// What turns a reply's raw value (nil when the reply lacks it) into a property's.
+struct QVConverter {
     using Convert = NS::RefPtr<NS::Object> (*)(const NS::RefPtr<NS::Object>& value,
                                                NS::RefPtr<NS::Error>* error);
 
+    // A result of nil fails the item. Raises NSInvalidArgumentException for a value that it does
+    // not read. The error location is handed down to the items that a conversion builds, and not
+    // written.
+    Convert convert;
+    // Whether it reads a value that is there.
+    bool (*reads)(const NS::Object& value);
+    // The class whose items it makes of a list's elements; null for any other conversion.
+    const QVContentClass* elementClass = nullptr;
+
+    NS::RefPtr<NS::Object> operator()(const NS::RefPtr<NS::Object>& value,
+                                      NS::RefPtr<NS::Error>* error) const {
+        return convert(value, error);
+    }
+};
+
+// One row of a conversion table.
+struct QVConversion {
     // For the property of a row that stands last in its table: every one that no row names.
     static constexpr std::string_view kAnyOther = "*";
 
     std::string_view property;
-    Convert convert;
-    // The class whose items it makes of a list's elements; null for any other conversion.
-    const QVContentClass* elementClass = nullptr;
+    const QVConverter* converter;
 };
 
 // How a class's archive list stands to its superclass's.
@@ -72,7 +85,7 @@ struct QVContentClass {
 struct QVResolvedClass {
     struct Value {
         const NS::Property* property;
-        QVConversion::Convert convert;
+        const QVConverter* converter;
         NS::Ref<NS::String> reply;
         bool isPath; // whether the reply's key has a dot in it
     };
@@ -88,7 +101,7 @@ struct QVResolvedClass {
 // A class's tables as its superclasses complete them.
 std::span<const QVMapping> qvMappingOf(const QVContentClass& itemClass);
 std::vector<std::string_view> qvArchivedKeysOf(const QVContentClass& itemClass);
-const QVConversion& qvConversionFor(const QVContentClass& itemClass, std::string_view property);
+const QVConverter& qvConverterFor(const QVContentClass& itemClass, std::string_view property);
 
 // The rows of a class's description that are functions.
 template <class Item>

@@ -156,7 +156,8 @@ TEST_P(KeyedContentClass, IsReadAndSetByKeys) {
 
 TEST_P(KeyedContentClass, RaisesForAKeyThatItDoesNotHave) {
     const auto item = itemClass.create();
-    for (const char* const key : {"unknown", "Identifier", "", "description"}) {
+    for (const char* const key : {"unknown", "Identifier", "", "description", "hash", "isUnlimited",
+                                  "isEncrypted", "isCompleted", "combinedItems", "itemNames"}) {
         EXPECT_EQ(Tests::nameOfException([&] { (void)item->valueForKey(*NS::str(key)); }),
                   NS::kUnknownKeyException);
         EXPECT_EQ(

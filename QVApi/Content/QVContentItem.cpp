@@ -9,6 +9,32 @@ constexpr std::string_view kSynchedArchived[] = {"dateModified"};
 
 const NS::ClassRegistration kRegistration(QVContentItem::kClass);
 
+// Builds an item of a reply. A value that may not be converted fails it.
+template <class MayConvert>
+NS::RefPtr<QVContentItem> build(const QVContentClass& itemClass, const NS::Dictionary& reply,
+                                NS::RefPtr<NS::Error>* error, MayConvert&& mayConvert) {
+    const QVResolvedClass& tables = itemClass.resolved();
+    NS::RefPtr<NS::Error> unasked;
+    NS::RefPtr<NS::Error>* const location = error != nullptr ? error : &unasked;
+    if (tables.itemWithDict != nullptr) {
+        return tables.itemWithDict(reply, location);
+    }
+    const NS::Ref<QVContentItem> item = itemClass.create();
+    bool failed = false;
+    for (const QVResolvedClass::Value& row : tables.mapped) {
+        const auto raw =
+            row.isPath ? reply.valueForKeyPath(*row.reply) : reply.valueForKey(*row.reply);
+        auto value =
+            !raw || mayConvert(*row.converter, *raw) ? (*row.converter)(raw, location) : nullptr;
+        if (value) {
+            row.property->set(*item, std::move(value));
+        } else {
+            failed = true;
+        }
+    }
+    return failed ? nullptr : NS::RefPtr<QVContentItem>(item);
+}
+
 } // namespace
 
 constinit const NS::Class QVContentItem::kClass{
@@ -34,31 +60,29 @@ NS::Ref<NS::String> qvDefaultIdentifier() {
 NS::RefPtr<QVContentItem> QVContentItem::itemWithDict_error(const QVContentClass& itemClass,
                                                             const NS::Dictionary& reply,
                                                             NS::RefPtr<NS::Error>* error) {
-    const QVResolvedClass& tables = itemClass.resolved();
-    NS::RefPtr<NS::Error> unasked;
-    NS::RefPtr<NS::Error>* const location = error != nullptr ? error : &unasked;
-    if (tables.itemWithDict != nullptr) {
-        return tables.itemWithDict(reply, location);
+    return build(itemClass, reply, error, [](const QVConverter&, const NS::Object&) {
+        return true; // or the conversion raises
+    });
+}
+
+NS::RefPtr<QVContentItem> QVContentItem::itemWithElement_error(const QVContentClass& itemClass,
+                                                               const NS::Object& element,
+                                                               NS::RefPtr<NS::Error>* error) {
+    const auto* const reply = NS::as<NS::Dictionary>(&element);
+    if (reply == nullptr) {
+        return nullptr;
     }
-    const NS::Ref<QVContentItem> item = itemClass.create();
-    bool failed = false;
-    for (const QVResolvedClass::Value& row : tables.mapped) {
-        const auto raw =
-            row.isPath ? reply.valueForKeyPath(*row.reply) : reply.valueForKey(*row.reply);
-        if (auto value = row.convert(raw, location)) {
-            row.property->set(*item, std::move(value));
-        } else {
-            failed = true;
-        }
-    }
-    return failed ? nullptr : NS::RefPtr<QVContentItem>(item);
+    return build(itemClass, *reply, error,
+                 [](const QVConverter& converter, const NS::Object& value) {
+                     return converter.reads(value);
+                 });
 }
 
 NS::RefPtr<NS::Object> QVContentItem::parseValue_forKey_error(const QVContentClass& itemClass,
                                                               const NS::RefPtr<NS::Object>& value,
                                                               std::string_view key,
                                                               NS::RefPtr<NS::Error>* error) {
-    return qvConversionFor(itemClass, key).convert(value, error);
+    return qvConverterFor(itemClass, key)(value, error);
 }
 
 NS::Ref<NS::Dictionary> QVContentItem::mappingDict(const QVContentClass& itemClass) {

@@ -43,6 +43,12 @@ class QVContentItem : public NS::Object {
     static NS::RefPtr<QVContentItem> itemWithDict_error(const QVContentClass& itemClass,
                                                         const NS::Dictionary& reply,
                                                         NS::RefPtr<NS::Error>* error);
+    // The same for an element of a reply's list. Nil also when the element is malformed, that is no
+    // dictionary, or has a value that its conversion does not read and would raise for in a reply:
+    // one bad entry is to cost a listing that entry, not the process.
+    static NS::RefPtr<QVContentItem> itemWithElement_error(const QVContentClass& itemClass,
+                                                           const NS::Object& element,
+                                                           NS::RefPtr<NS::Error>* error);
     // A class's conversion of one raw value, by the property's key.
     static NS::RefPtr<NS::Object> parseValue_forKey_error(const QVContentClass& itemClass,
                                                           const NS::RefPtr<NS::Object>& value,

@@ -7,31 +7,56 @@
 
 #include <utility>
 
-NS::RefPtr<NS::Object> qvPassThrough(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
+namespace {
+
+NS::RefPtr<NS::Object> passThrough(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
     return value;
 }
 
-NS::RefPtr<NS::Object> qvLongInteger(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
+NS::RefPtr<NS::Object> longInteger(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
     return NS::Number::numberWithLongLong(NS::longLongValue(value));
 }
 
-NS::RefPtr<NS::Object> qvInt(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
+NS::RefPtr<NS::Object> intNumber(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
     return NS::Number::numberWithInt(NS::intValue(value));
 }
 
-NS::RefPtr<NS::Object> qvBoolean(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
+NS::RefPtr<NS::Object> boolean(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
     return NS::Number::numberWithBool(NS::boolValue(value));
 }
 
-NS::RefPtr<NS::Object> qvSecondsToDate(const NS::RefPtr<NS::Object>& value,
-                                       NS::RefPtr<NS::Error>*) {
+NS::RefPtr<NS::Object> secondsToDate(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
     return NS::Date::dateWithTimeIntervalSince1970(static_cast<double>(NS::longLongValue(value)));
 }
 
-NS::RefPtr<NS::Object> qvCanonicalName(const NS::RefPtr<NS::Object>& value,
-                                       NS::RefPtr<NS::Error>*) {
+NS::RefPtr<NS::Object> canonicalName(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*) {
     const auto name = NS::cast<NS::String>(value);
     return name ? NS::RefPtr<NS::Object>(name->decomposedStringWithCanonicalMapping()) : nullptr;
+}
+
+bool isAnything(const NS::Object&) {
+    return true;
+}
+
+bool isText(const NS::Object& value) {
+    return value.isKindOfClass(NS::String::kClass);
+}
+
+bool isNumberOrText(const NS::Object& value) {
+    return value.isKindOfClass(NS::Number::kClass) || isText(value);
+}
+
+} // namespace
+
+constinit const QVConverter qvPassThrough{&passThrough, &isAnything};
+constinit const QVConverter qvLongInteger{&longInteger, &isNumberOrText};
+constinit const QVConverter qvInt{&intNumber, &isNumberOrText};
+constinit const QVConverter qvBoolean{&boolean, &isNumberOrText};
+constinit const QVConverter qvSecondsToDate{&secondsToDate, &isNumberOrText};
+constinit const QVConverter qvCanonicalName{&canonicalName, &isText};
+
+bool qvIsList(const NS::Object& value) {
+    return value.isKindOfClass(NS::Array::kClass);
 }
 
 NS::RefPtr<NS::Object> qvItemsOfList(const QVContentClass& elementClass, QVFailedElement rule,
@@ -44,11 +69,7 @@ NS::RefPtr<NS::Object> qvItemsOfList(const QVContentClass& elementClass, QVFaile
     std::vector<NS::Ref<NS::Object>> items;
     items.reserve(list->count());
     for (const NS::Ref<NS::Object>& element : *list) {
-        const auto* reply = NS::as<NS::Dictionary>(element.get());
-        const auto item = reply != nullptr
-                              ? QVContentItem::itemWithDict_error(elementClass, *reply, error)
-                              : nullptr;
-        if (item) {
+        if (const auto item = QVContentItem::itemWithElement_error(elementClass, *element, error)) {
             items.emplace_back(*item);
         } else if (rule == QVFailedElement::kFailsTheList) {
             return nullptr;

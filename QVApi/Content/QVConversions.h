@@ -2,30 +2,33 @@
 
 #include "QVApi/Content/QVContentClass.h"
 
-// The conversions of a reply's raw values that classes name in their tables. An absent value is
-// nil. A value of a kind that a conversion cannot read, the null object among them, raises
-// NSInvalidArgumentException.
+// The conversions of a reply's raw values that classes name in their tables. What they do not read,
+// the null object among it, raises NSInvalidArgumentException.
 
 // The value itself, whatever it is; nil for nil, so that a property without another conversion is
 // mandatory.
-NS::RefPtr<NS::Object> qvPassThrough(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*);
+extern const QVConverter qvPassThrough;
 
-// A number with the value's longLongValue; 0 for nil.
-NS::RefPtr<NS::Object> qvLongInteger(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*);
+// A number with the longLongValue of a number or text; 0 for nil.
+extern const QVConverter qvLongInteger;
 
-// A number with the value's intValue; 0 for nil.
-NS::RefPtr<NS::Object> qvInt(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*);
+// A number with the intValue of a number or text; 0 for nil.
+extern const QVConverter qvInt;
 
-// A boolean number with the value's boolValue; false for nil.
-NS::RefPtr<NS::Object> qvBoolean(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*);
+// A boolean number with the boolValue of a number or text; false for nil.
+extern const QVConverter qvBoolean;
 
-// The date as many whole seconds after 1970-01-01 00:00:00 UTC; that moment for nil.
-NS::RefPtr<NS::Object> qvSecondsToDate(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*);
+// The date that a number or text of whole seconds is after 1970-01-01 00:00:00 UTC; that moment for
+// nil.
+extern const QVConverter qvSecondsToDate;
 
-// The text in Unicode's canonical decomposition, always a new one; nil for nil.
-NS::RefPtr<NS::Object> qvCanonicalName(const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>*);
+// A text in Unicode's canonical decomposition, always a new one; nil for nil.
+extern const QVConverter qvCanonicalName;
 
-// What an element that makes no item, also one that is no dictionary, does to its list.
+// Whether a value is a list.
+bool qvIsList(const NS::Object& value);
+
+// What an element that makes no item (QVContentItem::itemWithElement_error()) does to its list.
 enum class QVFailedElement : std::uint8_t { kIsSkipped, kFailsTheList };
 
 // A new mutable array with an item of the class for each element of the array, in order; an empty
@@ -34,12 +37,14 @@ NS::RefPtr<NS::Object> qvItemsOfList(const QVContentClass& elementClass, QVFaile
                                      const NS::RefPtr<NS::Object>& value,
                                      NS::RefPtr<NS::Error>* error);
 
-// The same as a row of a table.
+// The same as a conversion, and as a row of a table.
+template <class Item, QVFailedElement rule>
+inline constexpr QVConverter kQVListOf{
+    [](const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>* error) {
+        return qvItemsOfList(Item::kContentClass, rule, value, error);
+    },
+    &qvIsList, &Item::kContentClass};
 template <class Item, QVFailedElement rule>
 constexpr QVConversion qvListOf(std::string_view property) {
-    return {property,
-            [](const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>* error) {
-                return qvItemsOfList(Item::kContentClass, rule, value, error);
-            },
-            &Item::kContentClass};
+    return {property, &kQVListOf<Item, rule>};
 }

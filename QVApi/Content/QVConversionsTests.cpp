@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -80,6 +81,10 @@ Behaviour longInteger() {
           {Number::numberWithLongLong(1LL << 40), "1099511627776"},
           {Number::numberWithDouble(-3.9), "-3"},
           {Number::numberWithDouble(1e300), "9223372036854775807"},
+          {Number::numberWithDouble(-1e300), "-9223372036854775808"},
+          {Number::numberWithDouble(std::nan("")), "0"},
+          {Number::numberWithUnsignedLongLong(1ULL << 63U), "9223372036854775807"},
+          {Number::numberWithUnsignedLongLong(~0ULL), "9223372036854775807"},
           {Number::numberWithBool(true), "1"}},
         {kNull,     kList,  kReply               }
     };
@@ -95,6 +100,14 @@ Behaviour intValue() {
           {str("yes"), "0"},
           {Number::numberWithInt(1), "1"},
           {Number::numberWithDouble(2.9), "2"},
+          {Number::numberWithLongLong(2147483647), "2147483647"},
+          {Number::numberWithLongLong(2147483648), "2147483647"},
+          {Number::numberWithLongLong(-2147483649), "-2147483648"},
+          {Number::numberWithLongLong(1LL << 32U), "2147483647"},
+          {Number::numberWithUnsignedLongLong(~0ULL), "2147483647"},
+          {Number::numberWithDouble(1e300), "2147483647"},
+          {Number::numberWithDouble(-1e300), "-2147483648"},
+          {Number::numberWithDouble(std::nan("")), "0"},
           {Number::numberWithBool(true), "1"}},
         {kNull, kList, kReply}
     };
@@ -112,6 +125,8 @@ Behaviour boolean() {
           {str(""), "0"},
           {Number::numberWithInt(2), "1"},
           {Number::numberWithDouble(0.5), "1"},
+          {Number::numberWithLongLong(1LL << 32U), "1"},
+          {Number::numberWithDouble(std::nan("")), "1"},
           {Number::numberWithInt(0), "0"}},
         {kNull, kList,  kReply    }
     };
@@ -267,6 +282,23 @@ class ListRow : public MappingRow {
         return NS::as<NS::MutableArray>(valueIn(buildWith(list)));
     }
     Value goodElement() const { return Tests::sampleReply(Tests::expectedClass(row.elementClass)); }
+    // How many items there are with an element between two good ones; nothing without a list.
+    std::optional<std::size_t> countAround(const Value& element) {
+        const auto list = listOf({goodElement(), element, goodElement()});
+        return list ? std::optional(list->count()) : std::nullopt;
+    }
+    void expectRuleFor(const Value& bad) {
+        switch (row.conversion) {
+        case Conversion::kListThatFails:
+            EXPECT_EQ(countAround(bad), std::nullopt) << text(bad);
+            break;
+        case Conversion::kListThatSkips:
+            EXPECT_EQ(countAround(bad), 2U) << text(bad);
+            break;
+        default:
+            EXPECT_EQ(countAround(bad), 3U) << text(bad);
+        }
+    }
     std::string classOfItems() const {
         return row.conversion == Conversion::kSharingUsers ? "QVFolderItem" : row.elementClass;
     }
@@ -288,19 +320,33 @@ TEST_P(ListRow, HoldsAnItemForEachElementInOrder) {
 TEST_P(ListRow, FollowsItsRuleForAnElementThatMakesNoItem) {
     const Value withoutKeys = NS::make<NS::Dictionary>();
     for (const Value& bad : {withoutKeys, kNull, Value(str("text")), kList}) {
-        const auto list = listOf({goodElement(), bad, goodElement()});
-        switch (row.conversion) {
-        case Conversion::kListThatFails:
-            EXPECT_FALSE(list) << text(bad);
-            break;
-        case Conversion::kListThatSkips:
-            ASSERT_TRUE(list);
-            EXPECT_EQ(list->count(), 2U) << text(bad);
-            break;
-        default:
-            ASSERT_TRUE(list);
-            EXPECT_EQ(list->count(), 3U) << text(bad);
+        expectRuleFor(bad);
+    }
+}
+
+// Nothing raises for a bad element, though it would for the same value in a reply of its own. What
+// is passed through is never bad, not even the null object.
+TEST_P(ListRow, FollowsItsRuleForAnElementWithAValueThatCannotBeRead) {
+    for (const auto& elementRow : Tests::expectedClass(row.elementClass).mapping) {
+        const auto element = Tests::sampleReply(Tests::expectedClass(row.elementClass));
+        for (const Value& each : behaviourOf(elementRow.conversion).refused) {
+            element->setObject_forKey(each, elementRow.reply);
+            SCOPED_TRACE(elementRow.property + " " + text(each));
+            expectRuleFor(element);
         }
+        if (elementRow.conversion == Conversion::kPassThrough) {
+            element->setObject_forKey(kNull, elementRow.reply);
+            EXPECT_EQ(countAround(element), 3U) << elementRow.property;
+        }
+    }
+}
+
+// The list is bad there, not an element.
+TEST_P(ListRow, RaisesForWhatIsNoList) {
+    for (const Value& each : {kNull, kReply, Value(str("text")), Value(Number::numberWithInt(1))}) {
+        EXPECT_EQ(Tests::nameOfException([&] { (void)buildWith(each); }),
+                  NS::kInvalidArgumentException)
+            << text(each);
     }
 }
 

@@ -2,13 +2,14 @@
 
 #include "Platform/Foundation/Number.h"
 #include "QVApi/Content/QVContentItem.h"
+#include "QVApi/Content/QVEntryName.h"
 
 // A file of the drive as the service reports it.
 class QVFileItem : public QVContentItem {
     QV_CONTENT_ITEM(QVFileItem, QVContentItem)
   public:
     // Decomposed (NFD) when it came from a reply.
-    NS_RECORD_PROPERTY(NS::String, name, setName)
+    NS_RECORD_PROPERTY_IN(QVEntryName, NS::String, name, setName)
     // Bytes.
     NS_RECORD_PROPERTY(NS::Number, size, setSize)
     NS_RECORD_PROPERTY(NS::Date, dateModified, setDateModified)
@@ -16,7 +17,7 @@ class QVFileItem : public QVContentItem {
 
     // Two files are equal when their names are the very same object, or both have none; equal texts
     // do not count. With any other record the root's rule decides.
-    bool isEqualTo(const NS::Object* other) const override;
+    bool isEqualTo(const NS::Object* other) const final;
     NS::Ref<NS::String> description() const override;
 };
 

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Number.h"
 #include "QVApi/Content/QVContentItem.h"
+#include "QVApi/Content/QVEntryName.h"
 
 // A folder of the drive as the service reports it.
 class QVFolderItem : public QVContentItem {
@@ -10,7 +11,7 @@ class QVFolderItem : public QVContentItem {
     QVFolderItem() { setEncrypted(NS::Number::numberWithInt(0)); }
 
     // Decomposed (NFD) when it came from a reply.
-    NS_RECORD_PROPERTY(NS::String, name, setName)
+    NS_RECORD_PROPERTY_IN(QVEntryName, NS::String, name, setName)
     NS_RECORD_PROPERTY(NS::Date, dateCreated, setDateCreated)
     NS_RECORD_PROPERTY(NS::Date, dateModified, setDateModified)
     // 0 for a folder that is not encrypted.
@@ -18,7 +19,7 @@ class QVFolderItem : public QVContentItem {
 
     // Two folders are equal when their names are the very same object, or both have none; equal
     // texts do not count. With any other record the root's rule decides.
-    bool isEqualTo(const NS::Object* other) const override;
+    bool isEqualTo(const NS::Object* other) const final;
     NS::Ref<NS::String> description() const override;
 };
 

@@ -83,17 +83,23 @@ NS::RefPtr<NS::Object> foldersOfSharingUsers(const NS::RefPtr<NS::Object>& value
     return folders;
 }
 
+constexpr QVConverter kFoldersOfSharingUsers{&foldersOfSharingUsers, &qvIsList};
+
 constexpr QVConversion kSharedUsersConversions[] = {
-    {"folders", &foldersOfSharingUsers},
+    {"folders", &kFoldersOfSharingUsers},
 };
+
+// The name of an entry that is of the class, else nil.
+template <class Entry>
+NS::RefPtr<NS::Object> nameOfA(const NS::Object& entry) {
+    const auto* const named = NS::as<Entry>(&entry);
+    return named != nullptr ? named->name() : nullptr;
+}
 
 // The name that an entry of a listing has, or nil.
 NS::RefPtr<NS::Object> nameOf(const NS::Object& entry) {
-    if (const auto* const file = NS::as<QVFileItem>(&entry)) {
-        return file->name();
-    }
-    const auto* const folder = NS::as<QVFolderItem>(&entry);
-    return folder != nullptr ? folder->name() : nullptr;
+    auto name = nameOfA<QVFileItem>(entry);
+    return name ? name : nameOfA<QVFolderItem>(entry);
 }
 
 NS::RefPtr<NS::Object> identifierOf(const NS::Object& entry) {
@@ -187,11 +193,25 @@ NS::RefPtr<NS::MutableArray> QVFolderListItem::listFor(const NS::RefPtr<NS::Obje
 }
 
 void QVFolderListItem::insertItem(const NS::RefPtr<NS::Object>& item) {
-    if (const auto list = listFor(item, "insertItem")) {
+    const auto list = listFor(item, "insertItem");
+    if (!list) {
+        return;
+    }
+    QVNameIndex& names = NS::as<QVFileItem>(item) ? fileNames_ : folderNames_;
+    if (!names.replacesNone(*list, nameOf(*item))) {
         list->removeObjectsPassingTest(
             [&](const NS::Object& each) { return each.isEqualTo(item.get()); });
-        list->addObject(item);
     }
+    list->addObject(item);
+    names.inserted(*list);
+}
+
+NS::RefPtr<NS::Object> QVFolderListItem::nameOfFile(const NS::Object& entry) {
+    return nameOfA<QVFileItem>(entry);
+}
+
+NS::RefPtr<NS::Object> QVFolderListItem::nameOfFolder(const NS::Object& entry) {
+    return nameOfA<QVFolderItem>(entry);
 }
 
 void QVFolderListItem::removeItem(const NS::RefPtr<NS::Object>& item) {

@@ -2,14 +2,15 @@
 
 #include "Platform/Foundation/Number.h"
 #include "QVApi/Content/QVContentItem.h"
+#include "QVApi/Content/QVNameIndex.h"
 
 // The contents of one folder, as the service lists them: the folder's own data, its folders and its
 // files.
 //
 // The two lists are the owner's to change as well, and so are the names of what they hold; hence
-// every operation looks at the entries themselves, once each. Names are compared literally, without
-// Unicode normalisation: an entry from a reply is found by its decomposed name only. What is no
-// file or folder, or has a name that is no text, has no name.
+// every operation looks at the entries themselves, once each, but for insertions in a row. Names
+// are compared literally, without Unicode normalisation: an entry from a reply is found by its
+// decomposed name only. What is no file or folder, or has a name that is no text, has no name.
 class QVFolderListItem : public QVContentItem {
     QV_CONTENT_ITEM(QVFolderListItem, QVContentItem)
   public:
@@ -43,7 +44,8 @@ class QVFolderListItem : public QVContentItem {
 
     // Puts a file or folder at the end of its list, in place of every one there that is equal to it
     // by isEqualTo(): that has the very same name object. Raises an exception named "QVContentItem"
-    // for anything else, and nil.
+    // for anything else, and nil. From the second in a row on, one with a name that no entry has
+    // takes the same time in any listing (QVNameIndex).
     void insertItem(const NS::RefPtr<NS::Object>& item);
     // Removes this very file or folder from its list. Raises as insertItem() does.
     void removeItem(const NS::RefPtr<NS::Object>& item);
@@ -61,6 +63,11 @@ class QVFolderListItem : public QVContentItem {
                                          std::string_view operation) const;
     template <class Text>
     void removeWhere(const NS::String& wanted, Text&& textOf);
+
+    static NS::RefPtr<NS::Object> nameOfFile(const NS::Object& entry);
+    static NS::RefPtr<NS::Object> nameOfFolder(const NS::Object& entry);
+    QVNameIndex fileNames_{&nameOfFile};
+    QVNameIndex folderNames_{&nameOfFolder};
 };
 
 // What is shared with the user. Unlike elsewhere, one entry that cannot be read voids the listing.

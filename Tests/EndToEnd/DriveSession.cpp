@@ -78,8 +78,8 @@ bool DriveSession::isOnDrive(const std::string& path) const {
     return fs::symlink_status(drive / path).type() != fs::file_type::not_found;
 }
 
-bool DriveSession::isOnDriveSoon(const std::string& path) const {
-    return waitUntil([&] { return isOnDrive(path); });
+bool DriveSession::isOnDriveSoon(const std::string& path, std::chrono::milliseconds limit) const {
+    return waitUntil([&] { return isOnDrive(path); }, limit);
 }
 
 bool DriveSession::isGoneSoon(const std::string& path) const {

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,7 +41,7 @@ class DriveSession : public ProcessTest {
     // Makes a file on the drive, its folders too, and gives its path.
     std::string makeFile(const std::string& path, std::string_view contents = "x") const;
     bool isOnDrive(const std::string& path) const;
-    bool isOnDriveSoon(const std::string& path) const;
+    bool isOnDriveSoon(const std::string& path, std::chrono::milliseconds limit = kPatience) const;
     bool isGoneSoon(const std::string& path) const;
 
     // The journal's lines.

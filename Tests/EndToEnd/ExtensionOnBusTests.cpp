@@ -110,6 +110,23 @@ TEST_F(ExtensionOnBus, EndsByTheMenuOfTheDriveItselfOnceThatIsAnswered) {
     EXPECT_TRUE(waitForNoName());
 }
 
+TEST_F(ExtensionOnBus, LeavesAReportOfTheMenuThatRaised) {
+    auto host = startHost();
+    auto extension = startExtension();
+    ASSERT_TRUE(waitForName());
+    (void)peer.menu(0, {{url(drive)}, url(drive.parent_path())});
+    ASSERT_EQ(extension.waitForExit(), 128 + SIGABRT);
+    std::string report;
+    for (const auto& entry : std::filesystem::directory_iterator(reportsFolder())) {
+        report += Tests::contentsOf(entry.path());
+    }
+    EXPECT_EQ(report.find("Process:         QVFinderExtension ["), 0U) << report;
+    EXPECT_NE(report.find("\nApplication Specific Information:\nNSRangeException\n"),
+              std::string::npos)
+        << report;
+    EXPECT_NE(report.find("menuForMenuKind"), std::string::npos) << report;
+}
+
 class ExtensionWithoutABus : public Tests::ProcessTest {};
 
 TEST_F(ExtensionWithoutABus, WorksOn) {

@@ -21,6 +21,9 @@ class ProcessTest : public FolderTest {
     }
     std::filesystem::path socketFolder() const { return folders.runtime() / "Quorvane"; }
     std::filesystem::path logFolder() const { return folders.data() / "Quorvane" / "LogDirectory"; }
+    std::filesystem::path reportsFolder() const {
+        return folders.state() / "Logs" / "DiagnosticReports";
+    }
     // All log files one after the other.
     std::string logs() const {
         std::string text;

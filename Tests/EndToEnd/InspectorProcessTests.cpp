@@ -13,6 +13,26 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// A reply with a value under each key of a class's table: a text, as every conversion but a list's
+// reads one.
+Json fullReply(const QVContentClass& itemClass) {
+    Json reply = Json::object();
+    for (const QVMapping& row : qvMappingOf(itemClass)) {
+        const QVConverter& converter = qvConverterFor(itemClass, row.property);
+        Json value = "1";
+        if (converter.elementClass != nullptr) {
+            value = Json::array({fullReply(*converter.elementClass)});
+        } else if (!converter.reads(*NS::str("1"))) {
+            value = Json::array({
+                Json::object({{"Name", "1"}, {"SharingID", "2"}}
+                )
+            });
+        }
+        reply[std::string(row.reply)] = std::move(value);
+    }
+    return reply;
+}
+
 // The inspector as a person runs it.
 class InspectorProcess : public Tests::FolderTest {
   protected:
@@ -72,6 +92,26 @@ TEST_F(InspectorProcess, ShowsAndArchivesTheRecordOfAReply) {
     EXPECT_EQ(onlyArchive.output, Tests::contentsOf(path("archive")));
 }
 
+TEST_F(InspectorProcess, ShowsOfEveryClassWhatTheArchiveItMakesHolds) {
+    for (const QVContentClass* const each : qvContentClasses()) {
+        const std::string name = each->objectClass.name;
+        const auto reply = write("reply.json", fullReply(*each).dump());
+        const Result item = run({"item", name, reply, "--archive", path("archive")});
+        EXPECT_EQ(item.status, 0) << item.errors;
+        EXPECT_EQ(Json::parse(item.output)["$class"], name);
+        EXPECT_EQ(item.output, run({"archive", path("archive")}).output);
+    }
+}
+
+TEST_F(InspectorProcess, ShowsWithoutAnArchiveWhatNoneWouldHold) {
+    const auto reply = write("reply.json", R"({"TotalWritten":5})");
+    const Result item = run({"item", "QVChunkUploadResult", reply});
+    EXPECT_EQ(Json::parse(item.output)["bytesWritten"], 5);
+    const Result archived =
+        run({"item", "QVChunkUploadResult", reply, "--archive", path("archive")});
+    EXPECT_FALSE(Json::parse(archived.output).contains("bytesWritten"));
+}
+
 TEST_F(InspectorProcess, NamesEveryKeyOfAReplyThatFails) {
     const auto reply = write("reply.json", R"({"StorageUsed":[],"BwMax":null})");
     const Result result = run({"item", "QVUserInfoItem", reply});
@@ -81,6 +121,18 @@ TEST_F(InspectorProcess, NamesEveryKeyOfAReplyThatFails) {
         EXPECT_NE(result.errors.find(key), std::string::npos) << key;
     }
     EXPECT_EQ(result.errors.find("MaxStorage"), std::string::npos);
+}
+
+TEST_F(InspectorProcess, NamesTheKeysOfAListsEntriesByTheirPaths) {
+    const auto reply = write("reply.json", R"({"Files":[{"FileId":"1","Name":"a"},{"Size":[]}]})");
+    const Result result = run({"item", "QVFolderListItem", reply});
+    EXPECT_EQ(result.status, 1);
+    for (const char* const key : {"ResponseType (for responseType)", "ParentFolderID",
+                                  "Files[1].FileId (for files[1].identifier)",
+                                  "Files[1].Name (for files[1].name)", "files[1].size"}) {
+        EXPECT_NE(result.errors.find(key), std::string::npos) << key << '\n' << result.errors;
+    }
+    EXPECT_EQ(result.errors.find("Files[0]"), std::string::npos) << result.errors;
 }
 
 TEST_F(InspectorProcess, ListsEveryClassWithItsTables) {
@@ -129,10 +181,76 @@ TEST_F(InspectorProcess, FailsWhenItsOutputCannotBeWritten) {
     EXPECT_EQ(shell("\"$0\" classes > /dev/full", {}).status, 1);
 }
 
+// No file may grow beyond nothing: the program's own message cannot be written either.
+TEST_F(InspectorProcess, KeepsTheOldFileWhenTheNewOneCannotBeWritten) {
+    const auto value = write("value.json", "[1]");
+    const auto old = write("old", "old");
+    const Result result =
+        shell(R"(trap "" XFSZ; ulimit -f 0; "$0" encode "$1" "$2")", {value, old});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(Tests::contentsOf(old), "old");
+    for (const auto& entry : std::filesystem::directory_iterator(folders.root())) {
+        EXPECT_FALSE(entry.path().filename().string().starts_with(".quorvane"));
+    }
+}
+
+TEST_F(InspectorProcess, AddsToWhatStandardOutputIsByName) {
+    const auto value = write("value.json", "[1]");
+    const Result result = shell(R"(echo first; "$0" encode "$1" /dev/stdout)", {value});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(result.output.starts_with("first\nbplist00")) << result.output;
+}
+
+TEST_F(InspectorProcess, ListsReportsAndLeavesNothing) {
+    const auto reports = folders.state() / "Logs" / "DiagnosticReports";
+    EXPECT_EQ(run({"reports"}).output.find("DiagnosticReports"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::is_empty(folders.data()));
+    EXPECT_TRUE(std::filesystem::is_empty(folders.state()));
+    std::filesystem::create_directories(reports);
+    std::ofstream(reports / "QVFinderExtension_a.crash") << "report";
+    const Result plain = run({"reports"});
+    EXPECT_EQ(plain.status, 0);
+    EXPECT_NE(plain.output.find("Created last      " + reports.string()), std::string::npos);
+    const Json listing = Json::parse(run({"reports", "--json"}).output);
+    EXPECT_EQ(listing["reports"][0]["path"], (reports / "QVFinderExtension_a.crash").string());
+    EXPECT_EQ(listing["lastModified"], (reports / "QVFinderExtension_a.crash").string());
+}
+
+TEST_F(InspectorProcess, PrintsAReportAndWhyModulesAreLeftAsTheyAre) {
+    const std::string text =
+        "Process:  QVFinderExtension [1]\nReport Version:  1\n\nThread 1 Crashed: a\n"
+        "0   lib   0x0000000000000010 f + 1\n\nBinary Images:\n"
+        "0x0000000000001000 - 0x0000000000002000  lib  <00>  /absent\n";
+    const Result result = run({"report", write("a.crash", text)});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, text);
+    EXPECT_EQ(result.errors, "quorvane-inspect: no source lines for lib: the build that crashed is "
+                             "not at /absent\n");
+    EXPECT_EQ(shell("\"$0\" report - < \"$1\"", {path("a.crash")}).output, text);
+}
+
+TEST_F(InspectorProcess, RefusesWhatIsNoReport) {
+    const auto junk = write("junk", "no report\n");
+    const Result result = run({"report", junk});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors,
+              "quorvane-inspect: \"" + junk + "\": it is no crash report of version 1\n");
+    EXPECT_EQ(run({"report", path("missing")}).status, 1);
+}
+
+TEST_F(InspectorProcess, RefusesAReportWithoutEnd) {
+    const Result result = run({"report", "/dev/zero"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "quorvane-inspect: \"/dev/zero\": it is longer than 4 MiB\n");
+}
+
 TEST_F(InspectorProcess, ExplainsItself) {
     const Result help = run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* const command : {"archive", "item", "encode", "classes"}) {
+    for (const char* const command :
+         {"archive", "item", "encode", "classes", "reports", "report "}) {
         EXPECT_NE(help.output.find(command), std::string::npos) << command;
     }
     EXPECT_TRUE(run({"--version"}).output.starts_with("quorvane-inspect "));

@@ -153,6 +153,19 @@ Root record() {
     return item;
 }
 
+// Longer together than what is left of them when each is written once.
+Root equalValues() {
+    const auto text = NS::str(std::string(200, 't'));
+    std::vector<NS::Ref<NS::Object>> values;
+    for (int i = 0; i < 60; ++i) {
+        values.emplace_back(NS::make<NS::MutableData>(NS::bytesOf(std::string(200, 'd'))));
+        values.emplace_back(NS::Data::dataWithBytes(NS::bytesOf(std::string(200, 'd'))));
+        values.emplace_back(NS::str(text->utf8()));
+        values.emplace_back(NS::make<NS::MutableString>(*text));
+    }
+    return NS::make<NS::Array>(std::move(values));
+}
+
 struct Sample {
     std::string_view name;
     Root (*make)();
@@ -171,6 +184,7 @@ constexpr Sample kSamples[] = {
     {"urls",             &urls            },
     {"error",            &error           },
     {"shared",           &shared          },
+    {"equalValues",      &equalValues     },
     {"threeHundred",     &threeHundred    },
     {"seventyThousand",  &seventyThousand },
     {"record",           &record          },

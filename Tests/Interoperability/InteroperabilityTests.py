@@ -44,6 +44,8 @@ VALUES = {
     }, name="NSMutableDictionary"),
     "error": Instance("NSError", NSCode=-3, NSDomain=Ref("Domain"),
                       NSUserInfo=Ref(dictionary({"k": "v"}))),
+    "equalValues": array(*[Instance("NSMutableData", NS__data=b"d" * 200), b"d" * 200, "t" * 200,
+                           Instance("NSMutableString", NS__string="t" * 200)] * 60),
     "threeHundred": array(*range(300)),
     "seventyThousand": array(*range(70000)),
     "record": Instance("QVUserInfoItem", timeReceived=816677787.5, identifier=Ref("default"),
@@ -298,6 +300,12 @@ class HandWritten(InteroperabilityTest):
             with self.subTest(width):
                 contents = self.archive([b"\x51a"], reference_width=width, offset_width=max(2, width),
                                         uid_width=width)
+                self.assertEqual(self.shown(contents), ["a"])
+
+    def test_uids_may_have_leading_zeros(self):
+        for width in (9, 12, 16):
+            with self.subTest(width):
+                contents = self.archive([b"\x51a"], offset_width=2, uid_width=width)
                 self.assertEqual(self.shown(contents), ["a"])
 
     def test_any_order_is_read(self):

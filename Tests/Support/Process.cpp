@@ -68,6 +68,7 @@ std::optional<int> Process::waitForExit(std::chrono::milliseconds limit) {
             int status = 0;
             if (!status_ && ::waitpid(pid_, &status, WNOHANG) == pid_) {
                 status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+                dumpedCore_ = WIFSIGNALED(status) && WCOREDUMP(status);
             }
             return status_.has_value();
         },

@@ -34,6 +34,8 @@ class Process {
     // The exit status, or 128 and the number of the signal that ended it; nothing when it still
     // runs after the limit.
     std::optional<int> waitForExit(std::chrono::milliseconds limit = kPatience);
+    // Whether the system wrote a core dump of it, or handed one on, when a signal ended it.
+    bool dumpedCore() const noexcept { return dumpedCore_; }
     // Waits until the kernel shows it in a state: 'S' sleeping, 'T' stopped.
     bool waitForState(char state) const;
 
@@ -46,6 +48,7 @@ class Process {
   private:
     pid_t pid_ = -1;
     std::optional<int> status_;
+    bool dumpedCore_ = false;
     std::filesystem::path output_;
     std::filesystem::path errors_;
 };

@@ -22,6 +22,7 @@ class HandMadeArchive {
     std::vector<Reference> entries{list.addAscii("$null")};
     std::string_view archiver = "NSKeyedArchiver";
     std::int64_t version = 100000;
+    std::string_view rootKey = "root";
     Members top; // what stands beside the root
 
     // Adds an entry to "$objects".
@@ -76,7 +77,7 @@ class HandMadeArchive {
 
     NS::Ref<NS::Data> data(Uid root) {
         Members all = top;
-        all.emplace_back("root", uid(root));
+        all.emplace_back(rootKey, uid(root));
         return NS::Data::dataWithVector(list.finish(dictionary({
             {"$version",  list.addInteger(version)},
             {"$archiver", list.addAscii(archiver) },

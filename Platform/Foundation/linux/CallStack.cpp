@@ -18,13 +18,6 @@ namespace {
 // Deeper stacks lose their outermost frames: what matters stands at the inner end.
 constexpr int kFrames = 128;
 
-std::string demangled(const char* name) {
-    int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> text(
-        abi::__cxa_demangle(name, nullptr, nullptr, &status), &std::free);
-    return status == 0 ? text.get() : name;
-}
-
 std::string baseName(const char* path) {
     const std::string text(path);
     return text.substr(text.rfind('/') + 1);
@@ -53,13 +46,20 @@ std::string symbol(std::size_t index, void* address) {
         module = baseName(info.dli_fname);
         const bool named = info.dli_sname != nullptr;
         const void* start = named ? info.dli_saddr : info.dli_fbase;
-        function = named ? demangled(info.dli_sname) : module;
+        function = named ? readableName(info.dli_sname) : module;
         offset -= reinterpret_cast<std::uintptr_t>(start);
     }
     std::array<char, 96> head{};
     (void)std::snprintf(head.data(), head.size(), "%-3zu %-35.60s 0x%016zx ", index, module.c_str(),
                         reinterpret_cast<std::uintptr_t>(address));
     return head.data() + function + " + " + std::to_string(offset);
+}
+
+std::string readableName(const char* name) {
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> text(
+        abi::__cxa_demangle(name, nullptr, nullptr, &status), &std::free);
+    return status == 0 ? text.get() : name;
 }
 
 } // namespace NS::CallStack

@@ -96,10 +96,11 @@ class PortTest : public FolderTest {
         }
     }
 
-    Process startPeer(const std::string& name, const std::string& file = "peer") {
+    Process startPeer(const std::string& name, const std::string& file = "peer",
+                      const std::string& mode = "echo") {
         return {
             PEER_PROGRAM,
-            {"echo", name},
+            {mode, name},
             folders.root() / (file + ".out"),
             folders.root() / (file + ".err")
         };

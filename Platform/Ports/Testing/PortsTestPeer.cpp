@@ -2,14 +2,18 @@
 //
 //     PortsTestPeer echo NAME     registers NAME, prints "registered" or "taken", sends back each
 //     message
+//     PortsTestPeer goodbye NAME  the same, with a handler of its own for SIGABRT that is set first
+//     and prints "goodbye"
 
 #include "Platform/Ports/MachBootstrapServer.h"
 #include "Platform/Ports/MachPort.h"
 #include "Platform/Ports/RunLoop.h"
 #include "Platform/Ports/Termination.h"
 
+#include <csignal>
 #include <cstdio>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
@@ -28,11 +32,22 @@ class Echo final : public NS::MachPortDelegate {
     NS::Ref<NS::MachPort> port_;
 };
 
+void sayGoodbye(int number) {
+    constexpr std::string_view kText = "goodbye\n";
+    (void)!::write(STDOUT_FILENO, kText.data(), kText.size());
+    (void)std::signal(number, SIG_DFL);
+    (void)std::raise(number);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3 || std::string_view(argv[1]) != "echo") {
+    const std::string_view mode(argc == 3 ? argv[1] : "");
+    if (mode != "echo" && mode != "goodbye") {
         return 2;
+    }
+    if (mode == "goodbye") {
+        (void)std::signal(SIGABRT, &sayGoodbye);
     }
     NS::removeNamesOnTermination();
     const auto port = NS::MachPort::port();

@@ -51,10 +51,20 @@ void removeAllAtExit() {
     removeAll();
 }
 
+constexpr std::array<int, 4> kSignals = {SIGINT, SIGTERM, SIGHUP, SIGABRT};
+
+// What each of the signals did before.
+std::array<struct sigaction, kSignals.size()> earlier;
+
+// Where the signal broke in, it comes again once this returns, as it is blocked until then: it
+// finds what was there before, be it another handler or the end of the process.
 void onSignal(int number) {
     removeAll();
-    // The handler was reset when it was called: the signal now ends the process as if it had never
-    // been handled.
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+        if (kSignals[i] == number) {
+            (void)::sigaction(number, &earlier[i], nullptr);
+        }
+    }
     (void)::raise(number);
 }
 
@@ -85,14 +95,14 @@ void ExitCleanup::remove(std::size_t slot) noexcept {
 }
 
 void removeNamesOnTermination() {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGABRT}) {
-        struct sigaction action {};
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
         // What was ignored from the start, as under nohup, stays ignored.
-        if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
-            action = {};
+        if (::sigaction(kSignals[i], nullptr, &earlier[i]) == 0 &&
+            earlier[i].sa_handler != SIG_IGN) {
+            struct sigaction action {};
             action.sa_handler = &onSignal;
-            action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
-            (void)::sigaction(number, &action, nullptr); // then it ends the process as before
+            action.sa_flags = SA_ONSTACK;
+            (void)::sigaction(kSignals[i], &action, nullptr); // then it ends the process as before
         }
     }
 }

@@ -1,0 +1,84 @@
+#include "Platform/CrashReporter/ZoneOffsets.h"
+
+#include <array>
+#include <limits>
+
+namespace NS {
+
+namespace {
+
+constexpr std::int64_t kDay = 86400;
+constexpr std::int64_t kFortnight = 14 * kDay;
+constexpr std::int64_t kAhead = 400 * kDay;
+constexpr int kFirstYear = 1970;
+constexpr int kLastYear = 9999;
+
+constexpr bool isLeapYear(int year) noexcept {
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+constexpr int daysInYear(int year) noexcept {
+    return isLeapYear(year) ? 366 : 365;
+}
+
+constexpr int daysInMonth(int year, int month) noexcept {
+    constexpr std::array<int, 13> kDays = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return kDays.at(static_cast<std::size_t>(month)) + (month == 2 && isLeapYear(year) ? 1 : 0);
+}
+
+// As if the clock that shows this were in UTC.
+std::int64_t secondsOf(const LocalTime& time) noexcept {
+    std::int64_t days = time.day - 1;
+    for (int year = kFirstYear; year < time.year; ++year) {
+        days += daysInYear(year);
+    }
+    for (int month = 1; month < time.month; ++month) {
+        days += daysInMonth(time.year, month);
+    }
+    return days * kDay + time.hour * 3600 + time.minute * 60 + time.second;
+}
+
+std::int32_t offsetAt(std::int64_t moment) noexcept {
+    return static_cast<std::int32_t>(secondsOf(localTime(moment)) - moment);
+}
+
+// The first moment of another offset than the one before, of which there is one in between.
+std::int64_t changeBetween(std::int64_t before, std::int64_t after) noexcept {
+    const std::int32_t first = offsetAt(before);
+    while (after - before > 1) {
+        const std::int64_t middle = before + (after - before) / 2;
+        (offsetAt(middle) == first ? before : after) = middle;
+    }
+    return after;
+}
+
+} // namespace
+
+LocalTime civilTime(std::int64_t secondsSince1970, std::int32_t offset) noexcept {
+    const std::int64_t seconds = secondsSince1970 + offset < 0 ? 0 : secondsSince1970 + offset;
+    std::int64_t days = seconds / kDay;
+    const auto ofDay = static_cast<int>(seconds % kDay);
+    int year = kFirstYear;
+    for (; days >= daysInYear(year) && year < kLastYear; ++year) {
+        days -= daysInYear(year);
+    }
+    int month = 1;
+    for (; month < 12 && days >= daysInMonth(year, month); ++month) {
+        days -= daysInMonth(year, month);
+    }
+    return {year, month, static_cast<int>(days) + 1, ofDay / 3600, ofDay / 60 % 60, ofDay % 60};
+}
+
+ZoneOffsets ZoneOffsets::from(std::int64_t secondsSince1970) noexcept {
+    const std::int32_t now = offsetAt(secondsSince1970);
+    // Shorter than any rule for summer lasts, but for one during a month of fasting.
+    for (std::int64_t ahead = kFortnight; ahead < kAhead; ahead += kFortnight) {
+        const std::int64_t moment = secondsSince1970 + ahead;
+        if (offsetAt(moment) != now) {
+            return {now, offsetAt(moment), changeBetween(moment - kFortnight, moment)};
+        }
+    }
+    return {now, now, std::numeric_limits<std::int64_t>::max()};
+}
+
+} // namespace NS

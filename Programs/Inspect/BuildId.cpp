@@ -1,0 +1,126 @@
+#include "Programs/Inspect/BuildId.h"
+
+#include "Platform/Foundation/linux/FileDescriptor.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <elf.h>
+#include <fcntl.h>
+#include <link.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <vector>
+
+namespace Inspection {
+
+namespace {
+
+// A program has a dozen segments; its notes come to some hundred bytes.
+constexpr std::size_t kMostSegments = 256;
+constexpr std::uint64_t kLongestNotes = std::uint64_t{64} << 10U;
+constexpr std::size_t kLongestId = 64;
+
+class ProgramFile {
+  public:
+    // Without waiting: a named pipe that nobody writes to must not hold the caller up.
+    explicit ProgramFile(const std::string& path)
+        : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
+
+    bool isRegular() const noexcept {
+        struct stat status {};
+        return ::fstat(file_.get(), &status) == 0 && S_ISREG(status.st_mode);
+    }
+    // Nothing where the file ends earlier.
+    std::optional<std::string> bytesAt(std::uint64_t offset, std::uint64_t count) const {
+        std::string bytes(count, '\0');
+        const ssize_t length =
+            ::pread(file_.get(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        return length >= 0 && static_cast<std::uint64_t>(length) == count
+                   ? std::optional(std::move(bytes))
+                   : std::nullopt;
+    }
+    template <class T>
+    std::optional<T> at(std::uint64_t offset) const {
+        const auto bytes = bytesAt(offset, sizeof(T));
+        if (!bytes) {
+            return std::nullopt;
+        }
+        T value;
+        std::memcpy(&value, bytes->data(), sizeof value);
+        return value;
+    }
+
+  private:
+    NS::FileDescriptor file_;
+};
+
+constexpr std::uint64_t padded(std::uint64_t length, std::uint64_t alignment) noexcept {
+    return (length + alignment - 1) / alignment * alignment;
+}
+
+std::string hexadecimal(std::string_view bytes) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string digits;
+    for (const char each : bytes) {
+        const auto byte = static_cast<unsigned char>(each);
+        digits += {kDigits[byte >> 4U], kDigits[byte & 0xFU]};
+    }
+    return digits;
+}
+
+// The build id among notes, each of which is a head, a name and contents, the contents and the next
+// note aligned. Lengths have 32 bits: their sums do not overflow.
+std::optional<std::string> buildIdIn(std::string_view notes, std::uint64_t alignment) {
+    ElfW(Nhdr) head{};
+    while (notes.size() >= sizeof head) {
+        std::memcpy(&head, notes.data(), sizeof head);
+        const std::uint64_t contents = padded(sizeof head + head.n_namesz, alignment);
+        if (contents + head.n_descsz > notes.size()) {
+            return std::nullopt;
+        }
+        if (head.n_type == NT_GNU_BUILD_ID && head.n_descsz > 0 && head.n_descsz <= kLongestId &&
+            notes.substr(sizeof head, head.n_namesz) == std::string_view("GNU", 4)) {
+            return hexadecimal(notes.substr(contents, head.n_descsz));
+        }
+        const std::uint64_t next = padded(contents + head.n_descsz, alignment);
+        notes.remove_prefix(std::min<std::uint64_t>(next, notes.size()));
+    }
+    return std::nullopt;
+}
+
+bool isOfThisMachine(const ElfW(Ehdr) & header) noexcept {
+    constexpr std::uint16_t kOne = 1;
+    const bool isLittle = reinterpret_cast<const unsigned char&>(kOne) == 1;
+    return std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0 &&
+           header.e_ident[EI_CLASS] == (sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32) &&
+           header.e_ident[EI_DATA] == (isLittle ? ELFDATA2LSB : ELFDATA2MSB) &&
+           header.e_phentsize == sizeof(ElfW(Phdr));
+}
+
+} // namespace
+
+std::optional<std::string> buildIdOfFile(const std::string& path) {
+    const ProgramFile file(path);
+    const auto header = file.isRegular() ? file.at<ElfW(Ehdr)>(0) : std::nullopt;
+    if (!header || !isOfThisMachine(*header)) {
+        return std::nullopt;
+    }
+    const std::size_t segments = std::min<std::size_t>(header->e_phnum, kMostSegments);
+    for (std::size_t i = 0; i < segments; ++i) {
+        const auto segment = file.at<ElfW(Phdr)>(header->e_phoff + i * sizeof(ElfW(Phdr)));
+        if (!segment || segment->p_type != PT_NOTE || segment->p_filesz > kLongestNotes) {
+            continue;
+        }
+        const auto notes = file.bytesAt(segment->p_offset, segment->p_filesz);
+        const auto id = notes ? buildIdIn(*notes, segment->p_align == 8 ? 8 : 4) : std::nullopt;
+        if (id) {
+            return id;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace Inspection

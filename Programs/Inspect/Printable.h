@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Inspection {
+
+// Text from outside as a terminal may have it: control characters, and bytes that are not UTF-8,
+// become "\x1b" and the like. A line feed too; tabs stay.
+std::string printable(std::string_view bytes);
+
+} // namespace Inspection
