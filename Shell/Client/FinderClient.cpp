@@ -86,6 +86,9 @@ class FinderClient::Session {
     Outcome ask(Question& question, Clock::time_point deadline) {
         const Outcome outcome = question.ask(deadline);
         error = question.error();
+        if (outcome == Outcome::kTimedOut) {
+            extension.doubt();
+        }
         handled();
         return outcome;
     }
@@ -137,6 +140,14 @@ bool FinderClient::waitUntilKnown(milliseconds timeout) {
 
 bool FinderClient::isPresent() const noexcept {
     return session_->extension.isPresent();
+}
+
+const std::string& FinderClient::owner() const noexcept {
+    return session_->extension.owner();
+}
+
+bool FinderClient::isAnswering() const noexcept {
+    return session_->extension.isAnswering();
 }
 
 std::uint64_t FinderClient::generation() const noexcept {

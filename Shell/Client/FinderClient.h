@@ -18,11 +18,15 @@ struct MenuEntry {
     std::string title;
     std::string action; // empty for an entry that only tells something
     bool enabled = true;
+
+    bool operator==(const MenuEntry&) const = default;
 };
 
 struct Menu {
     std::string title;
     std::vector<MenuEntry> entries; // in the order in which they are shown
+
+    bool operator==(const Menu&) const = default;
 };
 
 // What a menu is about. Absolute paths in the bytes of the file system, as the file manager has
@@ -30,6 +34,8 @@ struct Menu {
 struct Place {
     std::vector<std::string> items; // selected, in order
     std::string target; // the folder whose window or background is meant; empty for none
+
+    bool operator==(const Place&) const = default;
 };
 
 // How a question or a command ended.
@@ -74,8 +80,8 @@ class FinderClient {
     // Takes in what has come, without waiting.
     void serve();
     // Called by serve(), and by nothing else, when watched folders, toolbar item, generation or
-    // presence have changed since: a question that learns of it has the descriptor readable. May
-    // ask questions, but not destroy the client.
+    // presence have changed since, or isAnswering() is true again: a question that learns of it has
+    // the descriptor readable. May ask questions, but not destroy the client.
     void setOnChange(std::function<void()> onChange);
 
     // Waits until what the extension says of itself is known, or until it is known to be absent;
@@ -83,6 +89,13 @@ class FinderClient {
     bool waitUntilKnown(std::chrono::milliseconds timeout = kDefaultTimeout);
     // True when an extension is on the bus and has said what it watches.
     bool isPresent() const noexcept;
+    // The extension's own name on the bus, another one for each that is started; empty while there
+    // is none.
+    const std::string& owner() const noexcept;
+    // False from a question or a command that timed out until the extension takes in messages
+    // again, which is told as a change. Costs nothing: who wants never to wait twice for one that
+    // is stopped asks nothing meanwhile.
+    bool isAnswering() const noexcept;
     // Changes whenever the menu of a place may have changed, also to that of another extension;
     // never 0 while present. Making the toolbar's menu can change it: do not ask for that menu at
     // each change.

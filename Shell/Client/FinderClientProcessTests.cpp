@@ -68,6 +68,32 @@ TEST_F(FinderClientProcess, HasNothingDoneLaterThatWasToldAsNotDone) {
     EXPECT_EQ(service->output(), "menu\nmenu\n");
 }
 
+TEST_F(FinderClientProcess, TellsWhenOneThatWasStoppedAnswersAgain) {
+    EXPECT_TRUE(client->isAnswering());
+    stop(*service);
+    EXPECT_EQ(menu(0ms), Outcome::kTimedOut);
+    EXPECT_EQ(menu(0ms), Outcome::kTimedOut);
+    EXPECT_FALSE(client->isAnswering());
+    bool isTold = false;
+    client->setOnChange([&] { isTold = client->isAnswering(); });
+    client->serve();
+    EXPECT_FALSE(isTold);
+    service->signal(SIGCONT);
+    EXPECT_TRUE(pump([&] { return isTold; }));
+}
+
+TEST_F(FinderClientProcess, TakesOneThatIsStartedAgainForAnswering) {
+    stop(*service);
+    EXPECT_EQ(menu(0ms), Outcome::kTimedOut);
+    const std::string before = client->owner();
+    service->signal(SIGKILL);
+    EXPECT_TRUE(pump([&] { return client->owner().empty(); }));
+    EXPECT_TRUE(client->isAnswering());
+    startService();
+    EXPECT_TRUE(pump([&] { return client->isPresent(); }));
+    EXPECT_NE(client->owner(), before);
+}
+
 TEST_F(FinderClientProcess, IsAbsentWhileOneThatIsStoppedStarts) {
     stop(*service);
     client.emplace();

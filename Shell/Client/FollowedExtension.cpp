@@ -81,6 +81,12 @@ struct FollowedExtension::Callbacks {
         self(object).takeAll(reply);
         return 1;
     }
+    // An error is an answer as well.
+    static int doubtAnswered(sd_bus_message*, void* object, sd_bus_error*) noexcept {
+        self(object).doubt_.reset();
+        ++self(object).changes_;
+        return 1;
+    }
     static int propertiesChanged(sd_bus_message* signal, void* object, sd_bus_error*) noexcept {
         FollowedExtension& extension = self(object);
         const char* const sender = sd_bus_message_get_sender(signal);
@@ -126,6 +132,7 @@ void FollowedExtension::setOwner(const char* owner) {
     isOwnerKnown_ = true;
     owner_ = owner;
     properties_.reset();
+    doubt_.reset();
     hasAnswered_ = false;
     isPresent_ = false;
     watchedFolders_.clear();
@@ -134,6 +141,20 @@ void FollowedExtension::setOwner(const char* owner) {
     if (!owner_.empty()) {
         askForProperties();
     }
+}
+
+void FollowedExtension::doubt() {
+    if (doubt_ || owner_.empty() || connection_.bus() == nullptr) {
+        return;
+    }
+    sd_bus_slot* slot = nullptr;
+    // Where this cannot be sent the connection has gone, as whoever serves it will see.
+    if (sd_bus_call_method_async(connection_.bus(), &slot, owner_.c_str(), FinderInterface::kObject,
+                                 "org.freedesktop.DBus.Peer", "Ping", &Callbacks::doubtAnswered,
+                                 this, nullptr) >= 0) {
+        doubt_.reset(slot);
+    }
+    connection_.awaitEvents();
 }
 
 // Of the owner by its unique name: nobody is started for it.

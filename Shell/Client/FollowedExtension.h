@@ -24,6 +24,11 @@ class FollowedExtension {
     // Its unique name on the bus; empty while there is none.
     const std::string& owner() const noexcept { return owner_; }
 
+    // Whether it has taken in messages since it was doubted last. To doubt it is to ask it just
+    // that, without waiting, and once until it has answered.
+    bool isAnswering() const noexcept { return !doubt_; }
+    void doubt();
+
     // As the extension spells them, without slashes at the end.
     const std::vector<std::string>& watchedFolders() const noexcept { return watchedFolders_; }
     const ToolbarItem& toolbarItem() const noexcept { return toolbarItem_; }
@@ -52,6 +57,7 @@ class FollowedExtension {
     bool hasAnswered_ = false;
     bool isPresent_ = false;
     BusSlot properties_; // the question that is under way
+    BusSlot doubt_;      // the same, whether it answers
     std::vector<std::string> watchedFolders_;
     ToolbarItem toolbarItem_;
     std::uint64_t generation_ = 0;

@@ -1,0 +1,126 @@
+#include "FileManagers/Caja/Provider.h"
+
+#include "FileManagers/GLib/LocalPath.h"
+#include "FileManagers/GLib/MenuItems.h"
+#include "FileManagers/GLib/ProviderObject.h"
+#include "FileManagers/Gtk3/EntriesMenu.h"
+#include "FileManagers/Gtk3/LocationStrip.h"
+#include "FileManagers/Gtk3/NotDoneDialog.h"
+#include "FileManagers/Gtk3/ThemeIcon.h"
+
+#include <libcaja-extension/caja-location-widget-provider.h>
+#include <libcaja-extension/caja-menu-provider.h>
+
+#include <string>
+#include <utility>
+
+namespace FileManagers {
+
+namespace {
+
+using Shell::MenuKind;
+
+// Menus
+
+GList* fileItems(CajaMenuProvider* provider, GtkWidget*, GList* files) {
+    Drive& drive = driveOf(provider);
+    const SharedPlace place =
+        placeOfFiles(files, &caja_file_info_get_uri, &caja_file_info_get_parent_uri);
+    return newMenuItems(drive, MenuKind::kItems, drive.entries(MenuKind::kItems, *place), place,
+                        &caja_menu_item_new);
+}
+
+GList* backgroundItems(CajaMenuProvider* provider, GtkWidget*, CajaFileInfo* folder) {
+    Drive& drive = driveOf(provider);
+    const SharedPlace place = placeOfFolder(folder, &caja_file_info_get_uri);
+    return newMenuItems(drive, MenuKind::kContainer, drive.entries(MenuKind::kContainer, *place),
+                        place, &caja_menu_item_new);
+}
+
+// The toolbar
+
+struct ToolbarClick {
+    Drive& drive;
+    GtkWidget* window; // which its toolbar does not outlive
+    SharedPlace place;
+};
+
+// A button cannot have a menu of Caja's own, and an own one is as new as the click.
+void toolbarClicked(CajaMenuItem*, gpointer data) {
+    const auto& click = *static_cast<const ToolbarClick*>(data);
+    const auto entries = click.drive.clickedEntries(MenuKind::kToolbar, *click.place);
+    if (!entries.empty()) {
+        popUpOnce(newEntriesMenu(click.drive, MenuKind::kToolbar, entries, click.place),
+                  click.window);
+    }
+}
+
+void forgetClick(gpointer data, GClosure*) {
+    delete static_cast<ToolbarClick*>(data);
+}
+
+GList* toolbarItems(CajaMenuProvider* provider, GtkWidget* window, CajaFileInfo* folder) {
+    Drive& drive = driveOf(provider);
+    SharedPlace place = placeOfFolder(folder, &caja_file_info_get_uri);
+    if (!drive.isOnDrive(place->target)) {
+        return nullptr;
+    }
+    const Shell::ToolbarItem& shown = drive.toolbarItem();
+    CajaMenuItem* const item =
+        caja_menu_item_new("QuorvaneToolbar", withoutMnemonics(shown.name, '_').c_str(),
+                           shown.toolTip.c_str(), themeIcon(shown));
+    g_signal_connect_data(item, "activate", G_CALLBACK(&toolbarClicked),
+                          new ToolbarClick{drive, window, std::move(place)}, &forgetClick,
+                          GConnectFlags{});
+    return g_list_append(nullptr, item);
+}
+
+void initMenus(gpointer interface, gpointer) {
+    auto& menus = *static_cast<CajaMenuProviderIface*>(interface);
+    menus.get_file_items = &fileItems;
+    menus.get_background_items = &backgroundItems;
+    menus.get_toolbar_items = &toolbarItems;
+}
+
+// Shown folders
+
+void locationLeft(GtkWidget* widget, gpointer provider) {
+    driveOf(provider).close(widget);
+}
+
+// A widget that nobody sees: it lives for as long as its window shows the folder.
+GtkWidget* locationWidget(CajaLocationWidgetProvider* provider, const char* uri, GtkWidget*) {
+    const std::string folder = localPath(uri);
+    if (folder.empty()) {
+        return nullptr;
+    }
+    GtkWidget* const widget = gtk_event_box_new();
+    gtk_widget_set_no_show_all(widget, TRUE);
+    followVisibility(widget);
+    g_signal_connect(widget, "destroy", G_CALLBACK(&locationLeft), provider);
+    driveOf(provider).show(widget, {folder});
+    return widget;
+}
+
+void initLocations(gpointer interface, gpointer) {
+    static_cast<CajaLocationWidgetProviderIface*>(interface)->get_widget = &locationWidget;
+}
+
+void itemsChanged(gpointer provider) {
+    caja_menu_provider_emit_items_updated_signal(static_cast<CajaMenuProvider*>(provider));
+}
+
+constexpr ProviderCallbacks kCallbacks{&itemsChanged, &showNotDone};
+
+} // namespace
+
+GType registerProvider(GTypeModule* module) {
+    const GType type = registerProviderType(module, "QuorvaneCajaProvider", &kCallbacks);
+    const GInterfaceInfo menus{&initMenus, nullptr, nullptr};
+    const GInterfaceInfo locations{&initLocations, nullptr, nullptr};
+    g_type_module_add_interface(module, type, CAJA_TYPE_MENU_PROVIDER, &menus);
+    g_type_module_add_interface(module, type, CAJA_TYPE_LOCATION_WIDGET_PROVIDER, &locations);
+    return type;
+}
+
+} // namespace FileManagers

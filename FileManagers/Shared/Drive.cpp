@@ -1,0 +1,145 @@
+#include "FileManagers/Shared/Drive.h"
+
+#include <utility>
+
+namespace FileManagers {
+
+using Shell::MenuEntry;
+using Shell::MenuKind;
+using Shell::Outcome;
+using Shell::Place;
+
+Drive::Drive(Times times)
+    : patience_(times.patience), breaker_(times.firstPause), kept_(times.echo) {
+    client_.setOnChange([this] {
+        noteChange();
+        if (const auto tell = onChange_) { // which it may replace
+            tell();
+        }
+    });
+}
+
+void Drive::serve() {
+    client_.serve();
+}
+
+// Once, a window that is shown before anything is known waits for it; what is known then is kept up
+// to date by serve().
+void Drive::learn() {
+    if (!std::exchange(hasLearned_, true)) {
+        (void)client_.waitUntilKnown(patience_);
+    }
+    noteChange();
+}
+
+void Drive::noteChange() {
+    if (owner_ != client_.owner()) {
+        owner_ = client_.owner();
+        breaker_.reset();
+    }
+    if (client_.isPresent()) {
+        name_ = client_.toolbarItem().name;
+    }
+}
+
+bool Drive::isOnDrive(const std::string& folder) {
+    learn();
+    return client_.isPresent() && client_.watchedFolder(folder).has_value();
+}
+
+// The toolbar's menu could be had everywhere, but has no place outside of the drive.
+bool Drive::isOffered(MenuKind kind, const Place& place) {
+    return kind == MenuKind::kToolbar ? isOnDrive(place.target) : client_.isOffered(kind, place);
+}
+
+Outcome Drive::outcomeBeforeAsking() {
+    learn();
+    if (!client_.isPresent()) {
+        return Outcome::kAbsent;
+    }
+    return breaker_.isOpen(client_.isAnswering(), Breaker::Clock::now()) ? Outcome::kTimedOut
+                                                                         : Outcome::kDone;
+}
+
+Shell::FinderClient::MenuAnswer Drive::ask(MenuKind kind, const Place& place) {
+    auto answer = client_.menu(kind, place, patience_);
+    note(answer.outcome);
+    return answer;
+}
+
+void Drive::note(Outcome outcome) {
+    noteChange();
+    if (outcome == Outcome::kTimedOut) {
+        breaker_.noteTimeout(Breaker::Clock::now());
+    } else if (outcome == Outcome::kDone) {
+        breaker_.noteAnswer();
+    }
+}
+
+const std::vector<MenuEntry>& Drive::entries(MenuKind kind, const Place& place) {
+    static const std::vector<MenuEntry> kNone;
+    learn();
+    if (!client_.isPresent()) {
+        return kNone;
+    }
+    const auto now = KeptMenus::Clock::now();
+    const auto generation = client_.generation();
+    if (const Shell::Menu* const kept = kept_.find(kind, place, generation, now)) {
+        return kept->entries;
+    }
+    if (outcomeBeforeAsking() != Outcome::kDone || !isOffered(kind, place)) {
+        return kNone;
+    }
+    auto answer = ask(kind, place);
+    switch (answer.outcome) {
+    case Outcome::kDone:
+    case Outcome::kFailed: // what failed once would fail at each look
+    case Outcome::kTooLarge:
+        return kept_
+            .keep(kind, place, generation, now, std::move(answer.menu).value_or(Shell::Menu()))
+            .entries;
+    default:
+        return kNone;
+    }
+}
+
+std::vector<MenuEntry> Drive::clickedEntries(MenuKind kind, const Place& place) {
+    Outcome outcome = outcomeBeforeAsking();
+    Shell::FinderClient::MenuAnswer answer;
+    if (outcome == Outcome::kDone) {
+        answer = isOffered(kind, place) ? ask(kind, place)
+                                        : Shell::FinderClient::MenuAnswer{Outcome::kNotOffered, {}};
+        outcome = answer.outcome;
+    }
+    if (outcome != Outcome::kDone) {
+        tell(name_, outcome);
+    }
+    return answer.menu ? std::move(answer.menu->entries) : std::vector<MenuEntry>();
+}
+
+void Drive::pick(MenuKind kind, const MenuEntry& entry, const Place& place) {
+    Outcome outcome = outcomeBeforeAsking();
+    if (outcome == Outcome::kDone) {
+        outcome = client_.run(kind, entry.action, place, patience_ * 9 / 10);
+        note(outcome);
+    }
+    if (outcome != Outcome::kDone) {
+        tell(entry.title, outcome);
+    }
+}
+
+void Drive::tell(const std::string& title, Outcome outcome) {
+    if (onNotDone_) {
+        onNotDone_(notDone(title, outcome, name_, client_.error()));
+    }
+}
+
+std::string withoutMnemonics(const std::string& title, char marker) {
+    std::string label;
+    for (const char character : title) {
+        label.append(character == marker ? 2 : 1, character);
+    }
+    return label;
+}
+
+} // namespace FileManagers

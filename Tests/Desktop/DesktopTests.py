@@ -1,0 +1,94 @@
+#!/usr/bin/python3
+"""DesktopTests.py --build FOLDER --pictures FOLDER [--case NAME ...] [FILE-MANAGER ...]
+
+Tests the plug-ins in real windows: each file manager in a session of its own, on a display and a bus of
+its own, with a real host and a real extension. Without names, all file managers whose plug-ins are built.
+--case takes the cases whose names hold one of these texts. Exits with status 1 when a case failed.
+"""
+
+import argparse
+import importlib
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+MANAGERS = {"caja": "Caja", "nemo": "Nemo"}
+HERE = Path(__file__).resolve()
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawTextHelpFormatter)
+    parser.add_argument("--build", type=Path, required=True)
+    parser.add_argument("--pictures", type=Path, required=True)
+    parser.add_argument("--case", action="append", default=[])
+    parser.add_argument("--inside", type=Path, help=argparse.SUPPRESS)
+    parser.add_argument("managers", nargs="*", metavar="FILE-MANAGER", help=", ".join(MANAGERS))
+    options = parser.parse_args()
+    unknown = [name for name in options.managers if name not in MANAGERS]
+    if unknown:
+        parser.error(f"no such file manager: {', '.join(unknown)}")
+    return options
+
+
+def run_outside(options):
+    """Each file manager in namespaces of its own, with which all of its processes end."""
+    built = [name for name in MANAGERS if (options.build / "plug-ins" / f"quorvane-{name}").exists()]
+    failed = [name for name in options.managers or built if run_one(options, name) != 0]
+    if not built:
+        print("no plug-in is built", file=sys.stderr)
+    if failed:
+        print(f"failed: {', '.join(failed)}", file=sys.stderr)
+    return 1 if failed or not built else 0
+
+
+def run_one(options, name):
+    print(f"{MANAGERS[name]}:", file=sys.stderr, flush=True)
+    cases = [argument for case in options.case for argument in ("--case", case)]
+    # Taken away when no process is left that could write into it, and nothing is mounted in it.
+    with tempfile.TemporaryDirectory(prefix="quorvane-desktop-") as root:
+        return subprocess.run(
+            ["unshare", "--map-root-user", "--mount", "--pid", "--fork", "--mount-proc", "--kill-child",
+             sys.executable, "-B", str(HERE), "--inside", root, "--build", str(options.build.resolve()),
+             "--pictures", str(options.pictures.resolve()), *cases, name], check=False).returncode
+
+
+def chosen(suite, texts):
+    for test in suite:
+        if isinstance(test, unittest.TestSuite):
+            yield from chosen(test, texts)
+        elif not texts or any(text in test.id() for text in texts):
+            yield test
+
+
+def run_inside(options):
+    from session import Session
+
+    name = options.managers[0]
+    session = Session(options.inside, options.build, options.pictures)
+    try:
+        session.enter()
+        # What follows connects to the session's bus as it is imported.
+        import cases
+        from drive import Drive
+
+        manager = getattr(importlib.import_module(f"managers.{name}"), MANAGERS[name])(session)
+        manager.prepare()
+        case = cases.FileManagerCase
+        case.session, case.drive, case.manager = session, Drive(session), manager
+        tests = unittest.TestSuite(
+            chosen(unittest.defaultTestLoader.loadTestsFromModule(cases), options.case))
+        result = unittest.TextTestRunner(verbosity=2).run(tests)
+        return 0 if result.wasSuccessful() and result.testsRun > 0 else 1
+    finally:
+        session.leave()
+
+
+def main():
+    options = arguments()
+    return run_inside(options) if options.inside else run_outside(options)
+
+
+if __name__ == "__main__":
+    sys.exit(main())

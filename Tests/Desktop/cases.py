@@ -1,0 +1,209 @@
+"""What a user sees and does in a file manager, the same for all of them."""
+
+import unittest
+
+from waiting import same_twice, until
+
+SHARE, PROPERTIES, TRASH = "QV: Share", "QV: Show Properties", "QV: Move To Trash"
+RESTORE, DELETE, REFRESH = "QV: Restore", "QV: Delete", "QV: Refresh Folder"
+DASHES = "\N{EM DASH}" * 17
+
+
+def enabled(*titles):
+    return [(title, True) for title in titles]
+
+
+class FileManagerCase(unittest.TestCase):
+    """A fresh drive, with a window of the file manager on its folder Docs."""
+
+    session = drive = manager = None
+
+    def setUp(self):
+        self.drive.start()
+        self.addCleanup(self.drive.end)
+        self.addCleanup(self.manager.end)
+        self.addCleanup(self.take_picture)
+        self.manager.start(self.drive.path / "Docs")
+        self.manager.wait_for_item("a.txt")
+
+    def take_picture(self):
+        self.session.take_picture(f"{self.manager.name}-{self.id().split('.')[-1]}")
+
+    def menu_of(self, *names):
+        """Our entries, in a menu that is opened and closed again."""
+        self.manager.open_menu(*names)
+        entries = self.manager.entries()
+        self.session.take_picture(f"{self.manager.name}-menu-{self.id().split('.')[-1]}")
+        self.manager.close_menu()
+        return entries
+
+    def wait_for_menu(self, expected, *names):
+        """For entries that come or go with the extension: until a menu that is opened has them."""
+        last = []
+
+        def fits():
+            last[:] = self.menu_of(*names)
+            return last == expected
+
+        until(fits, f"a menu with {expected}, but {last}")
+
+    def toolbar_menu(self):
+        self.manager.open_toolbar_menu()
+        entries = self.manager.all_entries()
+        self.session.take_picture(f"{self.manager.name}-toolbar-{self.id().split('.')[-1]}")
+        self.manager.close_menu()
+        return entries
+
+
+class Menus(FileManagerCase):
+    def test_of_a_file(self):
+        expected = enabled(SHARE, PROPERTIES, TRASH)
+        self.assertEqual(self.menu_of("a.txt"), expected)
+        self.assertEqual(self.drive.entries(self.drive.path / "Docs/a.txt"), expected)
+
+    def test_of_several_files(self):
+        expected = enabled(TRASH)
+        self.assertEqual(self.menu_of("a.txt", "b.txt"), expected)
+        self.assertEqual(
+            self.drive.entries(self.drive.path / "Docs/a.txt", self.drive.path / "Docs/b.txt"), expected)
+
+    def test_of_the_background(self):
+        expected = enabled(SHARE, PROPERTIES, REFRESH)
+        self.assertEqual(self.menu_of(), expected)
+        self.assertEqual(
+            self.drive.entries("--kind", "container", "--target", self.drive.path / "Docs"), expected)
+
+    def test_are_empty_outside_of_the_drive(self):
+        beside = self.drive.path.with_name(self.drive.path.name + "2")
+        beside.mkdir(exist_ok=True)
+        (beside / "foreign.txt").touch()
+        self.manager.open_window(beside)
+        self.manager.wait_for_item("foreign.txt")
+        self.assertEqual(self.menu_of("foreign.txt"), [])
+        self.assertEqual(self.menu_of(), [])
+        self.assertFalse(self.manager.has_toolbar_menu())
+
+    def test_of_the_special_folders(self):
+        self.manager.go_up("Drive")
+        self.manager.wait_for_item("Trash")
+        self.assertEqual(self.menu_of("Trash"), [])
+        self.assertEqual(self.menu_of("Shared Folders"), [])
+        self.assertEqual(self.menu_of("top.txt"), enabled(SHARE, PROPERTIES, TRASH))
+
+    def test_refresh_the_folder(self):
+        self.manager.open_menu()
+        self.manager.pick(REFRESH)
+        until(lambda: self.drive.requests("ext_refresh_folder"), "a request to refresh")
+        self.assertEqual(self.drive.requests("ext_refresh_folder")[0]["payload"], ["/Docs"])
+
+    def test_move_to_the_trash_and_back(self):
+        self.manager.open_menu("a.txt")
+        self.manager.pick(TRASH)
+        self.drive.wait_for_file("Trash/a.txt")
+        self.drive.wait_for_no_file("Docs/a.txt")
+        self.manager.wait_for_no_item("a.txt")
+        self.manager.open_window(self.drive.path / "Trash")
+        self.manager.wait_for_item("a.txt")
+        self.assertEqual(self.menu_of("a.txt"), enabled(RESTORE, DELETE))
+        self.manager.open_menu("a.txt")
+        self.manager.pick(RESTORE)
+        self.drive.wait_for_file("Docs/a.txt")
+        self.drive.wait_for_no_file("Trash/a.txt")
+
+
+class ToolbarMenu(FileManagerCase):
+    def storage_line(self):
+        return self.drive.toolbar_entries()[-1]["title"]
+
+    def expected(self, count):
+        return [(f"Empty Trash ({count})", True), (DASHES, False), ("Refresh Folder", True),
+                (DASHES, False), (self.storage_line(), False)]
+
+    def test_shows_the_count_and_the_storage_before_and_after(self):
+        self.assertRegex(self.storage_line(), r"^\S+ \S+ of \S+ \S+ used$")
+        self.assertEqual(self.toolbar_menu(), self.expected(1))
+        self.manager.open_menu("a.txt", "b.txt")
+        self.manager.pick(TRASH)
+        self.drive.wait_for_file("Trash/b.txt")
+        until(lambda: self.drive.toolbar_entries()[0]["title"] == "Empty Trash (3)",
+              "the account's record with three items in the Trash")
+        self.assertEqual(self.toolbar_menu(), self.expected(3))
+
+    def test_empties_the_trash(self):
+        self.manager.open_toolbar_menu()
+        self.manager.pick("Empty Trash (1)")
+        self.drive.wait_for_no_file("Trash/old.txt")
+
+
+class ShownFolders(FileManagerCase):
+    def test_are_begun_and_ended_with_their_windows(self):
+        self.drive.wait_for_shown("/Docs")
+        self.manager.open_window(self.drive.path / "Docs")
+        self.manager.open_window(self.drive.path)
+        self.drive.wait_for_shown("/Docs", "/")
+        self.manager.close_window()
+        self.manager.close_window()
+        self.drive.wait_for_shown("/Docs")
+        self.assertEqual(self.drive.times_begun("/Docs"), 1)
+
+    def test_follow_the_window(self):
+        self.manager.go_down("Inner")
+        self.drive.wait_for_shown("/Docs/Inner")
+        self.manager.go_up("Docs")
+        self.drive.wait_for_shown("/Docs")
+
+    def test_end_with_the_file_manager(self):
+        self.drive.wait_for_shown("/Docs")
+        self.manager.process.kill()
+        self.drive.wait_for_shown()
+
+    def test_are_told_to_an_extension_that_is_started_again(self):
+        self.drive.wait_for_shown("/Docs")
+        self.drive.extension.kill()
+        self.drive.start_extension()
+        until(lambda: self.drive.times_begun("/Docs") == 2, "the folder, begun anew")
+        self.drive.wait_for_shown("/Docs")
+
+
+class Window(FileManagerCase):
+    def test_is_outside_of_the_drive_as_it_is_without_the_plug_in(self):
+        beside = self.drive.path.with_name("Beside")
+        beside.mkdir(exist_ok=True)
+        self.manager.end()
+        self.manager.start(beside)
+        with_plug_in = self.manager.view_extents()
+        self.manager.end()
+        self.manager.start(beside, with_plug_in=False)
+        self.assertEqual(with_plug_in, self.manager.view_extents())
+
+
+class Extension(FileManagerCase):
+    def test_stopped_has_no_entries_until_it_goes_on(self):
+        self.drive.stop_extension()
+        self.assertEqual(self.menu_of("a.txt"), [])
+        self.assertEqual(self.menu_of("b.txt"), [])
+        self.drive.continue_extension()
+        self.wait_for_menu(enabled(SHARE, PROPERTIES, TRASH), "b.txt")
+
+    def test_killed_has_no_entries_until_it_is_started_again(self):
+        expected = enabled(SHARE, PROPERTIES, TRASH)
+        self.assertEqual(self.menu_of("a.txt"), expected)
+        self.drive.extension.kill()
+        self.wait_for_menu([], "a.txt")
+        self.wait_for_menu([])
+        self.drive.start_extension()
+        self.wait_for_menu(expected, "a.txt")
+        self.wait_for_menu(enabled(SHARE, PROPERTIES, REFRESH))
+
+    def test_stopped_does_not_do_later_what_the_user_was_told(self):
+        self.manager.open_menu("a.txt")
+        self.assertEqual(self.manager.entries(), enabled(SHARE, PROPERTIES, TRASH))
+        self.drive.stop_extension()
+        self.manager.pick(TRASH)
+        self.manager.wait_for_message("Nothing was done, and nothing will be done later.")
+        self.drive.continue_extension()
+        # Its answers come in the order of the questions.
+        self.assertEqual(same_twice(lambda: self.drive.entries(self.drive.path / "Docs/a.txt"), "a menu"),
+                         enabled(SHARE, PROPERTIES, TRASH))
+        self.assertEqual(self.drive.requests("ext_movetotrash"), [])
+        self.assertTrue((self.drive.path / "Docs/a.txt").exists())

@@ -1,0 +1,22 @@
+"""One adapter per file manager: how its windows are driven, with the same operations for all.
+
+    name              of the file manager, its program and its plug-in's folder
+    prepare()         writes its settings, once in a session
+    start(folder, with_plug_in=True), end()
+                      starts it with a window on a folder; ends it
+    open_window(folder)
+                      another one
+    go_down(name), go_up(name)
+                      to a folder that is shown, to the one above
+    close_window()    the last one that was opened
+    view_extents()    of the part of the window with the items
+    wait_for_item(name), wait_for_no_item(name)
+    open_menu(names)  selects items and opens their menu; without names that of the background
+    entries()         of ours in the open menu: titles, and whether each can be picked
+    pick(title)       in the open menu
+    close_menu()
+    all_entries()     of the open menu, whosever they are
+    has_toolbar_menu(), open_toolbar_menu()
+    wait_for_message(text)
+                      until a message to the user holds a text; closes it
+"""

@@ -1,0 +1,103 @@
+"""Windows as assistive technologies see them, and a hand on the mouse."""
+
+import subprocess
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+from waiting import PATIENCE, same_twice  # noqa: E402
+
+MENU_ITEMS = ("menu item", "check menu item", "radio menu item", "menu")
+
+
+def children(node):
+    """Those of a node that is there; what goes while it is looked at has none."""
+    try:
+        return [child for index in range(node.get_child_count())
+                if (child := node.get_child_at_index(index)) is not None]
+    except GLib.Error:
+        return []
+
+
+def walk(node):
+    yield node
+    for child in children(node):
+        yield from walk(child)
+
+
+def matches(node, role, name):
+    try:
+        return (role is None or node.get_role_name() == role) and (name is None or node.get_name() == name)
+    except GLib.Error:
+        return False
+
+
+def find_all(root, role=None, name=None):
+    return [node for node in walk(root) if matches(node, role, name)] if root else []
+
+
+def find(root, role=None, name=None):
+    return next((node for node in walk(root) if matches(node, role, name)), None) if root else None
+
+
+def application(name):
+    desktop = Atspi.get_desktop(0)
+    desktop.clear_cache()
+    return next((node for node in children(desktop) if matches(node, None, name)), None)
+
+
+def has_state(node, state):
+    try:
+        return node.get_state_set().contains(state)
+    except GLib.Error:
+        return False
+
+
+def is_showing(node):
+    return has_state(node, Atspi.StateType.SHOWING)
+
+
+def is_enabled(node):
+    return has_state(node, Atspi.StateType.SENSITIVE)
+
+
+def extents(node):
+    """Left, top, width and height on the screen; nothing while it is not shown."""
+    try:
+        box = node.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+    except (AttributeError, GLib.Error):
+        return None
+    return (box.x, box.y, box.width, box.height) if box.width > 0 and box.height > 0 else None
+
+
+def press(node):
+    """What a click on it would do."""
+    assert node.get_action_iface().do_action(0)
+
+
+def xdotool(*arguments):
+    subprocess.run(["xdotool", *map(str, arguments)], check=True, timeout=PATIENCE)
+
+
+def click(x, y, button=1, modifier=None, repeat=1):
+    hold = ["keydown", modifier] if modifier else []
+    release = ["keyup", modifier] if modifier else []
+    xdotool("mousemove", x, y, *hold, "click", "--repeat", repeat, "--delay", 50, button, *release)
+
+
+def resting_extents(find_node, what):
+    """Those of a node that has settled."""
+    return same_twice(lambda: extents(node) if (node := find_node()) else None, what)
+
+
+def resting_middle(find_node, what):
+    left, top, width, height = resting_extents(find_node, what)
+    return left + width // 2, top + height // 2
+
+
+def entries_of(menu):
+    """Titles of a menu's items and whether each can be picked, in order."""
+    return [(node.get_name(), is_enabled(node)) for node in children(menu)
+            if node.get_role_name() in MENU_ITEMS and is_showing(node)]
