@@ -16,8 +16,9 @@ enum class Forms : std::uint8_t {
 //
 // Numbers without point or exponent are integers, null is the null object. Raises Error, which says
 // what is wrong and where, for anything that is no JSON, for a key that stands twice in an object,
-// an integer beyond 64 bits, objects deeper within one another than NS::Limits::kDepth, a form that
-// does not exist or is filled in wrongly, nil within a collection, and for records.
+// a member that stands twice in a set, an integer beyond 64 bits, objects deeper within one another
+// than NS::Limits::kDepth, a form that does not exist or is filled in wrongly, nil within a
+// collection, and for records.
 NS::RefPtr<NS::Object> valueFromJson(std::string_view json, Forms forms);
 
 } // namespace Inspection
