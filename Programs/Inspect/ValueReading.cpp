@@ -8,6 +8,7 @@
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/String.h"
+#include "Programs/Inspect/FiniteNumbers.h"
 #include "Programs/Inspect/InspectionError.h"
 #include "Programs/Inspect/Printable.h"
 #include "Programs/Inspect/ValueForms.h"
@@ -15,6 +16,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -35,7 +37,9 @@ class NoJson final : public Error {
 // Builds the value while the text goes by.
 class ValueBuilder final : public nlohmann::json_sax<Json> {
   public:
-    explicit ValueBuilder(Forms forms) noexcept : forms_(forms) {}
+    // The text has each number of those places as one that the parser takes, of its sign.
+    ValueBuilder(Forms forms, const std::vector<std::size_t>& overflowing) noexcept
+        : forms_(forms), overflowing_(overflowing) {}
 
     const NS::RefPtr<NS::Object>& value() const noexcept { return root_; }
 
@@ -59,16 +63,23 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
     bool null() override { return put(NS::Null::null()); }
     bool boolean(bool value) override { return put(NS::Number::numberWithBool(value)); }
     bool number_integer(std::int64_t value) override {
+        ++numbers_;
         return put(NS::Number::numberWithLongLong(value));
     }
     bool number_unsigned(std::uint64_t value) override {
+        ++numbers_;
         return put(value <= std::uint64_t{std::numeric_limits<std::int64_t>::max()}
                        ? NS::Number::numberWithLongLong(static_cast<std::int64_t>(value))
                        : NS::Number::numberWithUnsignedLongLong(value));
     }
-    // The parser takes an integer that is too long for a real number.
+    // The parser takes an integer that is too long for a real number; in somebody else's JSON it is
+    // read as one, as its limits are whose key it is.
     bool number_float(double value, const std::string& text) override {
-        if (text.find_first_of(".eE") == std::string::npos) {
+        if (std::ranges::binary_search(overflowing_, numbers_++)) {
+            value = std::copysign(std::numeric_limits<double>::infinity(), value);
+        }
+        const bool isInteger = text.find_first_of(".eE") == std::string::npos;
+        if (isInteger && forms_ == Forms::kValues) {
             throw Error("the integer " + text.substr(0, NS::Limits::kQuotedName) +
                         " takes more than 64 bits");
         }
@@ -353,6 +364,8 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
     static constexpr std::size_t kFramesPerCollection = 3;
 
     Forms forms_;
+    const std::vector<std::size_t>& overflowing_;
+    std::size_t numbers_ = 0; // that went by
     std::vector<Frame> open_;
     std::size_t depth_ = 0;               // how many of them are collections
     std::vector<Collection> collections_; // complete ones, by number less one
@@ -363,9 +376,11 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
 } // namespace
 
 NS::RefPtr<NS::Object> valueFromJson(std::string_view json, Forms forms) {
-    ValueBuilder builder(forms);
+    const FiniteNumbers finite = forms == Forms::kNone ? withFiniteNumbers(json) : FiniteNumbers();
+    ValueBuilder builder(forms, finite.overflowing);
     try {
-        (void)Json::sax_parse(json, &builder); // what is wrong raises
+        const bool isAsGiven = finite.overflowing.empty();
+        (void)Json::sax_parse(isAsGiven ? json : finite.json, &builder); // what is wrong raises
     } catch (const NoJson&) {
         throw; // it says the line and the column
     } catch (const Error& error) {

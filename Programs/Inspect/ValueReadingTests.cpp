@@ -120,6 +120,19 @@ TEST_F(ValueReading, TakesFormsForWhatTheySayInSomebodyElsesJson) {
     EXPECT_TRUE(reply->objectForKey("$$"));
 }
 
+TEST_F(ValueReading, TakesNumbersOfAnySizeInSomebodyElsesJson) {
+    const auto reply = as<NS::Array>(
+        value("[1,18446744073709551616,-9223372036854775809,1e400,2,-1e400,3e5]", Forms::kNone));
+    ASSERT_TRUE(reply);
+    std::string numbers;
+    for (const auto& each : *reply) {
+        EXPECT_EQ(as<NS::Number>(each)->type() == NS::Number::Type::kInteger,
+                  numbers.empty() || each->description()->utf8() == "2");
+        numbers += each->description()->utf8() + ' ';
+    }
+    EXPECT_EQ(numbers, "1 1.844674407370955e+19 -9.223372036854776e+18 inf 2 -inf 300000 ");
+}
+
 TEST_F(ValueReading, SaysWhatIsWrongAndWhere) {
     constexpr std::pair<std::string_view, std::string_view> kRows[] = {
         {R"({"a":{"b":1,"b":2}})",                "the key b stands twice, at /a"                                  },
