@@ -79,14 +79,14 @@ void showArchive(const std::string& file) {
 }
 
 void showItem(const std::string& className, const std::string& replyFile,
-              const std::string& archiveFile) {
+              const std::optional<std::string>& archiveFile) {
     const auto item = itemOf(className, replyFile);
-    if (archiveFile.empty()) {
+    if (!archiveFile) {
         printItem(item, std::cout);
     } else {
         const auto data = NS::KeyedArchiver::archivedDataWithRootObject(item);
-        writeContents(archiveFile, data->bytes());
-        if (archiveFile != "-") {
+        writeContents(*archiveFile, data->bytes());
+        if (*archiveFile != "-") {
             printArchive(data->bytes(), std::cout);
         }
     }

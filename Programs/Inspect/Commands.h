@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace Inspection {
@@ -13,9 +14,9 @@ enum class ReportForm : std::uint8_t { kPlain, kJson };
 void showArchive(const std::string& file);
 
 // With an archive, the record is written there as well; on standard output ("-") in place of the
-// JSON.
+// JSON. A name that is empty is one of a file that cannot be written.
 void showItem(const std::string& className, const std::string& replyFile,
-              const std::string& archiveFile);
+              const std::optional<std::string>& archiveFile);
 
 void encodeValue(const std::string& valueFile, const std::string& archiveFile);
 

@@ -121,8 +121,25 @@ fs::path behindLinks(const std::string& file) {
     return error ? fs::path(file) : path;
 }
 
+// Replacing a file takes a folder that can be written only; the file itself is asked here. For its
+// owner's permission first, which an open by the superuser passes over.
+void checkWritable(const fs::path& target, const std::string& file) {
+    std::error_code missing;
+    const auto status = fs::status(target, missing);
+    if (!fs::exists(status)) {
+        return;
+    }
+    if ((status.permissions() & fs::perms::owner_write) == fs::perms::none) {
+        throw Error("cannot write " + nameOfOutput(file) + ": it is read-only");
+    }
+    if (!std::ofstream(target, std::ios::binary | std::ios::app)) {
+        raise("cannot write " + nameOfOutput(file));
+    }
+}
+
 void replaceContents(const std::string& file, NS::Bytes bytes) {
     const fs::path target = behindLinks(file);
+    checkWritable(target, file);
     PassingFile replacement(target.parent_path());
     if (!replacement.write(bytes) || !replacement.moveTo(target)) {
         raise("cannot write " + nameOfOutput(file));

@@ -20,7 +20,8 @@ NS::Ref<NS::Data> contentsOf(const std::string& file,
 
 // Replaces a file's contents by a file that is written beside it: whole, or not at all. A device, a
 // pipe or what is open already ("/dev/stdout") gets the bytes as they are. Raises Error when they
-// cannot be written.
+// cannot be written, and leaves alone a file that its owner may not write: whoever asks, the
+// superuser too, made it or found it read-only on purpose.
 void writeContents(const std::string& file, NS::Bytes bytes);
 
 } // namespace Inspection

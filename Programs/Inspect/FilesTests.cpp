@@ -55,6 +55,20 @@ TEST_F(Files, KeepTheirPermissions) {
               fs::perms::owner_read | fs::perms::owner_write);
 }
 
+// Also where the folder, or being the superuser, would allow it.
+TEST_F(Files, AreLeftAloneWhereTheirOwnerMadeThemReadOnly) {
+    write(path("out"), "old");
+    fs::create_symlink("out", path("link"));
+    for (const mode_t mode : {0444U, 0464U, 0066U}) {
+        ASSERT_EQ(chmod(path("out").c_str(), mode), 0);
+        EXPECT_EQ(mistake(path("out")), "cannot write \"" + path("out") + "\": it is read-only");
+        EXPECT_EQ(mistake(path("link")), "cannot write \"" + path("link") + "\": it is read-only");
+    }
+    fs::permissions(path("out"), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(contents(path("out")), "old");
+    EXPECT_EQ(countOfFiles(), 2U);
+}
+
 // Who has the old file open goes on reading the old contents.
 TEST_F(Files, AreReplacedByAnotherFile) {
     write(path("out"), "old");

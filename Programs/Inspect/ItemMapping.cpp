@@ -1,7 +1,8 @@
 #include "Programs/Inspect/ItemMapping.h"
 
-#include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Null.h"
+#include "Platform/Foundation/Number.h"
 #include "QVApi/Content/QVContentClasses.h"
 
 #include <algorithm>
@@ -11,23 +12,44 @@ namespace Inspection {
 
 namespace {
 
-std::string reasonOf(const NS::Exception& exception) {
-    return NS::descriptionOf(exception.reason().get())->utf8();
-}
-
-// What becomes of a value: something, nothing, or an exception.
-struct Outcome {
-    bool isMade = false;
-    bool isRaised = false;
-    std::string reason = {};
+// What a reply's JSON can hold, as a person calls it.
+constexpr std::pair<const NS::Class*, const char*> kKinds[] = {
+    {&NS::Null::kClass,       "null"     },
+    {&NS::Number::kClass,     "a number" },
+    {&NS::String::kClass,     "a text"   },
+    {&NS::Array::kClass,      "a list"   },
+    {&NS::Dictionary::kClass, "an object"},
 };
 
+std::string kindOf(const NS::Object& value) {
+    if (const auto* const number = NS::as<NS::Number>(&value)) {
+        return number->type() == NS::Number::Type::kBoolean ? "a boolean" : "a number";
+    }
+    for (const auto& [kind, name] : kKinds) {
+        if (value.isKindOfClass(*kind)) {
+            return name;
+        }
+    }
+    return value.objectClass().name;
+}
+
+// Why a value becomes none of its record's.
+std::string reasonFor(const QVConverter& converter, const NS::RefPtr<NS::Object>& raw) {
+    if (!raw) {
+        return "it is missing";
+    }
+    return converter.reads(*raw)
+               ? "its value cannot be used"
+               : std::string("takes ") + converter.takes + ", has " + kindOf(*raw);
+}
+
+// Whether something comes of it: not nothing, and no exception.
 template <class Make>
-Outcome outcomeOf(Make&& make) {
+bool isMade(Make&& make) {
     try {
-        return {.isMade = static_cast<bool>(make())};
-    } catch (const NS::Exception& exception) {
-        return {.isRaised = true, .reason = reasonOf(exception)};
+        return static_cast<bool>(make());
+    } catch (const NS::Exception&) {
+        return false;
     }
 }
 
@@ -56,21 +78,19 @@ class Explanation {
 
     void explain(const QVContentClass& itemClass, const NS::Dictionary& reply, const Place& place) {
         for (const QVMapping& row : qvMappingOf(itemClass)) {
+            const QVConverter& converter = qvConverterFor(itemClass, row.property);
             NS::RefPtr<NS::Object> raw;
-            const Outcome outcome = outcomeOf([&] {
+            const bool isUsed = isMade([&] {
                 raw = reply.valueForKeyPath(*NS::str(row.reply));
-                return QVContentItem::parseValue_forKey_error(itemClass, raw, row.property,
-                                                              &error_);
+                return converter(raw, &error_);
             });
             Place here = place.valueOf(row);
-            if (outcome.isMade) {
+            if (isUsed) {
                 here.consequence = "; the entry is left out";
             }
-            const bool isOfElements =
-                explainElements(qvConverterFor(itemClass, row.property), raw, here);
-            if (!outcome.isMade && !isOfElements) {
-                const char* const nothing = raw ? "its value cannot be used" : "it is missing";
-                add(here, outcome.isRaised ? outcome.reason : nothing);
+            const bool isOfElements = explainElements(converter, raw, here);
+            if (!isUsed && !isOfElements) {
+                add(here, reasonFor(converter, raw));
             }
         }
     }
@@ -91,7 +111,7 @@ class Explanation {
                         const Place& place) {
         const auto* const reply = NS::as<NS::Dictionary>(&element);
         if (reply == nullptr) {
-            add(place, "it is no object");
+            add(place, "takes an object, has " + kindOf(element));
         } else if (!QVContentItem::itemWithElement_error(elementClass, element, &error_)) {
             explain(elementClass, *reply, place.inside());
         }
@@ -118,11 +138,11 @@ NS::RefPtr<QVContentItem> mapReply(const QVContentClass& itemClass, const NS::Di
                                    std::vector<MappingFailure>& failures) {
     NS::RefPtr<QVContentItem> item;
     NS::RefPtr<NS::Error> error;
-    const Outcome outcome = outcomeOf([&] {
+    const bool isWhole = isMade([&] {
         item = QVContentItem::itemWithDict_error(itemClass, reply, &error);
         return item;
     });
-    if (!outcome.isMade) {
+    if (!isWhole) {
         Explanation(failures).explain(itemClass, reply, {});
     }
     return item;

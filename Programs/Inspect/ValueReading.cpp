@@ -1,20 +1,24 @@
 #include "Programs/Inspect/ValueReading.h"
 
 #include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Null.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/String.h"
+#include "Programs/Inspect/FiniteNumbers.h"
 #include "Programs/Inspect/InspectionError.h"
+#include "Programs/Inspect/Printable.h"
 #include "Programs/Inspect/ValueForms.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,14 +29,21 @@ namespace {
 
 using Json = nlohmann::json;
 
+class NoJson final : public Error {
+  public:
+    using Error::Error;
+};
+
 // Builds the value while the text goes by.
 class ValueBuilder final : public nlohmann::json_sax<Json> {
   public:
-    explicit ValueBuilder(Forms forms) noexcept : forms_(forms) {}
+    // The text has each number of those places as one that the parser takes, of its sign.
+    ValueBuilder(Forms forms, const std::vector<std::size_t>& overflowing) noexcept
+        : forms_(forms), overflowing_(overflowing) {}
 
     const NS::RefPtr<NS::Object>& value() const noexcept { return root_; }
 
-    // Where it is by now, for whoever looks for a mistake there: "/files/3/name".
+    // Where it is by now, for whoever looks for a mistake there: "/files/3/name", "the root".
     std::string place() const {
         std::string path;
         for (const Frame& frame : open_) {
@@ -43,22 +54,32 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
             }
         }
         constexpr std::size_t kShown = 200;
+        if (path.empty()) {
+            return "the root";
+        }
         return path.size() <= kShown ? path : "\u2026" + path.substr(path.size() - kShown);
     }
 
     bool null() override { return put(NS::Null::null()); }
     bool boolean(bool value) override { return put(NS::Number::numberWithBool(value)); }
     bool number_integer(std::int64_t value) override {
+        ++numbers_;
         return put(NS::Number::numberWithLongLong(value));
     }
     bool number_unsigned(std::uint64_t value) override {
+        ++numbers_;
         return put(value <= std::uint64_t{std::numeric_limits<std::int64_t>::max()}
                        ? NS::Number::numberWithLongLong(static_cast<std::int64_t>(value))
                        : NS::Number::numberWithUnsignedLongLong(value));
     }
-    // The parser takes an integer that is too long for a real number.
+    // The parser takes an integer that is too long for a real number; in somebody else's JSON it is
+    // read as one, as its limits are whose key it is.
     bool number_float(double value, const std::string& text) override {
-        if (text.find_first_of(".eE") == std::string::npos) {
+        if (std::ranges::binary_search(overflowing_, numbers_++)) {
+            value = std::copysign(std::numeric_limits<double>::infinity(), value);
+        }
+        const bool isInteger = text.find_first_of(".eE") == std::string::npos;
+        if (isInteger && forms_ == Forms::kValues) {
             throw Error("the integer " + text.substr(0, NS::Limits::kQuotedName) +
                         " takes more than 64 bits");
         }
@@ -67,6 +88,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
     bool string(std::string& utf8) override { return put(NS::str(utf8)); }
     bool binary(Json::binary_t&) override { return false; } // JSON has none
 
+    // Not too deep before it is known to be more than the form of a plain value.
     bool start_object(std::size_t) override {
         open(Kind::kObject);
         return true;
@@ -87,6 +109,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         object.key = NS::str(hasDollar ? utf8.substr(1) : utf8);
         if (isFirst) {
             object.number = ++count_;
+            checkDepth(0);
         }
         return true;
     }
@@ -99,11 +122,14 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         if (object.entries.empty()) {
             object.number = ++count_;
         }
-        return putNumbered(dictionaryOf(object), object.number);
+        return putNumbered(dictionaryOf(object), object);
     }
 
     bool start_array(std::size_t) override {
         const Kind kind = open_.empty() ? Kind::kArray : kindOfArrayIn(open_.back());
+        if (kind != Kind::kPair) {
+            checkDepth(1);
+        }
         open(kind);
         if (kind != Kind::kPair) {
             open_.back().number = ++count_;
@@ -115,14 +141,14 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         Frame array = close();
         switch (array.kind) {
         case Kind::kSet:
-            return putNumbered(NS::make<NS::Set>(array.elements), array.number);
+            return putNumbered(setOf(array), array);
         case Kind::kPair:
             endPair(array);
             return true;
         case Kind::kPairs:
-            return putNumbered(dictionaryOf(array), array.number);
+            return putNumbered(dictionaryOf(array), array);
         default:
-            return putNumbered(NS::make<NS::Array>(std::move(array.elements)), array.number);
+            return putNumbered(NS::make<NS::Array>(std::move(array.elements)), array);
         }
     }
 
@@ -130,7 +156,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
     bool parse_error(std::size_t, const std::string&, const Json::exception& exception) override {
         const std::string message = exception.what();
         const std::size_t bracket = message.find("] ");
-        throw Error(bracket == std::string::npos ? message : message.substr(bracket + 2));
+        throw NoJson(bracket == std::string::npos ? message : message.substr(bracket + 2));
     }
 
   private:
@@ -149,6 +175,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         std::uint32_t number = 0; // of a collection, as "$ref" has it
         std::string form = {};
         bool hasArray = false;                // a form of a collection that was given one
+        std::size_t height = 0;               // of the highest value in it
         NS::RefPtr<NS::String> key = nullptr; // of the value that comes next
         NS::RefPtr<NS::Object> contents = nullptr;
         std::vector<NS::Ref<NS::Object>> elements = {};
@@ -164,20 +191,35 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         return isSet ? Kind::kSet : (parent.hasArray ? Kind::kPairs : Kind::kArray);
     }
 
+    // Raises when something of a height is too much where it is.
+    void checkDepth(std::size_t height) const {
+        if (depth_ + height > NS::Limits::kDepth) {
+            throw Error("values stand too deep within one another");
+        }
+    }
+
+    static bool isCollection(Kind kind) { return kind != Kind::kForm && kind != Kind::kPair; }
+
     void open(Kind kind) {
-        if (open_.size() > NS::Limits::kDepth) {
+        if (open_.size() > kFramesPerCollection * NS::Limits::kDepth) {
             throw Error("values stand too deep within one another");
         }
         open_.push_back({kind});
+        if (isCollection(kind)) {
+            ++depth_;
+        }
     }
 
     Frame close() {
         Frame frame = std::move(open_.back());
         open_.pop_back();
+        if (isCollection(frame.kind)) {
+            --depth_;
+        }
         return frame;
     }
 
-    static void beginForm(Frame& object, const std::string& form, bool isFirst) {
+    void beginForm(Frame& object, const std::string& form, bool isFirst) {
         if (form == "$class") {
             throw Error("a record, which stands in archives only and is not encoded");
         }
@@ -186,6 +228,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         }
         object.kind = Kind::kForm;
         object.form = form;
+        --depth_;
     }
 
     bool endForm(const Frame& object) {
@@ -193,7 +236,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
             return putNil(object.contents);
         }
         if (object.form == "$ref") {
-            return put(collectionOf(object.contents));
+            return putCollectionOf(object.contents);
         }
         if (object.form == "$set" || object.form == "$dictionary") {
             return putCollection(object);
@@ -216,10 +259,10 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         if (!object.hasArray) {
             throw Error("\"" + object.form + "\" takes an array");
         }
-        return put(NS::Ref<NS::Object>(*object.contents));
+        return put(NS::Ref<NS::Object>(*object.contents), object.height);
     }
 
-    NS::Ref<NS::Object> collectionOf(const NS::RefPtr<NS::Object>& contents) const {
+    bool putCollectionOf(const NS::RefPtr<NS::Object>& contents) {
         const auto number = NS::as<NS::Number>(contents);
         const bool isInteger = number && number->type() == NS::Number::Type::kInteger;
         const std::int64_t wanted = isInteger ? number->longLongValue() : 0;
@@ -227,10 +270,11 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
             throw Error("\"$ref\" takes the number of a collection that stands before it");
         }
         const auto place = static_cast<std::size_t>(wanted - 1);
-        if (place >= collections_.size() || !collections_[place]) {
+        if (place >= collections_.size() || !collections_[place].object) {
             throw Error("a collection that holds itself, which is not encoded");
         }
-        return NS::Ref<NS::Object>(*collections_[place]);
+        const auto& [collection, height] = collections_[place];
+        return put(NS::Ref<NS::Object>(*collection), height);
     }
 
     void endPair(Frame& pair) {
@@ -239,33 +283,63 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         }
         Frame& pairs = open_.back();
         pairs.entries.emplace_back(std::move(pair.elements[0]), std::move(pair.elements[1]));
+        pairs.height = std::max(pairs.height, pair.height);
+    }
+
+    // A key or member for a message: of a collection only that it is one.
+    static std::string shown(const NS::Object& object) {
+        const bool isPlain =
+            NS::as<NS::String>(&object) != nullptr || NS::as<NS::Number>(&object) != nullptr;
+        return isPlain
+                   ? ' ' +
+                         printable(object.description()->utf8().substr(0, NS::Limits::kQuotedName))
+                   : "";
     }
 
     static NS::Ref<NS::Object> dictionaryOf(const Frame& frame) {
         const auto dictionary = NS::make<NS::MutableDictionary>();
         for (const auto& [key, value] : frame.entries) {
             if (dictionary->objectForKey(*key)) {
-                throw Error("the key " + key->description()->utf8() + " stands twice");
+                throw Error("the key" + shown(*key) + " stands twice");
             }
             dictionary->setObject_forKey(value, key);
         }
         return dictionary->copy();
     }
 
-    bool putNumbered(NS::Ref<NS::Object> collection, std::uint32_t number) {
-        if (collections_.size() < number) {
-            collections_.resize(number);
+    static NS::Ref<NS::Object> setOf(const Frame& frame) {
+        auto set = NS::make<NS::Set>(frame.elements);
+        if (set->count() != frame.elements.size()) {
+            const auto doubled = std::ranges::mismatch(frame.elements, *set).in1;
+            throw Error("the member" + shown(**doubled) + " stands twice");
         }
-        collections_[number - 1] = collection;
-        return put(std::move(collection));
+        return set;
     }
 
+    bool putNumbered(NS::Ref<NS::Object> collection, const Frame& frame) {
+        if (collections_.size() < frame.number) {
+            collections_.resize(frame.number);
+        }
+        const std::size_t height = frame.height + 1;
+        collections_[frame.number - 1] = {collection, height};
+        return put(std::move(collection), height);
+    }
+
+    // Texts, numbers and data have no height: an archive's records hold them as they are.
     bool put(NS::Ref<NS::Object> value) {
+        const bool isRecord = NS::as<NS::Null>(value) || NS::as<NS::Date>(value);
+        return put(std::move(value), isRecord ? 1 : 0);
+    }
+
+    // Within a form, the value is still that of the form.
+    bool put(NS::Ref<NS::Object> value, std::size_t height) {
+        checkDepth(height);
         if (open_.empty()) {
             root_ = std::move(value);
             return true;
         }
         Frame& parent = open_.back();
+        parent.height = std::max(parent.height, height);
         switch (parent.kind) {
         case Kind::kObject:
             parent.entries.emplace_back(NS::Ref<NS::Object>(*parent.key), std::move(value));
@@ -281,9 +355,20 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         return true;
     }
 
+    struct Collection {
+        NS::RefPtr<NS::Object> object;
+        std::size_t height = 0; // how many levels of records it comes to in an archive
+    };
+
+    // A form, its pairs and one of them, for a dictionary whose keys are no texts.
+    static constexpr std::size_t kFramesPerCollection = 3;
+
     Forms forms_;
+    const std::vector<std::size_t>& overflowing_;
+    std::size_t numbers_ = 0; // that went by
     std::vector<Frame> open_;
-    std::vector<NS::RefPtr<NS::Object>> collections_; // complete ones, by number less one
+    std::size_t depth_ = 0;               // how many of them are collections
+    std::vector<Collection> collections_; // complete ones, by number less one
     std::uint32_t count_ = 0;
     NS::RefPtr<NS::Object> root_;
 };
@@ -291,12 +376,15 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
 } // namespace
 
 NS::RefPtr<NS::Object> valueFromJson(std::string_view json, Forms forms) {
-    ValueBuilder builder(forms);
+    const FiniteNumbers finite = forms == Forms::kNone ? withFiniteNumbers(json) : FiniteNumbers();
+    ValueBuilder builder(forms, finite.overflowing);
     try {
-        (void)Json::sax_parse(json, &builder); // what is wrong raises
+        const bool isAsGiven = finite.overflowing.empty();
+        (void)Json::sax_parse(isAsGiven ? json : finite.json, &builder); // what is wrong raises
+    } catch (const NoJson&) {
+        throw; // it says the line and the column
     } catch (const Error& error) {
-        const std::string place = builder.place();
-        throw Error(place.empty() ? error.what() : error.what() + (", at " + place));
+        throw Error(error.what() + (", at " + builder.place()));
     }
     return builder.value();
 }

@@ -14,10 +14,14 @@ enum class Forms : std::uint8_t {
 
 // The value that a JSON text stands for; nil for the form of nil.
 //
-// Numbers without point or exponent are integers, null is the null object. Raises Error, which says
-// what is wrong and where, for anything that is no JSON, for a key that stands twice in an object,
-// an integer beyond 64 bits, objects deeper within one another than NS::Limits::kDepth, a form that
-// does not exist or is filled in wrongly, nil within a collection, and for records.
+// Numbers without point or exponent are integers, null is the null object. In somebody else's JSON
+// an integer beyond 64 bits is a real number, and one beyond the reals infinity of its sign:
+// whether that is a mistake depends on what reads it.
+//
+// Raises Error, which says what is wrong and where, for anything that is no JSON, for a key that
+// stands twice in an object, objects deeper within one another than NS::Limits::kDepth; and among
+// values for a number that is too large for its type, a member that stands twice in a set, a form
+// that does not exist or is filled in wrongly, nil within a collection, and records.
 NS::RefPtr<NS::Object> valueFromJson(std::string_view json, Forms forms);
 
 } // namespace Inspection

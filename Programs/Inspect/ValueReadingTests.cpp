@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/KeyedArchiver.h"
+#include "Platform/Foundation/KeyedUnarchiver.h"
 #include "Platform/Foundation/Null.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/Set.h"
@@ -25,6 +26,22 @@ class ValueReading : public testing::Test {
   protected:
     static NS::RefPtr<NS::Object> value(std::string_view json, Forms forms = Forms::kValues) {
         return Inspection::valueFromJson(json, forms);
+    }
+    static NS::Ref<NS::Data> archived(const NS::RefPtr<NS::Object>& root) {
+        return NS::KeyedArchiver::archivedDataWithRootObject(root);
+    }
+    // A value at the bottom of many levels.
+    static std::string nested(int levels, std::string_view begin, std::string_view bottom,
+                              std::string_view end) {
+        std::string json;
+        for (int i = 0; i < levels; ++i) {
+            json += begin;
+        }
+        json += bottom;
+        for (int i = 0; i < levels; ++i) {
+            json += end;
+        }
+        return json;
     }
     static std::string mistake(std::string_view json) {
         try {
@@ -103,41 +120,57 @@ TEST_F(ValueReading, TakesFormsForWhatTheySayInSomebodyElsesJson) {
     EXPECT_TRUE(reply->objectForKey("$$"));
 }
 
+TEST_F(ValueReading, TakesNumbersOfAnySizeInSomebodyElsesJson) {
+    const auto reply = as<NS::Array>(
+        value("[1,18446744073709551616,-9223372036854775809,1e400,2,-1e400,3e5]", Forms::kNone));
+    ASSERT_TRUE(reply);
+    std::string numbers;
+    for (const auto& each : *reply) {
+        EXPECT_EQ(as<NS::Number>(each)->type() == NS::Number::Type::kInteger,
+                  numbers.empty() || each->description()->utf8() == "2");
+        numbers += each->description()->utf8() + ' ';
+    }
+    EXPECT_EQ(numbers, "1 1.844674407370955e+19 -9.223372036854776e+18 inf 2 -inf 300000 ");
+}
+
 TEST_F(ValueReading, SaysWhatIsWrongAndWhere) {
     constexpr std::pair<std::string_view, std::string_view> kRows[] = {
-        {R"({"a":{"b":1,"b":2}})",                "the key b stands twice, at /a"                              },
+        {R"({"a":{"b":1,"b":2}})",                "the key b stands twice, at /a"                                  },
         {"[0,18446744073709551616]",
-         "the integer 18446744073709551616 takes more than 64 bits, at /1"                                     },
+         "the integer 18446744073709551616 takes more than 64 bits, at /1"                                         },
         {"[-9223372036854775809]",
-         "the integer -9223372036854775809 takes more than 64 bits, at /0"                                     },
+         "the integer -9223372036854775809 takes more than 64 bits, at /0"                                         },
         {R"({"$class":"NSURL"})",
-         "a record, which stands in archives only and is not encoded, at /$class"                              },
-        {R"({"a":1,"$data":""})",                 "\"$data\" stands together with other keys, at /$data"       },
-        {R"({"$data":"","a":1})",                 R"("$data" stands together with "a", at /$data)"             },
-        {R"({"$data":"!"})",                      "\"$data\" takes bytes in base 64"                           },
-        {R"({"$data":1})",                        "\"$data\" takes bytes in base 64"                           },
-        {R"({"$bytes":"%x"})",                    "\"$bytes\" takes a text with percent-encoded bytes"         },
+         "a record, which stands in archives only and is not encoded, at /$class"                                  },
+        {R"({"a":1,"$data":""})",                 "\"$data\" stands together with other keys, at /$data"           },
+        {R"({"$data":"","a":1})",                 R"("$data" stands together with "a", at /$data)"                 },
+        {R"({"$data":"!"})",                      "\"$data\" takes bytes in base 64, at the root"                  },
+        {R"([{"$data":1}])",                      "\"$data\" takes bytes in base 64, at /0"                        },
+        {R"({"$bytes":"%x"})",                    "\"$bytes\" takes a text with percent-encoded bytes, at the root"},
         {R"({"$utf16":"d80"})",
-         "\"$utf16\" takes UTF-16 code units of four hexadecimal digits each"                                  },
-        {R"({"$real":"1"})",                      R"("$real" takes "inf", "-inf" or "nan")"                    },
-        {R"([{"$nil":true}])",                    "nil within a collection, at /0"                             },
-        {R"({"$nil":1})",                         "\"$nil\" takes true"                                        },
-        {R"({"$set":{"$set":[]}})",               "\"$set\" takes an array"                                    },
-        {R"({"$dictionary":{}})",                 "\"$dictionary\" takes an array"                             },
+         "\"$utf16\" takes UTF-16 code units of four hexadecimal digits each, at the root"                         },
+        {R"({"$real":"1"})",                      R"("$real" takes "inf", "-inf" or "nan", at the root)"           },
+        {R"([{"$nil":true}])",                    "nil within a collection, at /0"                                 },
+        {R"({"$nil":1})",                         "\"$nil\" takes true, at the root"                               },
+        {R"({"$set":{"$set":[]}})",               "\"$set\" takes an array, at the root"                           },
+        {R"({"$dictionary":{}})",                 "\"$dictionary\" takes an array, at the root"                    },
+        {R"({"b":1,"b":2})",                      "the key b stands twice, at the root"                            },
+        {R"({"$ref":1.5})",
+         "\"$ref\" takes the number of a collection that stands before it, at the root"                            },
         {R"({"$dictionary":[[1]]})",
-         "\"$dictionary\" takes pairs of a key and a value, at /$dictionary/0"                                 },
-        {R"({"$dictionary":[[1,1],[1,1]]})",      "the key 1 stands twice, at /$dictionary"                    },
-        {R"([{"$ref":1}])",                       "a collection that holds itself, which is not encoded, at /0"},
+         "\"$dictionary\" takes pairs of a key and a value, at /$dictionary/0"                                     },
+        {R"({"$dictionary":[[1,1],[1,1]]})",      "the key 1 stands twice, at /$dictionary"                        },
+        {R"([{"$ref":1}])",                       "a collection that holds itself, which is not encoded, at /0"    },
         {R"([{"$ref":2}])",
-         "\"$ref\" takes the number of a collection that stands before it, at /0"                              },
+         "\"$ref\" takes the number of a collection that stands before it, at /0"                                  },
         {R"([{"$ref":-1}])",
-         "\"$ref\" takes the number of a collection that stands before it, at /0"                              },
+         "\"$ref\" takes the number of a collection that stands before it, at /0"                                  },
         {R"([[],{"$ref":2.5}])",
-         "\"$ref\" takes the number of a collection that stands before it, at /1"                              },
+         "\"$ref\" takes the number of a collection that stands before it, at /1"                                  },
         {R"([[],{"a":{"$ref":true}}])",
-         "\"$ref\" takes the number of a collection that stands before it, at /1/a"                            },
+         "\"$ref\" takes the number of a collection that stands before it, at /1/a"                                },
         {R"([[],{"$ref":18446744073709551615}])",
-         "\"$ref\" takes the number of a collection that stands before it, at /1"                              },
+         "\"$ref\" takes the number of a collection that stands before it, at /1"                                  },
     };
     for (const auto& [json, expected] : kRows) {
         EXPECT_EQ(mistake(json), expected) << json;
@@ -153,9 +186,54 @@ TEST_F(ValueReading, RefusesWhatIsNoJson) {
     }
 }
 
+// One by value is one, whatever its type.
+TEST_F(ValueReading, RefusesASetThatWouldLoseAMember) {
+    constexpr std::pair<std::string_view, std::string_view> kRows[] = {
+        {R"({"$set":[1,1]})",                    "the member 1 stands twice, at /$set"         },
+        {R"({"a":{"$set":["x",1,1.0]}})",        "the member 1 stands twice, at /a/$set"       },
+        {R"({"$set":[true,2,1]})",               "the member 1 stands twice, at /$set"         },
+        {R"([{"$set":["a\n","a\n"]}])",          R"(the member a\x0a stands twice, at /0/$set)"},
+        {R"({"$set":[[1],[1]]})",                "the member stands twice, at /$set"           },
+        {R"({"$set":[[1],{"$ref":2}]})",         "the member stands twice, at /$set"           },
+        {R"({"$dictionary":[[[1],1],[[1],2]]})", "the key stands twice, at /$dictionary"       },
+    };
+    for (const auto& [json, expected] : kRows) {
+        EXPECT_EQ(mistake(json), expected) << json;
+    }
+}
+
 TEST_F(ValueReading, StopsWhereValuesStandTooDeep) {
-    EXPECT_TRUE(value(std::string(513, '[') + std::string(513, ']')));
-    EXPECT_TRUE(mistake(std::string(1'000'000, '[')).starts_with("values stand too deep"));
+    const std::pair<std::string_view, std::string_view> levels[] = {
+        {"[",                      "]"  },
+        {R"({"a":)",               "}"  },
+        {R"({"$set":[)",           "]}" },
+        {R"({"$dictionary":[[1,)", "]]}"}
+    };
+    for (const auto& [begin, end] : levels) {
+        EXPECT_NO_THROW((void)archived(value(nested(512, begin, "1", end)))) << begin;
+        EXPECT_EQ(mistake(nested(512, begin, R"({"$data":""})", end)), "none") << begin;
+        const std::string tooDeep = mistake(nested(512, begin, "null", end));
+        EXPECT_TRUE(tooDeep.starts_with("values stand too deep within one another, at \u2026"))
+            << tooDeep;
+        for (const int count : {513, 100'000}) {
+            EXPECT_TRUE(mistake(nested(count, begin, "", "")).starts_with("values stand too deep"));
+        }
+    }
+}
+
+// Each level holds the one before by its number, so that nothing in the text stands deep.
+TEST_F(ValueReading, StopsWhereValuesStandTooDeepByTheirNumbers) {
+    const auto levels = [](int count) {
+        std::string json = "[[]";
+        for (int i = 2; i <= count; ++i) {
+            json += R"(,[{"$ref":)" + std::to_string(i) + "}]";
+        }
+        return json + ']';
+    };
+    EXPECT_EQ(mistake(levels(511)), "none");
+    EXPECT_EQ(mistake(levels(512)), "values stand too deep within one another, at /511/0");
+    EXPECT_NO_THROW(
+        (void)NS::KeyedUnarchiver::unarchiveObjectWithData(*archived(value(levels(511)))));
 }
 
 // What printArchive() shows of plain values, encoded again, is the same archive.

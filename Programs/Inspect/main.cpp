@@ -8,6 +8,7 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <optional>
 
 namespace {
 
@@ -31,11 +32,14 @@ void describeItem(CLI::App& app, Options& options) {
     command->add_option("CLASS", options.className, "The record's class")->required();
     command->add_option("REPLY", options.input, "The reply in JSON; \"-\" for standard input")
         ->required();
-    command->add_option("--archive", options.archive,
-                        "Archive the record to this file, and print what the archive holds; "
-                        "\"-\" for standard output, in place of the JSON");
-    command->callback(
-        [&] { Inspection::showItem(options.className, options.input, options.archive); });
+    const CLI::Option* const archive =
+        command->add_option("--archive", options.archive,
+                            "Archive the record to this file, and print what the archive holds; "
+                            "\"-\" for standard output, in place of the JSON");
+    command->callback([&options, archive] {
+        Inspection::showItem(options.className, options.input,
+                             archive->count() == 0 ? std::nullopt : std::optional(options.archive));
+    });
 }
 
 void describeEncode(CLI::App& app, Options& options) {

@@ -35,6 +35,8 @@ struct QVConverter {
     Convert convert;
     // Whether it reads a value that is there.
     bool (*reads)(const NS::Object& value);
+    // What it reads, for a message: "a text".
+    const char* takes;
     // The class whose items it makes of a list's elements; null for any other conversion.
     const QVContentClass* elementClass = nullptr;
 

@@ -46,14 +46,16 @@ bool isNumberOrText(const NS::Object& value) {
     return value.isKindOfClass(NS::Number::kClass) || isText(value);
 }
 
+constexpr const char* kNumberOrText = "a number or a text";
+
 } // namespace
 
-constinit const QVConverter qvPassThrough{&passThrough, &isAnything};
-constinit const QVConverter qvLongInteger{&longInteger, &isNumberOrText};
-constinit const QVConverter qvInt{&intNumber, &isNumberOrText};
-constinit const QVConverter qvBoolean{&boolean, &isNumberOrText};
-constinit const QVConverter qvSecondsToDate{&secondsToDate, &isNumberOrText};
-constinit const QVConverter qvCanonicalName{&canonicalName, &isText};
+constinit const QVConverter qvPassThrough{&passThrough, &isAnything, "anything"};
+constinit const QVConverter qvLongInteger{&longInteger, &isNumberOrText, kNumberOrText};
+constinit const QVConverter qvInt{&intNumber, &isNumberOrText, kNumberOrText};
+constinit const QVConverter qvBoolean{&boolean, &isNumberOrText, kNumberOrText};
+constinit const QVConverter qvSecondsToDate{&secondsToDate, &isNumberOrText, kNumberOrText};
+constinit const QVConverter qvCanonicalName{&canonicalName, &isText, "a text"};
 
 bool qvIsList(const NS::Object& value) {
     return value.isKindOfClass(NS::Array::kClass);

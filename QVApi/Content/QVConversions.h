@@ -43,7 +43,7 @@ inline constexpr QVConverter kQVListOf{
     [](const NS::RefPtr<NS::Object>& value, NS::RefPtr<NS::Error>* error) {
         return qvItemsOfList(Item::kContentClass, rule, value, error);
     },
-    &qvIsList, &Item::kContentClass};
+    &qvIsList, "a list", &Item::kContentClass};
 template <class Item, QVFailedElement rule>
 constexpr QVConversion qvListOf(std::string_view property) {
     return {property, &kQVListOf<Item, rule>};

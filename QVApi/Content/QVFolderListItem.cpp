@@ -83,7 +83,7 @@ NS::RefPtr<NS::Object> foldersOfSharingUsers(const NS::RefPtr<NS::Object>& value
     return folders;
 }
 
-constexpr QVConverter kFoldersOfSharingUsers{&foldersOfSharingUsers, &qvIsList};
+constexpr QVConverter kFoldersOfSharingUsers{&foldersOfSharingUsers, &qvIsList, "a list"};
 
 constexpr QVConversion kSharedUsersConversions[] = {
     {"folders", &kFoldersOfSharingUsers},

@@ -7,7 +7,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <fstream>
+#include <limits>
 
 namespace {
 
@@ -148,6 +150,29 @@ TEST_F(InspectorProcess, ListsEveryClassWithItsTables) {
               std::string::npos);
     EXPECT_NE(result.output.find("    archived\n        identifier\n        storageMax\n"),
               std::string::npos);
+}
+
+TEST_F(InspectorProcess, RefusesAnArchiveWithoutAName) {
+    const auto reply = write("reply.json", R"({"TotalWritten":5})");
+    for (const Result& result : {run({"item", "QVChunkUploadResult", reply, "--archive", ""}),
+                                 run({"encode", reply, ""})}) {
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors,
+                  "quorvane-inspect: cannot write \"\": No such file or directory\n");
+    }
+}
+
+// Also under a key that no class maps.
+TEST_F(InspectorProcess, ReadsNumbersOfAnySizeInAReply) {
+    const auto reply = write("reply.json", R"({"TotalWritten":1e400,"Other":[18446744073709551616],
+        "MaxStorage":18446744073709551616,"StorageUsed":-1e999,"UserPlan":-99999999999999999999})");
+    const Json info = Json::parse(run({"item", "QVUserInfoItem", reply}).output);
+    EXPECT_EQ(info["storageMax"], 9223372036854775807);
+    EXPECT_EQ(info["storageUsed"], std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(info["plan"], -1e20);
+    const Result result = run({"item", "QVChunkUploadResult", reply});
+    EXPECT_EQ(Json::parse(result.output)["bytesWritten"]["$real"], "inf") << result.errors;
 }
 
 TEST_F(InspectorProcess, FailsWithOneClearLine) {
