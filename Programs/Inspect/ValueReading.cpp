@@ -2,6 +2,8 @@
 
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/Dictionary.h"
+#include "Platform/Foundation/EqualityBudget.h"
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Null.h"
 #include "Platform/Foundation/Number.h"
@@ -28,7 +30,7 @@ using Json = nlohmann::json;
 // Builds the value while the text goes by.
 class ValueBuilder final : public nlohmann::json_sax<Json> {
   public:
-    explicit ValueBuilder(Forms forms) noexcept : forms_(forms) {}
+    ValueBuilder(Forms forms, std::size_t length) noexcept : forms_(forms), budget_(length) {}
 
     const NS::RefPtr<NS::Object>& value() const noexcept { return root_; }
 
@@ -115,7 +117,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         Frame array = close();
         switch (array.kind) {
         case Kind::kSet:
-            return putNumbered(NS::make<NS::Set>(array.elements), array.number);
+            return putNumbered(setOf(array), array.number);
         case Kind::kPair:
             endPair(array);
             return true;
@@ -241,15 +243,32 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
         pairs.entries.emplace_back(std::move(pair.elements[0]), std::move(pair.elements[1]));
     }
 
-    static NS::Ref<NS::Object> dictionaryOf(const Frame& frame) {
-        const auto dictionary = NS::make<NS::MutableDictionary>();
+    template <class Make>
+    static auto withinBudget(Make&& make) {
+        try {
+            return make();
+        } catch (const NS::Exception&) {
+            throw Error("telling the keys of a dictionary or the members of a set apart takes too "
+                        "much work");
+        }
+    }
+
+    NS::Ref<NS::Object> setOf(Frame& frame) {
+        return withinBudget([&] { return NS::make<NS::Set>(std::move(frame.elements), budget_); });
+    }
+
+    // Keys keep their order, so that the first one that is missing is the one that stands twice.
+    NS::Ref<NS::Object> dictionaryOf(const Frame& frame) {
+        const auto dictionary =
+            withinBudget([&] { return NS::make<NS::Dictionary>(frame.entries, budget_); });
+        auto kept = dictionary->begin();
         for (const auto& [key, value] : frame.entries) {
-            if (dictionary->objectForKey(*key)) {
+            if (kept == dictionary->end() || kept->first != key) {
                 throw Error("the key " + key->description()->utf8() + " stands twice");
             }
-            dictionary->setObject_forKey(value, key);
+            ++kept;
         }
-        return dictionary->copy();
+        return dictionary;
     }
 
     bool putNumbered(NS::Ref<NS::Object> collection, std::uint32_t number) {
@@ -282,6 +301,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
     }
 
     Forms forms_;
+    NS::EqualityBudget budget_;
     std::vector<Frame> open_;
     std::vector<NS::RefPtr<NS::Object>> collections_; // complete ones, by number less one
     std::uint32_t count_ = 0;
@@ -291,7 +311,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
 } // namespace
 
 NS::RefPtr<NS::Object> valueFromJson(std::string_view json, Forms forms) {
-    ValueBuilder builder(forms);
+    ValueBuilder builder(forms, json.size());
     try {
         (void)Json::sax_parse(json, &builder); // what is wrong raises
     } catch (const Error& error) {
