@@ -1,5 +1,6 @@
 #include "Platform/Foundation/Array.h"
 
+#include "Platform/Foundation/ContentHash.h"
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Format.h"
@@ -95,6 +96,10 @@ bool Array::isEqual(const Object* other) const {
            std::ranges::equal(*this, *array, [](const Ref<Object>& a, const Ref<Object>& b) {
                return a == b || a->isEqual(b.get());
            });
+}
+
+std::size_t Array::hash() const {
+    return hashOfContents(*this);
 }
 
 Ref<String> Array::description() const {

@@ -44,8 +44,9 @@ class Array : public Object {
     auto end() const noexcept { return objects_.end(); }
 
     bool isEqual(const Object* other) const override;
-    // The count, as the platform has it: an array that changes keeps as much of its hash as it can.
-    std::size_t hash() const override { return count(); }
+    // By what it holds (ContentHash.h). A collection that changes while it is a key of a dictionary
+    // or a member of a set is not found there any more.
+    std::size_t hash() const override;
     Ref<String> description() const override;
     // Each element's value for the key, NSNull where it is nil.
     RefPtr<Object> valueForKey(const String& key) const override;

@@ -1,5 +1,6 @@
 #include "Platform/Foundation/Dictionary.h"
 
+#include "Platform/Foundation/ContentHash.h"
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Exception.h"
@@ -38,9 +39,7 @@ Dictionary::Dictionary(std::vector<Entry> entries) {
 }
 
 Dictionary::Dictionary(std::vector<Entry> entries, EqualityBudget& budget) {
-    for (Entry& entry : entries) {
-        setEntryWithin(budget, std::move(entry));
-    }
+    setEntriesWithin(budget, std::move(entries));
 }
 
 Ref<Dictionary> Dictionary::dictionaryWithEntries(
@@ -67,24 +66,9 @@ std::size_t Dictionary::positionOfAsciiKey(std::string_view key) const {
                        });
 }
 
-void Dictionary::setEntry(Entry entry) {
-    const std::size_t position = positionOfKey(*entry.first);
-    putEntry(position, std::move(entry));
-}
-
-void Dictionary::setEntryWithin(EqualityBudget& budget, Entry entry) {
-    const Object& key = *entry.first;
-    const std::uint64_t cost = budget.costOf(key);
-    const std::size_t position = index_.find([&] { return key.hash(); }, entries_.size(),
-                                             [&](std::size_t p) {
-                                                 budget.spend(cost);
-                                                 return entries_[p].first->isEqual(&key);
-                                             });
-    putEntry(position, std::move(entry));
-}
-
-// Replaces the value at a position, or appends.
-void Dictionary::putEntry(std::size_t position, Entry entry) {
+// Replaces the value at a position, or appends; hashAt(position) gives any key's hash.
+template <class HashAt>
+void Dictionary::putEntry(std::size_t position, Entry entry, HashAt&& hashAt) {
     if (position != HashIndex::kNotFound) {
         entries_[position].second = std::move(entry.second);
         return;
@@ -93,7 +77,34 @@ void Dictionary::putEntry(std::size_t position, Entry entry) {
         entry.first = text->copy();
     }
     entries_.push_back(std::move(entry));
-    index_.appended(entries_.size(), [this](std::size_t p) { return hashAt(p); });
+    index_.appended(entries_.size(), hashAt);
+}
+
+void Dictionary::setEntry(Entry entry) {
+    const std::size_t position = positionOfKey(*entry.first);
+    putEntry(position, std::move(entry), [this](std::size_t p) { return hashAt(p); });
+}
+
+// Each key is hashed once, and compared only with those of the same hash.
+void Dictionary::setEntriesWithin(EqualityBudget& budget, std::vector<Entry> entries) {
+    std::vector<std::size_t> hashes; // by position
+    for (Entry& entry : entries) {
+        const Object& key = *entry.first;
+        const std::size_t hash = budget.hashOf(key);
+        const auto matches = [&](std::size_t p) {
+            return hashes[p] == hash && budget.areEqual(*entries_[p].first, key);
+        };
+        const std::size_t position = index_.find([&] { return hash; }, entries_.size(), matches);
+        if (position == HashIndex::kNotFound) {
+            hashes.push_back(hash);
+        }
+        putEntry(position, std::move(entry), [&](std::size_t p) { return hashes[p]; });
+    }
+}
+
+void Dictionary::indexAgain(EqualityBudget& budget) {
+    index_.rebuild(entries_.size(),
+                   [&](std::size_t p) { return budget.hashOf(*entries_[p].first); });
 }
 
 RefPtr<Object> Dictionary::objectForKey(const Object& key) const {
@@ -129,6 +140,10 @@ bool Dictionary::isEqual(const Object* other) const {
                const RefPtr<Object> value = dictionary->objectForKey(*entry.first);
                return value && (value == entry.second || entry.second->isEqual(value.get()));
            });
+}
+
+std::size_t Dictionary::hash() const {
+    return hashOfContents(*this);
 }
 
 Ref<String> Dictionary::description() const {

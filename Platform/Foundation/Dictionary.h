@@ -15,8 +15,9 @@ class EqualityBudget;
 class MutableDictionary;
 
 // Values by key; keys are compared with isEqual(). Enumerates in the order in which keys were first
-// set. Does not change itself, but may be a MutableDictionary that its owner changes. Comparing
-// goes into nested collections as Array does.
+// set. Does not change itself, but may be a MutableDictionary that its owner changes. A key that is
+// a collection must not change meanwhile: it would not be found any more. Comparing goes into
+// nested collections as Array does.
 class Dictionary : public Object {
     NS_OBJECT(Dictionary)
   public:
@@ -45,7 +46,8 @@ class Dictionary : public Object {
     auto end() const noexcept { return entries_.end(); }
 
     bool isEqual(const Object* other) const override;
-    std::size_t hash() const override { return count(); }
+    // By what it holds, as Array's.
+    std::size_t hash() const override;
     Ref<String> description() const override;
     // The value stored under the key, or nil.
     RefPtr<Object> valueForKey(const String& key) const override;
@@ -58,8 +60,11 @@ class Dictionary : public Object {
     std::size_t positionOfAsciiKey(std::string_view key) const;
     RefPtr<Object> valueAt(std::size_t position) const;
     void setEntry(Entry entry);
-    void setEntryWithin(EqualityBudget& budget, Entry entry);
-    void putEntry(std::size_t position, Entry entry);
+    void setEntriesWithin(EqualityBudget& budget, std::vector<Entry> entries);
+    // Finds the keys by what they hold now.
+    void indexAgain(EqualityBudget& budget);
+    template <class HashAt>
+    void putEntry(std::size_t position, Entry entry, HashAt&& hashAt);
     std::size_t hashAt(std::size_t position) const { return entries_[position].first->hash(); }
 
     std::vector<Entry> entries_;

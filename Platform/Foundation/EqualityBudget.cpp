@@ -1,6 +1,7 @@
 #include "Platform/Foundation/EqualityBudget.h"
 
 #include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/ContentHash.h"
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/Error.h"
@@ -12,6 +13,8 @@
 #include "Platform/Foundation/URL.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace NS {
 
@@ -32,6 +35,17 @@ const Object& keyOf(const Dictionary::Entry& entry) noexcept {
     return *entry.first;
 }
 
+// How often the one stands there that stands there most often.
+std::uint64_t longestRun(std::vector<std::size_t> hashes) {
+    std::ranges::sort(hashes);
+    std::uint64_t longest = 0;
+    for (std::size_t first = 0, i = 0; i < hashes.size(); ++i) {
+        first = hashes[i] == hashes[first] ? first : i;
+        longest = std::max<std::uint64_t>(longest, i - first + 1);
+    }
+    return longest;
+}
+
 } // namespace
 
 EqualityBudget::EqualityBudget(std::size_t archiveSize) noexcept
@@ -44,45 +58,70 @@ void EqualityBudget::spend(std::uint64_t units) {
     left_ -= units;
 }
 
-std::uint64_t EqualityBudget::costOfBytes(std::size_t count) {
-    const std::uint64_t cost = 1 + count / kBytesPerUnit;
-    spend(cost);
-    return cost;
+std::uint64_t EqualityBudget::unitsOf(const Object& object) {
+    if (const auto* text = as<String>(&object)) {
+        return 1 + text->length() / kBytesPerUnit;
+    }
+    const auto* data = as<Data>(&object);
+    return data != nullptr ? 1 + data->length() / kBytesPerUnit : 1;
 }
 
-// Each member is looked up in the other collection, which may compare it with all that collide.
+std::size_t EqualityBudget::hashOf(const Object& object) {
+    return hashOfContents(object, this);
+}
+
+bool EqualityBudget::areEqual(const Object& object, const Object& other) {
+    if (&object == &other) {
+        spend(1);
+        return true;
+    }
+    (void)costOf(other); // which spends it
+    return object.isEqual(&other);
+}
+
+// Each member is looked up in the other collection, and compared with all that collide there.
 template <class Collection>
 std::uint64_t EqualityBudget::costOfMembers(const Collection& collection, std::size_t depth) {
     spend(1);
     std::uint64_t cost = 1;
-    bool membersCollide = false; // the hash of a collection is its count
     for (const auto& member : collection) {
-        membersCollide = membersCollide || isCollection(keyOf(member));
         cost += costOf(keyOf(member), depth + 1);
         if constexpr (std::is_same_v<Collection, Dictionary>) {
             cost += costOf(*member.second, depth + 1);
         }
     }
-    const bool lookedUp = !std::is_same_v<Collection, Array>;
-    return lookedUp && membersCollide ? costOfLookUps(cost, collection.count()) : cost;
+    if constexpr (std::is_same_v<Collection, Array>) {
+        return cost;
+    } else {
+        return costOfLookUps(cost, collection);
+    }
 }
 
-std::uint64_t EqualityBudget::costOfLookUps(std::uint64_t cost, std::size_t count) {
-    if (count != 0 && cost > left_ / count) {
+// Small collections have no index: there, a member is compared with all. Elsewhere it is compared
+// with those of its hash and perhaps its neighbours. Only members that are collections cost much.
+template <class Collection>
+std::uint64_t EqualityBudget::costOfLookUps(std::uint64_t cost, const Collection& collection) {
+    std::vector<std::size_t> hashes;
+    for (const auto& member : collection) {
+        if (isCollection(keyOf(member))) {
+            hashes.push_back(hashOf(keyOf(member)));
+        }
+    }
+    if (hashes.empty()) {
+        return cost;
+    }
+    const std::uint64_t times = collection.count() <= HashIndex::kUnindexedEntries
+                                    ? collection.count()
+                                    : 2 * longestRun(std::move(hashes));
+    if (cost > left_ / times) {
         raiseTooDear();
     }
-    return cost * count;
+    return cost * times;
 }
 
 std::uint64_t EqualityBudget::costOf(const Object& object, std::size_t depth) {
     if (depth > Limits::kDepth) {
         raiseTooDear();
-    }
-    if (const auto* text = as<String>(&object)) {
-        return costOfBytes(text->length());
-    }
-    if (const auto* data = as<Data>(&object)) {
-        return costOfBytes(data->length());
     }
     if (const auto* array = as<Array>(&object)) {
         return costOfMembers(*array, depth);
@@ -100,7 +139,9 @@ std::uint64_t EqualityBudget::costOf(const Object& object, std::size_t depth) {
         const RefPtr<URL> base = url->baseURL();
         return costOf(*url->relativeString(), depth + 1) + (base ? costOf(*base, depth + 1) : 0);
     }
-    return costOfBytes(0);
+    const std::uint64_t cost = unitsOf(object);
+    spend(cost);
+    return cost;
 }
 
 } // namespace NS

@@ -16,8 +16,14 @@ class EqualityBudget {
   public:
     explicit EqualityBudget(std::size_t archiveSize) noexcept;
 
-    // What one hash or one comparison of the object costs at most, in units; already spent once.
+    // The object's hash, paid for.
+    std::size_t hashOf(const Object& object);
+    // Whether two objects that have the same hash are equal, paid for.
+    bool areEqual(const Object& object, const Object& other);
+    // What one comparison of the object costs at most, in units; already spent once.
     std::uint64_t costOf(const Object& object) { return costOf(object, 0); }
+    // What one look at the object costs that does not go into what it holds.
+    static std::uint64_t unitsOf(const Object& object);
     // Raises NSInvalidUnarchiveOperationException when there is not as much left.
     void spend(std::uint64_t units);
 
@@ -25,8 +31,8 @@ class EqualityBudget {
     template <class Collection>
     std::uint64_t costOfMembers(const Collection& collection, std::size_t depth);
     std::uint64_t costOf(const Object& object, std::size_t depth);
-    std::uint64_t costOfBytes(std::size_t count);
-    std::uint64_t costOfLookUps(std::uint64_t cost, std::size_t count);
+    template <class Collection>
+    std::uint64_t costOfLookUps(std::uint64_t cost, const Collection& collection);
 
     std::uint64_t left_;
 };

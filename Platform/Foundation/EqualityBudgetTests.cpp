@@ -42,13 +42,30 @@ TEST_F(EqualityBudget, CountsCollectionsWithAllThatIsInThem) {
     EXPECT_EQ(costOf(*NS::Set::setWithObject(text)), 1U + 11);
 }
 
-// Arrays of one length have one hash: each is looked up among all the others.
-TEST_F(EqualityBudget, CountsMembersThatCollideForEachOther) {
+NS::Ref<NS::Set> setOfNestedNumbers(int count, int depth) {
     const auto set = NS::make<NS::MutableSet>();
-    for (int i = 0; i < 10; ++i) {
-        set->addObject(NS::Array::arrayWithObjects({NS::Number::numberWithInt(i)}));
+    for (int i = 0; i < count; ++i) {
+        NS::Ref<NS::Object> member = NS::Number::numberWithInt(i);
+        for (int level = 0; level < depth; ++level) {
+            member = NS::Array::arrayWithObjects({member});
+        }
+        set->addObject(member);
     }
-    EXPECT_EQ(costOf(*set), 10U * (1 + 10 * 2));
+    return set;
+}
+
+// Each is compared with those of its hash and perhaps a neighbour; in a small set, with all.
+TEST_F(EqualityBudget, CountsMembersThatCollideForEachOther) {
+    EXPECT_EQ(costOf(*setOfNestedNumbers(10, 1)), 2U * (1 + 10 * 2));
+    EXPECT_EQ(costOf(*setOfNestedNumbers(8, 1)), 8U * (1 + 8 * 2));
+    EXPECT_EQ(costOf(*setOfNestedNumbers(10, 100)), 2U * 10 * (1 + 10 * 101));
+}
+
+TEST_F(EqualityBudget, TakesAnObjectForItselfWithoutALook) {
+    EXPECT_TRUE(budget.areEqual(*text, *text));
+    budget.spend(NS::Limits::kEqualityWorkAtLeast - 1); // and no more was spent
+    EXPECT_EQ(Tests::nameOfException([&] { budget.areEqual(*text, *text->twin()); }),
+              NS::kInvalidUnarchiveOperationException);
 }
 
 TEST_F(EqualityBudget, RaisesWhenItIsSpent) {

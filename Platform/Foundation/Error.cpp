@@ -1,8 +1,8 @@
 #include "Platform/Foundation/Error.h"
 
+#include "Platform/Foundation/ContentHash.h"
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Format.h"
-#include "Platform/Foundation/Hashing.h"
 #include "Platform/Foundation/StringBuilder.h"
 
 namespace NS {
@@ -31,7 +31,7 @@ bool Error::isEqual(const Object* other) const {
 }
 
 std::size_t Error::hash() const {
-    return domain_->hash() ^ hashOfInteger(static_cast<std::uint64_t>(code_));
+    return hashOfContents(*this);
 }
 
 Ref<String> Error::description() const {

@@ -80,6 +80,26 @@ TEST_F(HostileArchive, AMillionReferencesToOneObjectAreOneMemberOfASet) {
     EXPECT_EQ(as<NS::Set>(unarchive(*archive.data(root)))->count(), 1U);
 }
 
+// As writers that write equal lists once make them: twice as many elements as bytes.
+TEST_F(HostileArchive, RecordsThatShareAListAreRead) {
+    const auto set = archive.addClass("NSSet");
+    std::vector<Uid> texts;
+    for (int i = 0; i < 100; ++i) {
+        texts.push_back(addText(std::to_string(i)));
+    }
+    const auto elements = archive.uids(texts);
+    std::vector<Uid> entries;
+    for (int i = 0; i < 1000; ++i) {
+        entries.push_back(archive.addRecord(set, {
+                                                     {"NS.objects", elements}
+        }));
+    }
+    const auto data = archive.data(archive.addCollection(archive.addClass("NSArray"), entries));
+    EXPECT_LT(data->length(), 50'000U);
+    const auto root = as<NS::Array>(unarchive(*data));
+    EXPECT_EQ(as<NS::Set>(NS::RefPtr<NS::Object>(root->objectAtIndex(999)))->count(), 100U);
+}
+
 // Ten thousand collections that share a list of ten thousand elements would be a hundred million.
 TEST_F(HostileArchive, CollectionsThatShareTheirListAreRefused) {
     const auto array = archive.addClass("NSArray");
@@ -186,24 +206,69 @@ TEST_F(HostileArchive, AURLBasedOnItselfIsRefused) {
     EXPECT_NE(outcome(root), "none");
 }
 
-// All arrays of one element have one hash, so that each would be compared with all before it.
-TEST_F(HostileArchive, ASetOfManyArraysIsRefused) {
+TEST_F(HostileArchive, ASetOfManyArraysIsRead) {
     const auto array = archive.addClass("NSArray");
     std::vector<Uid> members;
-    for (int i = 0; i < 30'000; ++i) {
+    for (int i = 0; i < 100'000; ++i) {
         members.push_back(archive.addCollection(array, {addText(std::to_string(i))}));
+    }
+    const auto root = archive.addCollection(archive.addClass("NSSet"), members);
+    const auto set = as<NS::Set>(unarchive(*archive.data(root)));
+    EXPECT_EQ(set->count(), 100'000U);
+    EXPECT_TRUE(set->containsObject(*NS::Array::arrayWithObjects({NS::str("99999")})));
+}
+
+TEST_F(HostileArchive, ManyKeysThatShareALongListAreRead) {
+    const auto array = archive.addClass("NSArray");
+    std::vector<Uid> texts;
+    for (int i = 0; i < 1000; ++i) {
+        texts.push_back(addText(std::to_string(i)));
+    }
+    const auto shared = archive.addCollection(array, texts);
+    std::vector<Uid> keys;
+    for (int i = 0; i < 1000; ++i) {
+        keys.push_back(archive.addCollection(array, {texts[static_cast<std::size_t>(i)], shared}));
+    }
+    const auto root = archive.addDictionary(archive.addClass("NSDictionary"), keys, keys);
+    EXPECT_EQ(as<NS::Dictionary>(unarchive(*archive.data(root)))->count(), 1000U);
+}
+
+// They differ further down than a hash looks, so that each is compared with all before it.
+TEST_F(HostileArchive, ASetOfManyArraysThatCollideIsRefused) {
+    const auto array = archive.addClass("NSArray");
+    std::vector<Uid> members;
+    for (int i = 0; i < 3000; ++i) {
+        Uid member = addText(std::to_string(i));
+        for (int depth = 0; depth < 30; ++depth) {
+            member = archive.addCollection(array, {member});
+        }
+        members.push_back(member);
     }
     EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSSet"), members)),
               NS::kInvalidUnarchiveOperationException);
+    EXPECT_EQ(outcome(archive.addDictionary(archive.addClass("NSDictionary"), members, members)),
+              NS::kInvalidUnarchiveOperationException);
 }
 
-TEST_F(HostileArchive, ASetOfAFewArraysIsRead) {
-    const auto array = archive.addClass("NSArray");
-    std::vector<Uid> members;
-    for (int i = 0; i < 100; ++i) {
-        members.push_back(archive.addCollection(array, {addText(std::to_string(i))}));
+// The members are complete before the array that they refer to is.
+TEST_F(HostileArchive, MembersThatReferToWhatTheirSetStandsInAreFound) {
+    const auto outer = NS::make<NS::MutableArray>();
+    std::vector<NS::Ref<NS::Object>> members;
+    for (int i = 0; i < 20; ++i) {
+        members.push_back(NS::Array::arrayWithObjects({NS::Number::numberWithInt(i), outer}));
     }
-    EXPECT_EQ(outcome(archive.addCollection(archive.addClass("NSSet"), members)), "none");
+    outer->addObject(NS::make<NS::Set>(members));
+    outer->addObject(
+        NS::make<NS::Dictionary>(std::vector<NS::Dictionary::Entry>(1, {members[0], members[1]})));
+    const auto archived = NS::KeyedArchiver::archivedDataWithRootObject(outer);
+    outer->removeAllObjects();
+    const auto root = as<NS::MutableArray>(unarchive(*archived));
+    const auto set = as<NS::Set>(NS::RefPtr<NS::Object>(root->objectAtIndex(0)));
+    EXPECT_EQ(set->count(), 20U);
+    for (const auto& member : *set) {
+        EXPECT_TRUE(set->containsObject(*member));
+    }
+    root->removeAllObjects();
 }
 
 // Each level holds the one below twice: comparing two of them visits two to the fortieth texts.
@@ -363,6 +428,24 @@ TEST_F(HungryArchive, OfAMillionNumbers) {
         numbers.push_back(archive.add(archive.list.addInteger(i)));
     }
     expectInProportion(*archive.data(archive.addCollection(archive.addClass("NSArray"), numbers)));
+}
+
+TEST_F(HungryArchive, OfSetsThatShareTheirList) {
+    std::vector<Uid> texts;
+    for (int i = 0; i < 600; ++i) {
+        texts.push_back(addText(std::to_string(i)));
+    }
+    const auto set = archive.addClass("NSSet");
+    const auto elements = archive.uids(texts);
+    std::vector<Uid> entries;
+    for (int i = 0; i < 800; ++i) {
+        entries.push_back(archive.addRecord(set, {
+                                                     {"NS.objects", elements}
+        }));
+    }
+    const Uid root = archive.addCollection(archive.addClass("NSArray"), entries);
+    EXPECT_EQ(outcome(root), "none");
+    expectInProportion(*archive.data(root));
 }
 
 TEST_F(HungryArchive, OfTextsThatShareTheirBytes) {

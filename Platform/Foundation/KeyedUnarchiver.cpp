@@ -179,7 +179,9 @@ RefPtr<Object> KeyedUnarchiver::unarchiveObjectWithData(const Data& data) {
 RefPtr<Object> KeyedUnarchiver::unarchive(Bytes list) {
     KeyedUnarchiver coder(list);
     try {
-        return coder.decodeRoot();
+        RefPtr<Object> root = coder.decodeRoot();
+        coder.indexAgain();
+        return root;
     } catch (...) {
         coder.breakCycles();
         throw;
@@ -188,7 +190,7 @@ RefPtr<Object> KeyedUnarchiver::unarchive(Bytes list) {
 
 KeyedUnarchiver::KeyedUnarchiver(Bytes bytes)
     : list_(openList(bytes)), values_(bytes.size()), equalityBudget_(bytes.size()),
-      elementsLeft_(bytes.size()), classKeyNumber_(list_.objectCount()) {}
+      elementsLeft_(Limits::kSharedElements + bytes.size()), classKeyNumber_(list_.objectCount()) {}
 
 RefPtr<Object> KeyedUnarchiver::decodeRoot() {
     const Member whole{list_.topObject(), list_.item(list_.topObject()), true};
@@ -206,6 +208,21 @@ RefPtr<Object> KeyedUnarchiver::decodeRoot() {
     }
     slots_.resize(static_cast<std::size_t>(objects_.count));
     return objectOf(memberOf(memberOf(whole, kTopKey), kRootKey), kRootKey);
+}
+
+// A key or member that refers to a collection above it was hashed by what that held so far.
+void KeyedUnarchiver::indexAgain() {
+    if (!metIncomplete_) {
+        return;
+    }
+    for (const Made& made : made_) {
+        if (auto* const set = const_cast<Set*>(as<Set>(made.object.get()))) {
+            set->indexAgain(equalityBudget_);
+        } else if (auto* const dictionary =
+                       const_cast<Dictionary*>(as<Dictionary>(made.object.get()))) {
+            dictionary->indexAgain(equalityBudget_);
+        }
+    }
 }
 
 // What was made of the objects of a failed archive may hold each other in circles. All of it is
@@ -228,7 +245,7 @@ void KeyedUnarchiver::breakCycles() {
     }
 }
 
-// The collections of an honest list have no more elements in all than it has bytes.
+// The collections of a list that share no elements have no more of them in all than it has bytes.
 void KeyedUnarchiver::spendElements(std::uint64_t count) {
     if (count > elementsLeft_) {
         raiseIncomprehensible("its collections overlap");
@@ -263,15 +280,13 @@ std::uint32_t KeyedUnarchiver::slotOf(std::uint64_t uid) const {
 }
 
 RefPtr<Object> KeyedUnarchiver::objectForUid(std::uint64_t uid) {
-    if (uid == 0) {
-        return nullptr;
-    }
     const std::uint32_t slot = slotOf(uid);
     if ((slot & kClassSlot) != 0) {
         raiseIncomprehensible("a class where an object should be");
     }
     const Made& made = made_[slot == 0 ? makeObject(uid) : slot - 1];
     record_.height = std::max(record_.height, made.height);
+    metIncomplete_ = metIncomplete_ || (!made.isComplete && isCollection(*made.object));
     return made.object;
 }
 
@@ -527,9 +542,6 @@ KeyedUnarchiver::Member KeyedUnarchiver::findPlain(std::string_view key) {
     const Member member = find(key);
     if (member.item.kind != Kind::kUid) {
         return member;
-    }
-    if (member.item.bits == 0) {
-        return {};
     }
     (void)slotOf(member.item.bits); // which checks that there is an entry
     const std::uint64_t number = list_.reference(objects_, member.item.bits);

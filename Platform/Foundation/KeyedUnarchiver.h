@@ -146,6 +146,7 @@ class KeyedUnarchiver {
     static void checkAbsent(const Member& member, std::string_view key, const char* reason);
     [[noreturn]] static void raiseWrongKind(std::string_view key, const char* reason);
     void breakCycles();
+    void indexAgain();
 
     BinaryPropertyListReader list_;
     PropertyListValues values_;
@@ -159,6 +160,7 @@ class KeyedUnarchiver {
     std::uint64_t classKeyNumber_; // of the "$class" that was met last
     Record record_;
     std::size_t depth_ = 0;
+    bool metIncomplete_ = false; // something refers to a collection that was not complete then
 };
 
 } // namespace NS

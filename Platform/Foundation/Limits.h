@@ -22,9 +22,15 @@ inline constexpr std::uint64_t kVisitsAtLeast = 1'000'000;
 // How many units of work an archive may cost in looking for equal keys and equal members of sets,
 // for each of its bytes and at least. A unit is a small object compared or hashed, or 64 bytes of a
 // long one. An honest archive takes a unit or two for each key, and a key takes more than six
-// bytes; a hostile one can make the work grow with the square of its size, or exponentially.
+// bytes; many keys that share a long list take more, which is what the least is for. A hostile
+// archive can make the work grow with the square of its size, or exponentially.
 inline constexpr std::uint64_t kEqualityWorkPerByte = 4;
-inline constexpr std::uint64_t kEqualityWorkAtLeast = 65536;
+inline constexpr std::uint64_t kEqualityWorkAtLeast = 1'000'000;
+
+// How many elements the collections of an archive may have in all beyond one for each of its bytes,
+// which is what there are when each has a list of its own. Writers that write equal lists once let
+// many objects refer to the same one: a thousand sets of five hundred in a few kilobytes.
+inline constexpr std::uint64_t kSharedElements = 500'000;
 
 // How many positions of a class's records have their keys remembered between records. The longest
 // record of the system has 16 keys.

@@ -167,9 +167,7 @@ void Set::encodeWithCoder(KeyedArchiver& coder) const {
 }
 
 void Set::initWithCoder(KeyedUnarchiver& coder) {
-    for (Ref<Object>& object : coder.decodeKeysForKey("NS.objects")) {
-        insertWithin(coder.equalityBudget(), std::move(object));
-    }
+    insertWithin(coder.equalityBudget(), coder.decodeKeysForKey("NS.objects"));
 }
 
 void Dictionary::encodeWithCoder(KeyedArchiver& coder) const {
@@ -185,9 +183,12 @@ void Dictionary::initWithCoder(KeyedUnarchiver& coder) {
     if (keys.size() != objects.size()) {
         coder.raiseRefused("it has not as many objects as keys");
     }
+    std::vector<Entry> entries;
+    entries.reserve(keys.size());
     for (std::size_t i = 0; i < keys.size(); ++i) {
-        setEntryWithin(coder.equalityBudget(), {std::move(keys[i]), std::move(objects[i])});
+        entries.emplace_back(std::move(keys[i]), std::move(objects[i]));
     }
+    setEntriesWithin(coder.equalityBudget(), std::move(entries));
 }
 
 void Error::encodeWithCoder(KeyedArchiver& coder) const {

@@ -1,5 +1,6 @@
 #include "Platform/Foundation/Set.h"
 
+#include "Platform/Foundation/ContentHash.h"
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Exception.h"
@@ -33,6 +34,10 @@ Set::Set(const std::vector<Ref<Object>>& objects) {
     }
 }
 
+Set::Set(std::vector<Ref<Object>> objects, EqualityBudget& budget) {
+    insertWithin(budget, std::move(objects));
+}
+
 Ref<Set> Set::setWithObject(Ref<Object> object) {
     return make<Set>(std::vector<Ref<Object>>{std::move(object)});
 }
@@ -50,17 +55,24 @@ void Set::insert(Ref<Object> object) {
     index_.appended(objects_.size(), [this](std::size_t p) { return hashAt(p); });
 }
 
-void Set::insertWithin(EqualityBudget& budget, Ref<Object> object) {
-    const std::uint64_t cost = budget.costOf(*object);
-    const std::size_t position = index_.find([&] { return object->hash(); }, objects_.size(),
-                                             [&](std::size_t p) {
-                                                 budget.spend(cost);
-                                                 return objects_[p]->isEqual(object.get());
-                                             });
-    if (position == HashIndex::kNotFound) {
-        objects_.push_back(std::move(object));
-        index_.appended(objects_.size(), [this](std::size_t p) { return hashAt(p); });
+// Each object is hashed once, and compared only with those of the same hash.
+void Set::insertWithin(EqualityBudget& budget, std::vector<Ref<Object>> objects) {
+    std::vector<std::size_t> hashes; // by position
+    for (Ref<Object>& object : objects) {
+        const std::size_t hash = budget.hashOf(*object);
+        const auto matches = [&](std::size_t p) {
+            return hashes[p] == hash && budget.areEqual(*objects_[p], *object);
+        };
+        if (index_.find([&] { return hash; }, objects_.size(), matches) == HashIndex::kNotFound) {
+            hashes.push_back(hash);
+            objects_.push_back(std::move(object));
+            index_.appended(objects_.size(), [&](std::size_t p) { return hashes[p]; });
+        }
     }
+}
+
+void Set::indexAgain(EqualityBudget& budget) {
+    index_.rebuild(objects_.size(), [&](std::size_t p) { return budget.hashOf(*objects_[p]); });
 }
 
 bool Set::containsObject(const Object& object) const {
@@ -80,6 +92,10 @@ bool Set::isEqual(const Object* other) const {
     return set != nullptr && count() == set->count() &&
            std::ranges::all_of(objects_,
                                [&](const Ref<Object>& each) { return set->containsObject(*each); });
+}
+
+std::size_t Set::hash() const {
+    return hashOfContents(*this);
 }
 
 Ref<String> Set::description() const {

@@ -11,12 +11,15 @@ namespace NS {
 
 class EqualityBudget;
 
-// Objects without order, no two of them equal. Enumerates in the order in which they came.
+// Objects without order, no two of them equal. Enumerates in the order in which they came. A
+// member that is a collection must not change meanwhile: it would not be found any more.
 class Set : public Object {
     NS_OBJECT(Set)
   public:
     Set() = default;
     explicit Set(const std::vector<Ref<Object>>& objects);
+    // The same for objects from outside: raises when telling them apart takes more than the budget.
+    Set(std::vector<Ref<Object>> objects, EqualityBudget& budget);
     static Ref<Set> setWithObject(Ref<Object> object);
 
     std::size_t count() const noexcept { return objects_.size(); }
@@ -28,7 +31,8 @@ class Set : public Object {
     auto end() const noexcept { return objects_.end(); }
 
     bool isEqual(const Object* other) const override;
-    std::size_t hash() const override { return count(); }
+    // By what it holds, as Array's.
+    std::size_t hash() const override;
     Ref<String> description() const override;
     void encodeWithCoder(KeyedArchiver& coder) const override;
     void initWithCoder(KeyedUnarchiver& coder) override;
@@ -37,8 +41,9 @@ class Set : public Object {
     friend class KeyedUnarchiver;
     std::size_t positionOf(const Object& object) const;
     void insert(Ref<Object> object);
-    // For objects from outside: raises when telling them apart takes more than the budget.
-    void insertWithin(EqualityBudget& budget, Ref<Object> object);
+    void insertWithin(EqualityBudget& budget, std::vector<Ref<Object>> objects);
+    // Finds the members by what they hold now.
+    void indexAgain(EqualityBudget& budget);
     std::size_t hashAt(std::size_t position) const { return objects_[position]->hash(); }
 
     std::vector<Ref<Object>> objects_;

@@ -1,5 +1,6 @@
 #include "Platform/Foundation/URL.h"
 
+#include "Platform/Foundation/ContentHash.h"
 #include "Platform/Foundation/Exception.h"
 
 #include <array>
@@ -281,6 +282,10 @@ bool URL::isEqual(const Object* other) const {
         return false;
     }
     return base_ == url->base_ || (base_ && base_->isEqual(url->base_.get()));
+}
+
+std::size_t URL::hash() const {
+    return hashOfContents(*this);
 }
 
 Ref<String> URL::description() const {

@@ -31,7 +31,7 @@ class URL final : public Object {
 
     // The same text and equal bases.
     bool isEqual(const Object* other) const override;
-    std::size_t hash() const override { return text_->hash(); }
+    std::size_t hash() const override;
     // The text, and " -- " and the base where there is one.
     Ref<String> description() const override;
     void encodeWithCoder(KeyedArchiver& coder) const override;

@@ -29,8 +29,7 @@ constexpr std::uint64_t kOutputPerByte = 64;
 class ArchivePrinter {
   public:
     ArchivePrinter(NS::Bytes list, JsonOutput& out)
-        : archive_(list), out_(out), numbers_(archive_.objectCount()),
-          boxed_(archive_.objectCount()) {}
+        : archive_(list), out_(out), numbers_(archive_.objectCount()) {}
 
     // The root; all top objects by their keys when there are others.
     void print() {
@@ -96,7 +95,7 @@ class ArchivePrinter {
         std::uint32_t& number = numbers_[uid];
         if (number != 0) {
             writeReference(out_, number);
-        } else if (const auto value = boxedValue(uid, object)) {
+        } else if (const auto value = archive_.boxedValue(uid, object)) {
             (void)writePlainValue(out_, *value); // it is one
         } else {
             number = ++count_;
@@ -105,26 +104,16 @@ class ArchivePrinter {
         }
     }
 
-    // The value that an object of one of the platform's classes stands for; nil for any other.
-    NS::RefPtr<NS::Object> boxedValue(std::uint64_t uid, const Item& object) {
-        NS::RefPtr<NS::Object>& value = boxed_[uid];
-        if (!value) {
-            archive_.visit(object);
-            value = archive_.boxedValue(archive_.classOf(object).shape, object);
-        }
-        return value;
-    }
-
     // Collections that are not as the format has them are shown as the records that they are.
     void printNumbered(const ArchiveReading::ArchivedClass& objectClass, const Item& object) {
         const auto objects = archive_.findArray(object, "NS.objects");
         const auto keys = archive_.findArray(object, "NS.keys");
         if (objectClass.shape == Shape::kArray && objects) {
-            printElements(*objects);
+            printObjects(*objects);
         } else if (objectClass.shape == Shape::kSet && objects) {
             out_.beginObject();
             out_.key("$set");
-            printElements(*objects);
+            printObjects(*objects);
             out_.endObject();
         } else if (objectClass.shape == Shape::kDictionary && objects && keys &&
                    objects->count == keys->count) {
@@ -148,13 +137,22 @@ class ArchivePrinter {
         out_.endObject();
     }
 
-    void printElements(const Item& array) {
-        archive_.visit(array);
+    void printObjects(const Item& list) {
+        archive_.visit(list);
         out_.beginArray();
-        for (std::uint64_t i = 0; i < array.count; ++i) {
-            printValue(archive_.element(array, i));
+        for (std::uint64_t i = 0; i < list.count; ++i) {
+            printValue(objectAt(list, i));
         }
         out_.endArray();
+    }
+
+    // Of an object's list: a reference or a plain value, as the unarchiver has it.
+    Member objectAt(const Item& list, std::uint64_t position) const {
+        const Member member = archive_.element(list, position);
+        if (member.item.kind != Kind::kUid && !ArchiveReading::isPlain(member.item)) {
+            throw Error("no keyed archive, or a damaged one: an element that is no object");
+        }
+        return member;
     }
 
     // JSON has texts for keys, each of them once.
@@ -168,7 +166,7 @@ class ArchivePrinter {
         out_.beginObject();
         for (std::uint64_t i = 0; i < objects.count; ++i) {
             writeKey(out_, (*texts)[static_cast<std::size_t>(i)]);
-            printValue(archive_.element(objects, i));
+            printValue(objectAt(objects, i));
         }
         out_.endObject();
     }
@@ -179,8 +177,8 @@ class ArchivePrinter {
         out_.beginArray();
         for (std::uint64_t i = 0; i < keys.count; ++i) {
             out_.beginArray();
-            printValue(archive_.element(keys, i));
-            printValue(archive_.element(objects, i));
+            printValue(objectAt(keys, i));
+            printValue(objectAt(objects, i));
             out_.endArray();
         }
         out_.endArray();
@@ -191,7 +189,7 @@ class ArchivePrinter {
         std::vector<std::string> texts;
         std::set<std::string> known;
         for (std::uint64_t i = 0; i < keys.count; ++i) {
-            auto text = textOf(archive_.element(keys, i));
+            auto text = textOf(objectAt(keys, i));
             if (!text || !known.insert(*text).second) {
                 return std::nullopt;
             }
@@ -202,27 +200,33 @@ class ArchivePrinter {
 
     // The text of a key; nothing when it is nil, no text, or one that JSON does not hold.
     std::optional<std::string> textOf(const Member& key) {
-        if (key.item.kind != Kind::kUid) {
-            return std::nullopt;
-        }
-        const Member entry = archive_.entry(key.item.bits);
-        if (ArchiveReading::isNil(entry)) {
-            return std::nullopt;
-        }
-        const auto text = NS::as<NS::String>(entry.item.kind == Kind::kDictionary
-                                                 ? boxedKey(key.item.bits, entry.item)
-                                                 : archive_.plainValue(entry));
+        const auto text = NS::as<NS::String>(
+            key.item.kind == Kind::kUid ? valueOfKey(key.item.bits) : archive_.plainValue(key));
         return text ? utf8Of(*text) : std::nullopt;
     }
 
+    NS::RefPtr<NS::Object> valueOfKey(std::uint64_t uid) {
+        const Member entry = archive_.entry(uid);
+        if (ArchiveReading::isNil(entry)) {
+            return nullptr;
+        }
+        return entry.item.kind == Kind::kDictionary ? boxedKey(uid, entry.item)
+                                                    : archive_.plainValue(entry);
+    }
+
     NS::RefPtr<NS::Object> boxedKey(std::uint64_t uid, const Item& object) {
-        return numbers_[uid] == 0 ? boxedValue(uid, object) : nullptr;
+        return numbers_[uid] == 0 ? archive_.boxedValue(uid, object) : nullptr;
     }
 
     // Collections of the list itself, which have no identity.
     void printArrayOfList(const Item& array) {
         const Level level(depth_);
-        printElements(array);
+        archive_.visit(array);
+        out_.beginArray();
+        for (std::uint64_t i = 0; i < array.count; ++i) {
+            printValue(archive_.element(array, i));
+        }
+        out_.endArray();
     }
 
     void printDictionaryOfList(const Item& dictionary) {
@@ -239,7 +243,6 @@ class ArchivePrinter {
     ArchiveReading archive_;
     JsonOutput& out_;
     std::vector<std::uint32_t> numbers_; // by UID; 0 for what was not printed yet
-    std::vector<NS::RefPtr<NS::Object>> boxed_;
     std::uint32_t count_ = 0;
     std::size_t depth_ = 0;
 };

@@ -4,7 +4,9 @@
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/Error.h"
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/KeyedArchiver.h"
+#include "Platform/Foundation/KeyedUnarchiver.h"
 #include "Platform/Foundation/Null.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/Set.h"
@@ -207,6 +209,94 @@ TEST_F(ArchiveJson, SaysWhatIsWrong) {
     EXPECT_EQ(json(addText("x")), damaged + "it is of another version of the format");
     archive.archiver = "OtherArchiver";
     EXPECT_EQ(json(addText("x")), damaged + "it was not made by a keyed archiver");
+}
+
+// What is shown is what the unarchiver reads; what it refuses is refused here.
+class ArchiveJsonAndTheUnarchiver : public ArchiveJson {
+  protected:
+    static constexpr std::string_view kDamaged = "no keyed archive, or a damaged one: ";
+
+    void expectShown(HandMade::Uid root, const NS::Object& expected, std::string_view text) {
+        const auto data = archive.data(root);
+        EXPECT_EQ(json(*data), text);
+        const auto read = NS::KeyedUnarchiver::unarchiveObjectWithData(*data);
+        EXPECT_TRUE(read && read->isEqual(&expected));
+    }
+    void expectRefused(HandMade::Uid root, std::string_view reason) {
+        expectRefused(*archive.data(root), reason);
+    }
+    static void expectRefused(const NS::Data& data, std::string_view reason) {
+        EXPECT_EQ(json(data), std::string(kDamaged) + std::string(reason));
+        EXPECT_THROW(NS::KeyedUnarchiver::unarchiveObjectWithData(data), NS::Exception);
+    }
+    // The archive of a root, with null in the place of these eight bytes of data.
+    NS::Ref<NS::Data> withNullFor(std::string_view bytes, HandMade::Uid root) {
+        std::string text(NS::charactersOf(archive.data(root)->bytes()));
+        text[text.find('H' + std::string(bytes))] = '\0';
+        return NS::Data::dataWithBytes(NS::bytesOf(text));
+    }
+    HandMade::Uid addArray(HandMade::Reference element) {
+        return archive.addRecord(archive.addClass("NSArray"),
+                                 {
+                                     {"NS.objects", archive.list.addArray({&element, 1})}
+        });
+    }
+    HandMade::Uid addMutableText(HandMade::Reference contents) {
+        return archive.addRecord(archive.addClass("NSMutableString"), {
+                                                                          {"NS.string", contents}
+        });
+    }
+};
+
+TEST_F(ArchiveJsonAndTheUnarchiver, TakeATextInPlaceForAKey) {
+    const auto key = archive.list.addAscii("k");
+    const auto value = archive.uid(addText("v"));
+    const auto root = archive.addRecord(archive.addClass("NSDictionary"),
+                                        {
+                                            {"NS.keys",    archive.list.addArray({&key, 1})  },
+                                            {"NS.objects", archive.list.addArray({&value, 1})}
+    });
+    expectShown(root,
+                *NS::Dictionary::dictionaryWithEntries({
+                    {"k", NS::str("v")}
+    }),
+                R"({"k":"v"})");
+}
+
+TEST_F(ArchiveJsonAndTheUnarchiver, RefuseACollectionInPlaceOfAnElement) {
+    expectRefused(addArray(archive.list.addArray({})), "an element that is no object");
+    expectRefused(addArray(archive.dictionary({})), "an element that is no object");
+}
+
+TEST_F(ArchiveJsonAndTheUnarchiver, RefuseAnEntryThatIsNoObject) {
+    constexpr std::string_view kReason = "a list or a null where an object should be";
+    const auto list = archive.add(archive.list.addArray({}));
+    expectRefused(addArray(archive.uid(list)), kReason);
+    const auto null = archive.add(archive.list.addData(NS::bytesOf("NULLNULL")));
+    expectRefused(*withNullFor("NULLNULL", addArray(archive.uid(null))), kReason);
+}
+
+TEST_F(ArchiveJsonAndTheUnarchiver, ReadTheFirstEntryAsWhatItIs) {
+    archive.entries[0] = archive.list.addAscii("first");
+    expectShown(0, *NS::str("first"), R"("first")");
+    expectShown(addArray(archive.uid(0)), *NS::Array::arrayWithObjects({NS::str("first")}),
+                R"(["first"])");
+}
+
+TEST_F(ArchiveJsonAndTheUnarchiver, ReadATextThatIsMadeOfAnother) {
+    const auto inner = addMutableText(archive.list.addAscii("text"));
+    expectShown(addMutableText(archive.uid(addMutableText(archive.uid(inner)))), *NS::str("text"),
+                R"("text")");
+}
+
+TEST_F(ArchiveJsonAndTheUnarchiver, RefuseATextThatIsMadeOfItself) {
+    const auto text = archive.addClass("NSMutableString");
+    const auto itself = static_cast<HandMade::Uid>(archive.entries.size());
+    expectRefused(archive.addRecord(text,
+                                    {
+                                        {"NS.string", archive.uid(itself)}
+    }),
+                  "objects stand too deep within one another");
 }
 
 TEST_F(ArchiveJson, StopsWhereObjectsStandTooDeep) {

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/KeyedArchiveNames.h"
+#include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Null.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/String.h"
@@ -42,7 +43,8 @@ void expect(const Item& item, Kind kind, const char* reason) {
 } // namespace
 
 ArchiveReading::ArchiveReading(NS::Bytes list)
-    : list_(openList(list)), values_(list.size()), visitsLeft_(list.size()) {
+    : list_(openList(list)), values_(list.size()),
+      visitsLeft_(NS::Limits::kSharedElements + list.size()) {
     const Item whole = list_.item(list_.topObject());
     expect(whole, Kind::kDictionary, "its top is no dictionary");
     visit(whole);
@@ -56,6 +58,7 @@ ArchiveReading::ArchiveReading(NS::Bytes list)
     objects_ = *objects;
     visit(top_.item);
     visit(objects_);
+    boxed_.resize(objectCount());
 }
 
 void ArchiveReading::checkArchiver(const Item& whole) {
@@ -77,6 +80,9 @@ ArchiveReading::Member ArchiveReading::entry(std::uint64_t uid) const {
     Member member = element(objects_, uid);
     if (member.item.kind == Kind::kUid) {
         raiseDamaged("a UID where an object should be");
+    }
+    if (member.item.kind != Kind::kDictionary && !isPlain(member.item)) {
+        raiseDamaged("a list or a null where an object should be");
     }
     return member;
 }
@@ -168,17 +174,23 @@ ArchiveReading::ArchivedClass ArchiveReading::readClass(const Member& record) {
     return {name->utf8(), shapeOfClass(name->utf8())};
 }
 
-NS::RefPtr<NS::Object> ArchiveReading::plainValue(const Member& member) {
-    switch (member.item.kind) {
+bool ArchiveReading::isPlain(const Item& item) noexcept {
+    switch (item.kind) {
     case Kind::kNull:
     case Kind::kFill:
     case Kind::kUid:
     case Kind::kArray:
     case Kind::kSet:
     case Kind::kDictionary:
-        return nullptr;
+        return false;
     default:
-        break;
+        return true;
+    }
+}
+
+NS::RefPtr<NS::Object> ArchiveReading::plainValue(const Member& member) {
+    if (!isPlain(member.item)) {
+        return nullptr;
     }
     const char* reason = nullptr;
     auto value = values_.value(member.item, member.number, reason);
@@ -199,12 +211,31 @@ std::optional<ArchiveReading::Member> ArchiveReading::plainMemberUnder(const Ite
     return isNil(referred) ? std::nullopt : std::optional(referred);
 }
 
+// What is behind a UID may be a box itself.
 NS::RefPtr<NS::Object> ArchiveReading::plainValueUnder(const Item& object, std::string_view key) {
+    const auto direct = find(object, key);
     const auto member = plainMemberUnder(object, key);
+    if (member && direct->item.kind == Kind::kUid && member->item.kind == Kind::kDictionary) {
+        return boxedValue(direct->item.bits, member->item);
+    }
     return member ? plainValue(*member) : nullptr;
 }
 
-NS::RefPtr<NS::Object> ArchiveReading::boxedValue(Shape shape, const Item& object) {
+NS::RefPtr<NS::Object> ArchiveReading::boxedValue(std::uint64_t uid, const Item& object) {
+    const auto position = static_cast<std::size_t>(uid);
+    if (!boxed_[position]) {
+        if (depth_ == NS::Limits::kDepth) {
+            raiseDamaged("objects stand too deep within one another");
+        }
+        ++depth_;
+        visit(object);
+        boxed_[position] = unboxed(classOf(object).shape, object);
+        --depth_;
+    }
+    return boxed_[position];
+}
+
+NS::RefPtr<NS::Object> ArchiveReading::unboxed(Shape shape, const Item& object) {
     switch (shape) {
     case Shape::kText:
         return boxedText(object);

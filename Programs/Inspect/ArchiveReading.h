@@ -10,11 +10,13 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace Inspection {
 
 // The objects of one keyed archive, by UID, as far as showing them takes. Whatever is damaged
-// raises Error. All calls together look at no more elements than the archive has bytes.
+// raises Error. All calls together look at no more elements than the archive has bytes, and
+// NS::Limits::kSharedElements.
 class ArchiveReading {
   public:
     using Item = NS::BinaryPropertyListReader::Item;
@@ -38,7 +40,8 @@ class ArchiveReading {
     const Member& top() const noexcept { return top_; }
     std::size_t objectCount() const noexcept { return static_cast<std::size_t>(objects_.count); }
 
-    // The entry of a UID. Raises for one that is not there, or that is a UID itself.
+    // The entry of a UID. Raises for one that is not there, or that is neither a dictionary nor
+    // plain.
     Member entry(std::uint64_t uid) const;
     // True for the entry of nil.
     static bool isNil(const Member& entry) noexcept;
@@ -59,15 +62,18 @@ class ArchiveReading {
 
     // The text, number, date or data that a member is; nil for anything else.
     NS::RefPtr<NS::Object> plainValue(const Member& member);
-    // The same for what an object of one of the platform's classes holds in its dictionary; nil
-    // when it does not hold it in a way that the format knows.
-    NS::RefPtr<NS::Object> boxedValue(Shape shape, const Item& object);
+    // Whether it is one; an array, a dictionary, a null and a UID are none.
+    static bool isPlain(const Item& item) noexcept;
+    // The value that the object of a UID, one of the platform's classes, holds in its dictionary;
+    // nil when it does not hold it in a way that the format knows. Makes it once.
+    NS::RefPtr<NS::Object> boxedValue(std::uint64_t uid, const Item& object);
 
   private:
     Member memberAt(std::uint64_t number) const {
         return {number, list_.withUid(list_.item(number))};
     }
     std::optional<Member> plainMemberUnder(const Item& object, std::string_view key);
+    NS::RefPtr<NS::Object> unboxed(Shape shape, const Item& object);
     NS::RefPtr<NS::Object> plainValueUnder(const Item& object, std::string_view key);
     void checkArchiver(const Item& whole);
     NS::RefPtr<NS::Object> boxedText(const Item& object);
@@ -83,6 +89,8 @@ class ArchiveReading {
     Item objects_;
     std::unordered_map<std::uint64_t, std::string> keys_;      // by their number in the list
     std::unordered_map<std::uint64_t, ArchivedClass> classes_; // by UID
+    std::vector<NS::RefPtr<NS::Object>> boxed_;                // by UID
+    std::size_t depth_ = 0;                                    // of boxes within one another
 };
 
 } // namespace Inspection

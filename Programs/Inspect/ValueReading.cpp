@@ -3,6 +3,8 @@
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Dictionary.h"
+#include "Platform/Foundation/EqualityBudget.h"
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Null.h"
 #include "Platform/Foundation/Number.h"
@@ -38,8 +40,8 @@ class NoJson final : public Error {
 class ValueBuilder final : public nlohmann::json_sax<Json> {
   public:
     // The text has each number of those places as one that the parser takes, of its sign.
-    ValueBuilder(Forms forms, const std::vector<std::size_t>& overflowing) noexcept
-        : forms_(forms), overflowing_(overflowing) {}
+    ValueBuilder(Forms forms, std::size_t length, const std::vector<std::size_t>& overflowing)
+        : forms_(forms), overflowing_(overflowing), budget_(length) {}
 
     const NS::RefPtr<NS::Object>& value() const noexcept { return root_; }
 
@@ -296,19 +298,32 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
                    : "";
     }
 
-    static NS::Ref<NS::Object> dictionaryOf(const Frame& frame) {
-        const auto dictionary = NS::make<NS::MutableDictionary>();
-        for (const auto& [key, value] : frame.entries) {
-            if (dictionary->objectForKey(*key)) {
-                throw Error("the key" + shown(*key) + " stands twice");
-            }
-            dictionary->setObject_forKey(value, key);
+    template <class Make>
+    static auto withinBudget(Make&& make) {
+        try {
+            return make();
+        } catch (const NS::Exception&) {
+            throw Error("telling the keys of a dictionary or the members of a set apart takes too "
+                        "much work");
         }
-        return dictionary->copy();
     }
 
-    static NS::Ref<NS::Object> setOf(const Frame& frame) {
-        auto set = NS::make<NS::Set>(frame.elements);
+    // Keys keep their order, so that the first one that is missing is the one that stands twice.
+    NS::Ref<NS::Object> dictionaryOf(const Frame& frame) {
+        const auto dictionary =
+            withinBudget([&] { return NS::make<NS::Dictionary>(frame.entries, budget_); });
+        auto kept = dictionary->begin();
+        for (const auto& [key, value] : frame.entries) {
+            if (kept == dictionary->end() || kept->first != key) {
+                throw Error("the key" + shown(*key) + " stands twice");
+            }
+            ++kept;
+        }
+        return dictionary;
+    }
+
+    NS::Ref<NS::Object> setOf(const Frame& frame) {
+        auto set = withinBudget([&] { return NS::make<NS::Set>(frame.elements, budget_); });
         if (set->count() != frame.elements.size()) {
             const auto doubled = std::ranges::mismatch(frame.elements, *set).in1;
             throw Error("the member" + shown(**doubled) + " stands twice");
@@ -366,6 +381,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
     Forms forms_;
     const std::vector<std::size_t>& overflowing_;
     std::size_t numbers_ = 0; // that went by
+    NS::EqualityBudget budget_;
     std::vector<Frame> open_;
     std::size_t depth_ = 0;               // how many of them are collections
     std::vector<Collection> collections_; // complete ones, by number less one
@@ -377,7 +393,7 @@ class ValueBuilder final : public nlohmann::json_sax<Json> {
 
 NS::RefPtr<NS::Object> valueFromJson(std::string_view json, Forms forms) {
     const FiniteNumbers finite = forms == Forms::kNone ? withFiniteNumbers(json) : FiniteNumbers();
-    ValueBuilder builder(forms, finite.overflowing);
+    ValueBuilder builder(forms, json.size(), finite.overflowing);
     try {
         const bool isAsGiven = finite.overflowing.empty();
         (void)Json::sax_parse(isAsGiven ? json : finite.json, &builder); // what is wrong raises

@@ -21,7 +21,8 @@ enum class Forms : std::uint8_t {
 // Raises Error, which says what is wrong and where, for anything that is no JSON, for a key that
 // stands twice in an object, objects deeper within one another than NS::Limits::kDepth; and among
 // values for a number that is too large for its type, a member that stands twice in a set, a form
-// that does not exist or is filled in wrongly, nil within a collection, and records.
+// that does not exist or is filled in wrongly, nil within a collection, records, and keys and
+// members of sets that take more work to tell apart than the text is long for.
 NS::RefPtr<NS::Object> valueFromJson(std::string_view json, Forms forms);
 
 } // namespace Inspection

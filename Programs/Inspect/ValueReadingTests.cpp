@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <sstream>
 
 namespace {
@@ -247,6 +248,38 @@ TEST_F(ValueReading, ReadsBackWhatIsShownOfAnArchive) {
     Inspection::printArchive(first->bytes(), shown);
     const auto second = NS::KeyedArchiver::archivedDataWithRootObject(value(shown.str()));
     EXPECT_TRUE(second->isEqual(first.get())) << shown.str();
+}
+
+std::string manyOf(int count, const std::function<std::string(int)>& each) {
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+        text += (i == 0 ? "" : ",") + each(i);
+    }
+    return text;
+}
+
+TEST_F(ValueReading, TellsManyCollectionsApart) {
+    const auto set = as<NS::Set>(
+        value("{\"$set\":[" + manyOf(50'000, [](int i) { return '[' + std::to_string(i) + ']'; }) +
+              "]}"));
+    EXPECT_EQ(set->count(), 50'000U);
+    const auto dictionary = as<NS::Dictionary>(
+        value("{\"$dictionary\":[" +
+              manyOf(50'000, [](int i) { return "[[" + std::to_string(i) + "],0]"; }) + "]}"));
+    EXPECT_EQ(dictionary->count(), 50'000U);
+}
+
+// They differ further down than a hash looks.
+TEST_F(ValueReading, RefusesCollectionsThatAreTooMuchWorkToTellApart) {
+    const auto nested = [](int i) {
+        return std::string(30, '[') + std::to_string(i) + std::string(30, ']');
+    };
+    const std::string reason =
+        "telling the keys of a dictionary or the members of a set apart takes too much work";
+    EXPECT_EQ(mistake("{\"$set\":[" + manyOf(3000, nested) + "]}"), reason + ", at /$set");
+    EXPECT_EQ(mistake("{\"$dictionary\":[" +
+                      manyOf(3000, [&](int i) { return '[' + nested(i) + ",0]"; }) + "]}"),
+              reason + ", at /$dictionary");
 }
 
 } // namespace
