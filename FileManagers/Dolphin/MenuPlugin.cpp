@@ -1,6 +1,6 @@
 #include "FileManagers/Dolphin/MenuPlugin.h"
 
-#include "FileManagers/Dolphin/DolphinViews.h"
+#include "FileManagers/Dolphin/Views.h"
 #include "FileManagers/Qt/LocalPath.h"
 
 #include <KFileItemListProperties>
@@ -37,7 +37,8 @@ Place placeOf(const QList<QUrl>& selection) {
 }
 
 bool isBackground(const Place& place, QWidget* window) {
-    return place.items.size() == 1 && place.items.front() == localPath(folderInFocus(window));
+    return window != nullptr && place.items.size() == 1 &&
+           place.items.front() == localPath(Views::folderInFocus(window));
 }
 
 } // namespace

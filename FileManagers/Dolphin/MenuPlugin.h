@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileManagers/Dolphin/SharedDrive.h"
+#include "FileManagers/Qt/SharedDrive.h"
 
 #include <KAbstractFileItemActionPlugin>
 #include <QMenu>

@@ -1,13 +1,15 @@
 #include "FileManagers/Dolphin/PluginFactory.h"
 
 #include "FileManagers/Dolphin/MenuPlugin.h"
-#include "FileManagers/Dolphin/ViewPlugin.h"
+#include "FileManagers/Dolphin/Views.h"
+
+#include <QApplication>
 
 namespace FileManagers {
 
 PluginFactory::PluginFactory() {
     registerPlugin<MenuPlugin>();
-    registerPlugin<ViewPlugin>();
+    new Views(qApp);
 }
 
 } // namespace FileManagers

@@ -4,7 +4,8 @@
 
 namespace FileManagers {
 
-// What Dolphin loads the plug-in by: it makes both kinds, as Dolphin asks for the one or the other.
+// What a program finds in the library as it loads it: makes a plug-in for its menus, and follows
+// its views from then on.
 class PluginFactory : public KPluginFactory {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID KPluginFactory_iid FILE "quorvane-dolphin.json")

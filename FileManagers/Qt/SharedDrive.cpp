@@ -1,4 +1,4 @@
-#include "FileManagers/Dolphin/SharedDrive.h"
+#include "FileManagers/Qt/SharedDrive.h"
 
 namespace FileManagers {
 
