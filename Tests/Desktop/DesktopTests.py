@@ -14,7 +14,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-MANAGERS = {"caja": "Caja", "nemo": "Nemo", "thunar": "Thunar"}
+MANAGERS = {"caja": "Caja", "nemo": "Nemo", "thunar": "Thunar", "dolphin": "Dolphin"}
 HERE = Path(__file__).resolve()
 
 
