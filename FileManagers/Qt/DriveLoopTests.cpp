@@ -48,6 +48,10 @@ TEST_F(DriveLoopOfQt, EndsWithItsObject) {
     EXPECT_TRUE(pump([&] { return drive->isOnDrive("/mnt/Drive"); }));
     const int before = changes;
     extension->changeGeneration();
+    ASSERT_TRUE(Tests::waitUntil([&] {
+        pollfd ready{drive->descriptor(), POLLIN, 0};
+        return ::poll(&ready, 1, 0) > 0;
+    }));
     QCoreApplication::processEvents();
     EXPECT_EQ(changes, before);
 }
