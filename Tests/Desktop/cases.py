@@ -147,7 +147,6 @@ class Places(FileManagerCase):
         return entries
 
     def test_have_the_menu_of_the_sidebar(self):
-        self.manager.go_up("Drive")
         expected = enabled(SHARE, PROPERTIES)
         self.assertEqual(self.menu_of_place("Docs"), expected)
         self.assertEqual(self.drive.entries("--kind", "sidebar", self.drive.path / "Docs"), expected)

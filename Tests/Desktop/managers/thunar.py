@@ -58,9 +58,12 @@ class Thunar(GtkFileManager):
 
     def _press_key(self, key):
         """In the window that was opened last: without a window manager it is the one below the mouse."""
-        left, top, width, height = self.view_extents()
-        tree.xdotool("mousemove", left + width - 20, top + height - 20)
+        tree.xdotool("mousemove", *self._background())
         tree.xdotool("key", key)
+
+    def _background(self):
+        left, top, width, height = self.view_extents()
+        return left + width - 20, top + height - 20
 
     # Items
 
@@ -104,6 +107,10 @@ class Thunar(GtkFileManager):
         self._is_in_submenu = True
         until(lambda: tree.entries_of(self._open_menu()), "an open submenu")
 
+    def _has_tip(self):
+        return any(tree.matches(window, "window", None) and tree.is_showing(window)
+                   for window in tree.children(self.application()))
+
     def open_place_menu(self, name):
         """That of a bookmark in the sidebar."""
         def place():
@@ -111,6 +118,9 @@ class Thunar(GtkFileManager):
             return next((node for node in tree.find_all(self._frame(), "table cell", name)
                          if (box := tree.extents(node)) and box[0] < view[0]), None)
 
+        # The tip of a place that the mouse rests on covers the next one.
+        tree.xdotool("mousemove", *self._background())
+        until(lambda: not self._has_tip(), "no tip")
         x, y = tree.resting_middle(place, f"{name} in the sidebar")
         tree.click(x, y, button=3)
         until(self._popup, "an open menu")
