@@ -14,7 +14,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-MANAGERS = {"caja": "Caja", "nemo": "Nemo"}
+MANAGERS = {"caja": "Caja", "nemo": "Nemo", "thunar": "Thunar", "dolphin": "Dolphin"}
 HERE = Path(__file__).resolve()
 
 
@@ -54,11 +54,11 @@ def run_one(options, name):
              "--pictures", str(options.pictures.resolve()), *cases, name], check=False).returncode
 
 
-def chosen(suite, texts):
+def chosen(suite, texts, manager):
     for test in suite:
         if isinstance(test, unittest.TestSuite):
-            yield from chosen(test, texts)
-        elif not texts or any(text in test.id() for text in texts):
+            yield from chosen(test, texts, manager)
+        elif hasattr(manager, test.needs) and (not texts or any(text in test.id() for text in texts)):
             yield test
 
 
@@ -78,7 +78,7 @@ def run_inside(options):
         case = cases.FileManagerCase
         case.session, case.drive, case.manager = session, Drive(session), manager
         tests = unittest.TestSuite(
-            chosen(unittest.defaultTestLoader.loadTestsFromModule(cases), options.case))
+            chosen(unittest.defaultTestLoader.loadTestsFromModule(cases), options.case, manager))
         result = unittest.TextTestRunner(verbosity=2).run(tests)
         return 0 if result.wasSuccessful() and result.testsRun > 0 else 1
     finally:

@@ -17,6 +17,7 @@ class FileManagerCase(unittest.TestCase):
     """A fresh drive, with a window of the file manager on its folder Docs."""
 
     session = drive = manager = None
+    needs = "start"  # what a manager has to know for these cases
 
     def setUp(self):
         self.drive.start()
@@ -116,8 +117,9 @@ class ToolbarMenu(FileManagerCase):
         return self.drive.toolbar_entries()[-1]["title"]
 
     def expected(self, count):
-        return [(f"Empty Trash ({count})", True), (DASHES, False), ("Refresh Folder", True),
-                (DASHES, False), (self.storage_line(), False)]
+        entries = [(f"Empty Trash ({count})", True), (DASHES, False), ("Refresh Folder", True),
+                   (DASHES, False), (self.storage_line(), False)]
+        return [entry for entry in entries if entry[1] or self.manager.shows_disabled]
 
     def test_shows_the_count_and_the_storage_before_and_after(self):
         self.assertRegex(self.storage_line(), r"^\S+ \S+ of \S+ \S+ used$")
@@ -133,6 +135,24 @@ class ToolbarMenu(FileManagerCase):
         self.manager.open_toolbar_menu()
         self.manager.pick("Empty Trash (1)")
         self.drive.wait_for_no_file("Trash/old.txt")
+
+
+class Places(FileManagerCase):
+    needs = "open_place_menu"
+
+    def menu_of_place(self, name):
+        self.manager.open_place_menu(name)
+        entries = self.manager.entries()
+        self.manager.close_menu()
+        return entries
+
+    def test_have_the_menu_of_the_sidebar(self):
+        expected = enabled(SHARE, PROPERTIES)
+        self.assertEqual(self.menu_of_place("Docs"), expected)
+        self.assertEqual(self.drive.entries("--kind", "sidebar", self.drive.path / "Docs"), expected)
+
+    def test_have_none_when_they_are_the_drive(self):
+        self.assertEqual(self.menu_of_place("Drive"), [])
 
 
 class ShownFolders(FileManagerCase):

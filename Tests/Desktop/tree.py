@@ -48,6 +48,13 @@ def application(name):
     return next((node for node in children(desktop) if matches(node, None, name)), None)
 
 
+def has_process(application, pid):
+    try:
+        return application.get_process_id() == pid
+    except GLib.Error:
+        return False
+
+
 def has_state(node, state):
     try:
         return node.get_state_set().contains(state)

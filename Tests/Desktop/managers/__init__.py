@@ -1,6 +1,7 @@
 """One adapter per file manager: how its windows are driven, with the same operations for all.
 
     name              of the file manager, its program and its plug-in's folder
+    shows_disabled    whether an entry can be shown that cannot be picked
     prepare()         writes its settings, once in a session
     start(folder, with_plug_in=True), end()
                       starts it with a window on a folder; ends it
@@ -17,6 +18,8 @@
     close_menu()
     all_entries()     of the open menu, whosever they are
     has_toolbar_menu(), open_toolbar_menu()
+    open_place_menu(name)
+                      of a folder in the sidebar; only where sidebars can have our entries
     wait_for_message(text)
                       until a message to the user holds a text; closes it
 """

@@ -7,6 +7,8 @@ TOOLBAR_ITEM = "Fennmoor Cloud"
 
 
 class GtkFileManager:
+    shows_disabled = True
+
     def __init__(self, session):
         self.session = session
         self.process = None
@@ -48,10 +50,13 @@ class GtkFileManager:
         frames = self._frames()
         return frames[-1] if frames else None
 
+    def _title(self, folder):
+        return folder
+
     def _wait_for_window(self, title, count=1):
         def is_there():
             frames = self._frames()
-            return len(frames) == count and frames[-1].get_name() == title and self._view()
+            return len(frames) == count and frames[-1].get_name() == self._title(title) and self._view()
 
         until(is_there, f"{count} windows of {self.name}, the last one on {title}")
 

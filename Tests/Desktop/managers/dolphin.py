@@ -1,0 +1,169 @@
+"""Dolphin, in its icon view. Each window is a process of its own."""
+
+import tree
+from managers.gtk import TOOLBAR_ITEM
+from tree import Atspi, GLib
+from waiting import same_twice, until
+
+
+class Dolphin:
+    name = "dolphin"
+    shows_disabled = True
+
+    def __init__(self, session):
+        self.session = session
+        self.processes = []
+        self._popups = []  # its menus are found in no tree, only by their being told of as they open
+        self._listener = Atspi.EventListener.new(self._shown_or_hidden)
+
+    def prepare(self):
+        self._listener.register("object:state-changed:showing")
+
+    @property
+    def process(self):
+        return self.processes[-1]
+
+    def start(self, folder, with_plug_in=True):
+        plug_ins = self.session.plug_ins / "quorvane-dolphin" if with_plug_in else self.session.no_plug_ins
+        self._environment = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_PLUGIN_PATH": str(plug_ins)}
+        self.open_window(folder)
+
+    def end(self):
+        for process in self.processes:
+            process.kill()
+        self.processes = []
+        until(lambda: tree.application(self.name) is None, "no Dolphin any more")
+
+    # Windows
+
+    def _frame(self):
+        """The window that was opened last."""
+        desktop = Atspi.get_desktop(0)
+        desktop.clear_cache()
+        for application in tree.children(desktop):
+            if tree.has_process(application, self.process.pid):
+                return next((node for node in tree.children(application) if tree.is_showing(node)), None)
+        assert self.process.is_running(), self.process.errors.read_text(errors="replace")
+        return None
+
+    def _wait_for_window(self, title):
+        until(lambda: tree.matches(frame, "frame", title) if (frame := self._frame()) else False,
+              f"a window of Dolphin on {title}")
+
+    def open_window(self, folder):
+        self.processes.append(
+            self.session.start(["dolphin", "--new-window", folder], self._environment))
+        self._wait_for_window(folder.name)
+
+    def close_window(self):
+        self._press_key("ctrl+q")
+        until(lambda: not self.process.is_running(), "a window fewer")
+        self.processes.pop()
+
+    def go_down(self, name):
+        x, y = self._middle_of(name)
+        tree.click(x, y, repeat=2)
+        self._wait_for_window(name)
+
+    def go_up(self, name):
+        self._press_key("alt+Up")
+        self._wait_for_window(name)
+
+    def _press_key(self, key):
+        """In the window that was opened last: without a window manager a click has it take keys."""
+        tree.click(*self._background())
+        tree.xdotool("key", key)
+
+    # Items
+
+    def _view(self):
+        """What holds the items: as a list it is like the sidebar's, but stands in the middle pane."""
+        return tree.find(tree.find(self._frame(), "layered pane"), "table")
+
+    def view_extents(self):
+        return same_twice(lambda: tree.extents(self._view()), "the view")
+
+    def _background(self):
+        left, top, width, height = self.view_extents()
+        return left + width - 20, top + height - 20
+
+    def _item(self, name):
+        return tree.find(self._view(), None, name)
+
+    def _middle_of(self, name):
+        """Of its name: there may be nothing to click at above."""
+        left, top, width, height = tree.resting_extents(lambda: self._item(name), f"{name} in the window")
+        return left + width // 2, top + height - 11
+
+    def wait_for_item(self, name):
+        until(lambda: self._item(name), f"{name} in the window")
+
+    def wait_for_no_item(self, name):
+        until(lambda: self._view() and not self._item(name), f"no {name} in the window")
+
+    # Menus
+
+    def _shown_or_hidden(self, event):
+        try:
+            if event.detail1 and event.source.get_role_name() == "popup menu":
+                self._popups.append(event.source)
+        except GLib.Error:
+            pass  # it has gone
+
+    def _popup(self):
+        """The menu that was opened last."""
+        self._popups = [menu for menu in self._popups if self._is_open(menu)]
+        return self._popups[-1] if self._popups else None
+
+    @staticmethod
+    def _is_open(menu):
+        menu.clear_cache()
+        return tree.is_showing(menu) and tree.extents(menu) is not None
+
+    def open_menu(self, *names):
+        for index, name in enumerate(names):
+            x, y = self._middle_of(name)
+            tree.click(x, y, modifier="ctrl" if index else None)
+        if not names:
+            x, y = self._background()
+        tree.click(x, y, button=3)
+        until(self._popup, "an open menu")
+
+    def all_entries(self):
+        return same_twice(lambda: tree.entries_of(self._popup()), "the entries of the menu")
+
+    def entries(self):
+        return [entry for entry in self.all_entries() if entry[0].startswith("QV: ")]
+
+    def pick(self, title):
+        x, y = tree.resting_middle(lambda: tree.find(self._popup(), "menu item", title), f"{title} in the menu")
+        tree.click(x, y)
+        until(lambda: not self._popup(), "a closed menu")
+
+    def close_menu(self):
+        while menu := self._popup():
+            tree.xdotool("key", "Escape")
+            until(lambda: not self._is_open(menu), "a closed menu")
+
+    def has_toolbar_menu(self):
+        self.open_menu()
+        names = [name for name, _ in self.all_entries()]
+        self.close_menu()
+        return TOOLBAR_ITEM in names
+
+    def open_toolbar_menu(self):
+        self.open_menu()
+        menu = self._popup()
+        x, y = tree.resting_middle(lambda: tree.find(menu, "menu item", TOOLBAR_ITEM), "the submenu")
+        tree.click(x, y)
+        until(lambda: self._popup() != menu, "an open submenu")
+
+    def wait_for_message(self, text):
+        def message():
+            return next((node for node in tree.find_all(self._frame(), "label")
+                         if text in node.get_name() and tree.is_showing(node)), None)
+
+        shown = until(message, f"a message with {text!r}")
+        self.session.take_picture(f"{self.name}-message")
+        tree.press(tree.find(shown.get_parent(), "push button"))
+        until(lambda: not message(), "a closed message")

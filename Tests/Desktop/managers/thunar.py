@@ -1,0 +1,126 @@
+"""Thunar, in its details view: the icons of its icon view are not in the accessibility tree."""
+
+import subprocess
+
+import tree
+from managers.gtk import TOOLBAR_ITEM, GtkFileManager
+from waiting import PATIENCE, same_twice, until
+
+SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
+<channel name="thunar" version="1.0">
+  <property name="default-view" type="string" value="ThunarDetailsView"/>
+  <property name="last-view" type="string" value="ThunarDetailsView"/>
+  <property name="last-window-width" type="int" value="1200"/>
+  <property name="last-window-height" type="int" value="700"/>
+  <property name="last-menubar-visible" type="bool" value="true"/>
+</channel>
+"""
+
+
+class Thunar(GtkFileManager):
+    name = "thunar"
+    shows_disabled = False
+
+    def __init__(self, session):
+        super().__init__(session)
+        self._is_in_submenu = False
+
+    def prepare(self):
+        bookmarks = self.session.root / "home/.config/gtk-3.0/bookmarks"
+        bookmarks.parent.mkdir(parents=True, exist_ok=True)
+        drive = self.session.root / "Drive"
+        bookmarks.write_text(f"{drive.as_uri()}\n{(drive / 'Docs').as_uri()}\n")
+        settings = self.session.root / "home/.config/xfce4/xfconf/xfce-perchannel-xml/thunar.xml"
+        settings.parent.mkdir(parents=True, exist_ok=True)
+        settings.write_text(SETTINGS)
+        self._extensions = subprocess.run(
+            ["pkg-config", "--variable=extensionsdir", "thunarx-3"], check=True,
+            capture_output=True, text=True, timeout=PATIENCE).stdout.strip()
+
+    def _command(self, folder):
+        return ["thunar", folder]
+
+    def start(self, folder, with_plug_in=True):
+        self.session.mount(self._plug_in(with_plug_in), self._extensions)
+        self._start(folder, {})
+
+    def _title(self, folder):
+        return f"{folder} - Thunar"
+
+    def close_window(self):
+        before = len(self._frames())
+        self._press_key("ctrl+q")
+        until(lambda: len(self._frames()) == before - 1, "a window fewer")
+
+    def go_up(self, name):
+        self._press_key("alt+Up")
+        self._wait_for_window(name)
+
+    def _press_key(self, key):
+        """In the window that was opened last: without a window manager it is the one below the mouse."""
+        tree.xdotool("mousemove", *self._background())
+        tree.xdotool("key", key)
+
+    def _background(self):
+        left, top, width, height = self.view_extents()
+        return left + width - 20, top + height - 20
+
+    # Items
+
+    def _view(self):
+        return tree.find(self._frame(), "directory pane")
+
+    def _item(self, name):
+        return tree.find(self._view(), "table cell", name)
+
+    def _middle_of(self, name):
+        left, top, _, height = tree.resting_extents(lambda: self._item(name), f"{name} in the window")
+        return left + 12, top + height // 2
+
+    # Menus
+
+    def _open_menu(self):
+        menu = self._popup()
+        return tree.find(menu, "menu", TOOLBAR_ITEM) if self._is_in_submenu else menu
+
+    def all_entries(self):
+        return same_twice(lambda: tree.entries_of(self._open_menu()), "the entries of the menu")
+
+    def pick(self, title):
+        super().pick(title)
+        self._is_in_submenu = False
+
+    def close_menu(self):
+        self._is_in_submenu = False
+        super().close_menu()
+
+    def has_toolbar_menu(self):
+        self.open_menu()
+        names = [name for name, _ in self.all_entries()]
+        self.close_menu()
+        return TOOLBAR_ITEM in names
+
+    def open_toolbar_menu(self):
+        self.open_menu()
+        x, y = tree.resting_middle(lambda: tree.find(self._popup(), "menu", TOOLBAR_ITEM), "the submenu")
+        tree.click(x, y)
+        self._is_in_submenu = True
+        until(lambda: tree.entries_of(self._open_menu()), "an open submenu")
+
+    def _has_tip(self):
+        return any(tree.matches(window, "window", None) and tree.is_showing(window)
+                   for window in tree.children(self.application()))
+
+    def open_place_menu(self, name):
+        """That of a bookmark in the sidebar."""
+        def place():
+            view = tree.extents(self._view())
+            return next((node for node in tree.find_all(self._frame(), "table cell", name)
+                         if (box := tree.extents(node)) and box[0] < view[0]), None)
+
+        # The tip of a place that the mouse rests on covers the next one.
+        tree.xdotool("mousemove", *self._background())
+        until(lambda: not self._has_tip(), "no tip")
+        x, y = tree.resting_middle(place, f"{name} in the sidebar")
+        tree.click(x, y, button=3)
+        until(self._popup, "an open menu")
