@@ -14,7 +14,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-MANAGERS = {"caja": "Caja", "nemo": "Nemo"}
+MANAGERS = {"caja": "Caja", "nautilus": "Nautilus", "nemo": "Nemo"}
 HERE = Path(__file__).resolve()
 
 
