@@ -3,9 +3,9 @@
 #include "FileManagers/GLib/LocalPath.h"
 #include "FileManagers/GLib/MenuItems.h"
 #include "FileManagers/GLib/ProviderObject.h"
+#include "FileManagers/Gtk/NotDoneDialog.h"
 #include "FileManagers/Gtk3/EntriesMenu.h"
 #include "FileManagers/Gtk3/LocationStrip.h"
-#include "FileManagers/Gtk3/NotDoneDialog.h"
 #include "FileManagers/Gtk3/ThemeIcon.h"
 
 #include <libcaja-extension/caja-location-widget-provider.h>

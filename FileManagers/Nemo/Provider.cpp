@@ -3,7 +3,7 @@
 #include "FileManagers/GLib/LocalPath.h"
 #include "FileManagers/GLib/MenuItems.h"
 #include "FileManagers/GLib/ProviderObject.h"
-#include "FileManagers/Gtk3/NotDoneDialog.h"
+#include "FileManagers/Gtk/NotDoneDialog.h"
 #include "FileManagers/Nemo/Strip.h"
 
 #include <libnemo-extension/nemo-location-widget-provider.h>

@@ -9,8 +9,7 @@ using Shell::MenuKind;
 using Shell::Outcome;
 using Shell::Place;
 
-Drive::Drive(Times times)
-    : patience_(times.patience), breaker_(times.firstPause), kept_(times.echo) {
+Drive::Drive(Times times) : patience_(times.patience), breaker_(times.firstPause) {
     client_.setOnChange([this] {
         noteChange();
         if (const auto tell = onChange_) { // which it may replace
@@ -82,9 +81,8 @@ const std::vector<MenuEntry>& Drive::entries(MenuKind kind, const Place& place) 
     if (!client_.isPresent()) {
         return kNone;
     }
-    const auto now = KeptMenus::Clock::now();
     const auto generation = client_.generation();
-    if (const Shell::Menu* const kept = kept_.find(kind, place, generation, now)) {
+    if (const Shell::Menu* const kept = kept_.find(kind, place, generation)) {
         return kept->entries;
     }
     if (outcomeBeforeAsking() != Outcome::kDone || !isOffered(kind, place)) {
@@ -95,8 +93,7 @@ const std::vector<MenuEntry>& Drive::entries(MenuKind kind, const Place& place) 
     case Outcome::kDone:
     case Outcome::kFailed: // what failed once would fail at each look
     case Outcome::kTooLarge:
-        return kept_
-            .keep(kind, place, generation, now, std::move(answer.menu).value_or(Shell::Menu()))
+        return kept_.keep(kind, place, generation, std::move(answer.menu).value_or(Shell::Menu()))
             .entries;
     default:
         return kNone;

@@ -25,7 +25,6 @@ class Drive {
         // For an answer; a command, to which the client adds a twentieth of a second, gets less.
         std::chrono::milliseconds patience = Shell::FinderClient::kDefaultTimeout;
         Breaker::Clock::duration firstPause = std::chrono::seconds(2); // of the breaker
-        KeptMenus::Clock::duration echo = std::chrono::seconds(1);     // of the kept menus
     };
 
     // Connects to the session bus, without waiting for it.

@@ -138,23 +138,6 @@ TEST_F(DriveOfOneThatIsLate, AsksAnotherOneAtOnce) {
     EXPECT_TRUE(extension->waitForCalls(1));
 }
 
-TEST_F(Drive, EndsTheAskingForTheToolbarsMenuThatItBringsAbout) {
-    int asks = 0;
-    drive->setOnChange([&] {
-        ++changes;
-        const auto before = asked().size();
-        titles(MenuKind::kToolbar, folder);
-        if (asked().size() > before) {
-            ++asks;
-            extension->changeGeneration(); // as the record does that the host sends for it
-        }
-    });
-    titles(MenuKind::kToolbar, folder);
-    extension->changeGeneration();
-    EXPECT_TRUE(pump([&] { return changes == 2; }));
-    EXPECT_EQ(asks, 1);
-}
-
 TEST_F(Drive, TellsTheExtensionWhichFoldersAreShown) {
     drive->show(this, {"/mnt/Drive/a"});
     EXPECT_TRUE(extension->waitForCalls(1));

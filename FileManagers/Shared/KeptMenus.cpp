@@ -8,38 +8,38 @@ namespace FileManagers {
 using Shell::MenuKind;
 
 const Shell::Menu* KeptMenus::find(MenuKind kind, const Shell::Place& place,
-                                   std::uint64_t generation, Clock::time_point now) {
-    if (!bringToFront(kind, place)) {
-        return nullptr;
-    }
-    const Kept& kept = kept_.front();
-    const bool isEcho = kind == MenuKind::kToolbar && kept.isRepeated && now < kept.asked + echo_;
-    return kept.generation == generation || isEcho ? &kept.menu : nullptr;
+                                   std::uint64_t generation) {
+    KeptList& kept = keptLike(place);
+    return bringToFront(kept, kind, place) && kept.front().generation == generation
+               ? &kept.front().menu
+               : nullptr;
 }
 
 const Shell::Menu& KeptMenus::keep(MenuKind kind, const Shell::Place& place,
-                                   std::uint64_t generation, Clock::time_point now,
-                                   Shell::Menu menu) {
-    if (bringToFront(kind, place)) {
-        Kept& kept = kept_.front();
-        kept.isRepeated = kept.menu == menu;
-        kept.generation = generation;
-        kept.asked = now;
-        kept.menu = std::move(menu);
+                                   std::uint64_t generation, Shell::Menu menu) {
+    KeptList& kept = keptLike(place);
+    if (bringToFront(kept, kind, place)) {
+        kept.front().generation = generation;
+        kept.front().menu = std::move(menu);
     } else {
-        kept_.push_front({kind, place, generation, now, false, std::move(menu)});
-        kept_.resize(std::min(kept_.size(), kMost));
+        kept.push_front({kind, place, generation, std::move(menu)});
+        const std::size_t most = &kept == &folders_ ? kMostFolders : kMostSelections;
+        kept.resize(std::min(kept.size(), most));
     }
-    return kept_.front().menu;
+    return kept.front().menu;
 }
 
-bool KeptMenus::bringToFront(MenuKind kind, const Shell::Place& place) {
+KeptMenus::KeptList& KeptMenus::keptLike(const Shell::Place& place) noexcept {
+    return place.items.empty() ? folders_ : selections_;
+}
+
+bool KeptMenus::bringToFront(KeptList& kept, MenuKind kind, const Shell::Place& place) {
     const auto found = std::ranges::find_if(
-        kept_, [&](const Kept& kept) { return kept.kind == kind && kept.place == place; });
-    if (found == kept_.end()) {
+        kept, [&](const Kept& each) { return each.kind == kind && each.place == place; });
+    if (found == kept.end()) {
         return false;
     }
-    kept_.splice(kept_.begin(), kept_, found);
+    kept.splice(kept.begin(), kept, found);
     return true;
 }
 

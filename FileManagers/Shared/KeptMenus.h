@@ -2,7 +2,6 @@
 
 #include "Shell/Client/FinderClient.h"
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <list>
@@ -13,40 +12,33 @@ namespace FileManagers {
 // again.
 class KeptMenus {
   public:
-    using Clock = std::chrono::steady_clock;
-    static constexpr std::size_t kMost = 4; // a selection can hold megabytes of paths
+    static constexpr std::size_t kMostSelections = 4; // one can hold megabytes of paths
+    static constexpr std::size_t kMostFolders = 32;   // of windows that are all built anew at once
 
-    // For how long the toolbar's menu is good although there is a new generation.
-    explicit KeptMenus(Clock::duration echo) noexcept : echo_(echo) {}
-
-    // The menu of a place, when it need not be asked for; null otherwise. Valid until another is
-    // kept.
-    //
-    // It need not while its generation lasts. Of the toolbar's menu the asking itself can bring a
-    // new generation, after which a file manager that shows it builds its entries anew: so that
-    // this has an end, the menu that was the same twice is good for a moment longer.
+    // The menu of a place, when it need not be asked for since its generation lasts; null
+    // otherwise. Valid until another is kept.
     const Shell::Menu* find(Shell::MenuKind kind, const Shell::Place& place,
-                            std::uint64_t generation, Clock::time_point now);
+                            std::uint64_t generation);
 
     // Keeps what was asked for, in the generation that there was when it was asked.
     const Shell::Menu& keep(Shell::MenuKind kind, const Shell::Place& place,
-                            std::uint64_t generation, Clock::time_point now, Shell::Menu menu);
+                            std::uint64_t generation, Shell::Menu menu);
 
   private:
     struct Kept {
         Shell::MenuKind kind;
         Shell::Place place;
         std::uint64_t generation;
-        Clock::time_point asked;
-        bool isRepeated; // the same menu as when it was asked for before
         Shell::Menu menu;
     };
+    using KeptList = std::list<Kept>; // what was used last first
 
+    KeptList& keptLike(const Shell::Place& place) noexcept;
     // Moves what is kept for a place to the front; false when there is nothing.
-    bool bringToFront(Shell::MenuKind kind, const Shell::Place& place);
+    static bool bringToFront(KeptList& kept, Shell::MenuKind kind, const Shell::Place& place);
 
-    Clock::duration echo_;
-    std::list<Kept> kept_; // what was used last first
+    KeptList selections_;
+    KeptList folders_;
 };
 
 } // namespace FileManagers

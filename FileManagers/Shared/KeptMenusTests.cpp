@@ -6,7 +6,6 @@
 
 namespace {
 
-using namespace std::chrono_literals;
 using Shell::MenuKind;
 using Shell::Place;
 
@@ -15,20 +14,16 @@ class KeptMenus : public testing::Test {
     static Shell::Menu menuOf(const std::string& title) { return {title, {{title, "a", true}}}; }
     void keep(const Place& place, const std::string& title, std::uint64_t generation = 1,
               MenuKind kind = MenuKind::kItems) {
-        menus.keep(kind, place, generation, now, menuOf(title));
+        menus.keep(kind, place, generation, menuOf(title));
     }
     std::string find(const Place& place, std::uint64_t generation = 1,
-                     MenuKind kind = MenuKind::kItems, std::chrono::milliseconds later = 0ms) {
-        const Shell::Menu* const menu = menus.find(kind, place, generation, now + later);
+                     MenuKind kind = MenuKind::kItems) {
+        const Shell::Menu* const menu = menus.find(kind, place, generation);
         return menu == nullptr ? "none" : menu->title;
     }
-    std::string findToolbar(std::uint64_t generation, std::chrono::milliseconds later = 0ms) {
-        return find(folder, generation, MenuKind::kToolbar, later);
-    }
 
-    const FileManagers::KeptMenus::Clock::time_point now{1h};
     const Place folder{{}, "/d"};
-    FileManagers::KeptMenus menus{1s};
+    FileManagers::KeptMenus menus;
 };
 
 TEST_F(KeptMenus, HaveNothingThatWasNotKept) {
@@ -69,20 +64,16 @@ TEST_F(KeptMenus, AreThoseThatWereUsedLast) {
     }
 }
 
-TEST_F(KeptMenus, AskForTheToolbarsAgainInANewGeneration) {
-    keep(folder, "Empty Trash (1)", 1, MenuKind::kToolbar);
-    EXPECT_EQ(findToolbar(1), "Empty Trash (1)");
-    EXPECT_EQ(findToolbar(2), "none");
-    keep(folder, "Empty Trash (2)", 2, MenuKind::kToolbar);
-    EXPECT_EQ(findToolbar(3), "none");
-}
-
-TEST_F(KeptMenus, LetTheAskingForTheToolbarsHaveAnEnd) {
-    keep(folder, "Empty Trash (1)", 1, MenuKind::kToolbar);
-    keep(folder, "Empty Trash (1)", 2, MenuKind::kToolbar);
-    EXPECT_EQ(findToolbar(3), "Empty Trash (1)");
-    EXPECT_EQ(findToolbar(4, 999ms), "Empty Trash (1)");
-    EXPECT_EQ(findToolbar(4, 1000ms), "none");
+TEST_F(KeptMenus, AreOfManyFoldersWhateverIsSelected) {
+    constexpr auto kMost = FileManagers::KeptMenus::kMostFolders;
+    for (std::size_t number = 0; number <= kMost; ++number) {
+        const std::string name = std::to_string(number);
+        keep({{}, name}, name);
+        keep({{name}, ""}, name);
+    }
+    EXPECT_EQ(find({{}, "0"}), "none");
+    EXPECT_EQ(find({{}, "1"}), "1");
+    EXPECT_EQ(find({{}, std::to_string(kMost)}), std::to_string(kMost));
 }
 
 } // namespace

@@ -4,12 +4,11 @@
 #include "Platform/CrashReporter/CrashReporter.h"
 #include "Platform/Ports/RunLoop.h"
 #include "Platform/Ports/Termination.h"
+#include "Programs/FinderExtension/MenuState.h"
 #include "QVFinderExtension/FinderSync.h"
 #include "Shell/FinderService.h"
 
 #include <CLI/CLI.hpp>
-
-#include <vector>
 
 int main(int argc, char** argv) {
     NS::startCrashReporter("QVFinderExtension", QUORVANE_VERSION);
@@ -21,10 +20,7 @@ int main(int argc, char** argv) {
     NS::removeNamesOnTermination();
     const auto extension = NS::make<FinderSync>();
     extension->init();
-    Shell::FinderService service(extension, [&extension] {
-        return std::vector<NS::RefPtr<NS::Object>>{extension->drivePath(),
-                                                   extension->storageInfo()};
-    });
+    Shell::FinderService service(extension, MenuState(extension));
     (void)service.start(); // without a bus the host can still end the process, and the log says why
     NS::RunLoop::currentRunLoop()->run();
 }

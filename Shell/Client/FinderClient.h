@@ -97,8 +97,7 @@ class FinderClient {
     // is stopped asks nothing meanwhile.
     bool isAnswering() const noexcept;
     // Changes whenever the menu of a place may have changed, also to that of another extension;
-    // never 0 while present. Making the toolbar's menu can change it: do not ask for that menu at
-    // each change.
+    // never 0 while present.
     std::uint64_t generation() const noexcept;
     // Absolute paths as the extension spells them, without a slash at the end.
     const std::vector<std::string>& watchedFolders() const noexcept;

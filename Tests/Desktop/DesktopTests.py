@@ -14,7 +14,8 @@ import tempfile
 import unittest
 from pathlib import Path
 
-MANAGERS = {"caja": "Caja", "nemo": "Nemo", "thunar": "Thunar", "dolphin": "Dolphin"}
+MANAGERS = {"caja": "Caja", "nemo": "Nemo", "nautilus": "Nautilus", "thunar": "Thunar",
+            "dolphin": "Dolphin"}
 HERE = Path(__file__).resolve()
 
 

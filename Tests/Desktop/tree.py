@@ -1,5 +1,6 @@
 """Windows as assistive technologies see them, and a hand on the mouse."""
 
+import re
 import subprocess
 
 import gi
@@ -42,6 +43,12 @@ def find(root, role=None, name=None):
     return next((node for node in walk(root) if matches(node, role, name)), None) if root else None
 
 
+def find_button(root, text):
+    """By what stands on it, which in some toolkits is a label of its own."""
+    return next((button for button in find_all(root, "push button")
+                 if matches(button, None, text) or find(button, "label", text)), None)
+
+
 def application(name):
     desktop = Atspi.get_desktop(0)
     desktop.clear_cache()
@@ -82,6 +89,22 @@ def extents(node):
 def press(node):
     """What a click on it would do."""
     assert node.get_action_iface().do_action(0)
+
+
+def act(node, name):
+    """Carries out one of a node's actions by its name."""
+    actions = node.get_action_iface()
+    names = [actions.get_action_name(index) for index in range(actions.get_n_actions())]
+    assert actions.do_action(names.index(name))
+
+
+def window_extents(title):
+    """Those of the window itself, with all that is drawn around it."""
+    told = subprocess.run(
+        ["xdotool", "search", "--onlyvisible", "--name", f"^{re.escape(title)}$", "getwindowgeometry",
+         "--shell"], check=True, capture_output=True, text=True, timeout=PATIENCE).stdout
+    values = dict(line.split("=") for line in told.splitlines())
+    return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 
 
 def xdotool(*arguments):

@@ -64,7 +64,7 @@ class DriveTest : public SessionBusTest {
     const Shell::Place item{{"/mnt/Drive/a"}, "/mnt/Drive"};
     const Shell::Place folder{{}, "/mnt/Drive"};
     // What is answered is answered, however loaded the machine is, and what is late stays late.
-    FileManagers::Drive::Times times{kPatience, std::chrono::hours(1), std::chrono::hours(1)};
+    FileManagers::Drive::Times times{kPatience, std::chrono::hours(1)};
     std::optional<FakeExtension> extension;
     std::optional<FileManagers::Drive> drive;
     int changes = 0;

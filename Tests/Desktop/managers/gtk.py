@@ -1,4 +1,4 @@
-"""What Caja and Nemo have in common: windows of GTK 3 whose files are in the accessibility tree."""
+"""What file managers with windows of GTK have in common whose files are in the accessibility tree."""
 
 import tree
 from waiting import same_twice, until
@@ -8,6 +8,7 @@ TOOLBAR_ITEM = "Fennmoor Cloud"
 
 class GtkFileManager:
     shows_disabled = True
+    application_name = None  # in the accessibility tree, where it is not its program's
 
     def __init__(self, session):
         self.session = session
@@ -32,7 +33,7 @@ class GtkFileManager:
         self.process = None
 
     def application(self):
-        return tree.application(self.name)
+        return tree.application(self.application_name or self.name)
 
     # Windows
 
@@ -101,14 +102,17 @@ class GtkFileManager:
                     return menu
         return None
 
+    def _background(self):
+        left, top, width, height = self.view_extents()
+        return left + width - 20, top + height - 20
+
     def open_menu(self, *names):
         if names:
             for index, name in enumerate(names):
                 x, y = self._middle_of(name)
                 tree.click(x, y, modifier="ctrl" if index else None)
         else:
-            left, top, width, height = self.view_extents()
-            x, y = left + width - 20, top + height - 20
+            x, y = self._background()
         tree.click(x, y, button=3)
         until(self._popup, "an open menu")
 
@@ -148,5 +152,5 @@ class GtkFileManager:
 
         window = until(message, f"a message with {text!r}")
         self.session.take_picture(f"{self.name}-message")
-        tree.press(tree.find(window, "push button", "Close"))
+        tree.press(tree.find_button(window, "Close"))
         until(lambda: not message(), "a closed message")

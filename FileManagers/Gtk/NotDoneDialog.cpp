@@ -1,10 +1,17 @@
-#include "FileManagers/Gtk3/NotDoneDialog.h"
+#include "FileManagers/Gtk/NotDoneDialog.h"
 
 #include <gtk/gtk.h>
 
 namespace FileManagers {
 
 namespace {
+
+// This file is compiled for each of GTK's versions that plug-ins need.
+#if GTK_MAJOR_VERSION == 3
+constexpr auto* kDestroy = &gtk_widget_destroy;
+#else
+constexpr auto* kDestroy = &gtk_window_destroy;
+#endif
 
 GtkWindow* activeWindow() {
     GApplication* const application = g_application_get_default();
@@ -17,7 +24,7 @@ GtkWidget* newDialog() {
     GtkWidget* const dialog =
         gtk_message_dialog_new(activeWindow(), GTK_DIALOG_DESTROY_WITH_PARENT, GTK_MESSAGE_WARNING,
                                GTK_BUTTONS_CLOSE, nullptr);
-    g_signal_connect(dialog, "response", G_CALLBACK(&gtk_widget_destroy), nullptr);
+    g_signal_connect(dialog, "response", G_CALLBACK(kDestroy), nullptr);
     return dialog;
 }
 

@@ -1,0 +1,110 @@
+"""Nautilus, in its icon view: windows of GTK 4, which tell positions within themselves only."""
+
+import subprocess
+
+import tree
+from managers.gtk import TOOLBAR_ITEM, GtkFileManager
+from waiting import PATIENCE, same_twice, until
+
+
+class Nautilus(GtkFileManager):
+    name = "nautilus"
+    application_name = "org.gnome.Nautilus"
+
+    def prepare(self):
+        self._extensions = subprocess.run(
+            ["pkg-config", "--variable=extensiondir", "libnautilus-extension-4"], check=True,
+            capture_output=True, text=True, timeout=PATIENCE).stdout.strip()
+
+    def _command(self, folder):
+        return ["nautilus", "--new-window", folder]
+
+    def start(self, folder, with_plug_in=True):
+        self.session.mount(self._plug_in(with_plug_in), self._extensions)
+        self._start(folder, {})
+
+    def _view(self):
+        return tree.find(self._frame(), "filler", "Content View")
+
+    def _item(self, name):
+        cells = tree.find_all(self._view(), "table cell", name)
+        return next((cell for cell in cells if tree.extents(cell)), None)
+
+    # On the screen: a window is drawn with a frame of its own around what the tree knows of it.
+
+    def _origin(self):
+        frame = self._frame()
+        _, _, width, height = tree.extents(frame)
+        left, top, outer_width, outer_height = tree.window_extents(frame.get_name())
+        return left + (outer_width - width) // 2, top + (outer_height - height) // 2
+
+    def _on_screen(self, box):
+        left, top = self._origin()
+        return (left + box[0], top + box[1], box[2], box[3])
+
+    def _middle_of(self, name):
+        left, top, width, height = self._on_screen(
+            tree.resting_extents(lambda: self._item(name), f"{name} in the window"))
+        return left + width // 2, top + height // 2
+
+    def view_extents(self):
+        return self._on_screen(super().view_extents())
+
+    def _background(self):
+        """Beside the corner, where a line on the selection lies over the view."""
+        left, top, width, height = self.view_extents()
+        return left + width // 2, top + height * 3 // 4
+
+    def close_window(self):
+        before = len(self._frames())
+        tree.press(tree.find(self._frame(), "push button", "Close"))
+        until(lambda: len(self._frames()) == before - 1, "a window fewer")
+
+    def go_up(self, name):
+        tree.act(self._frame(), "win.up")
+        self._wait_for_window(name)
+
+    # Menus: one with pages, of which a submenu's is shown in the place of the first.
+
+    def _popup(self):
+        menus = tree.find_all(self._view(), "menu")
+        return next((menu for menu in menus if tree.extents(menu)), None)
+
+    def _pages(self):
+        pages = tree.find_all(self._popup(), "panel", "GtkStackPage")
+        return [tree.find_all(page, "menu item") for page in pages]
+
+    def _first_page(self):
+        return next(iter(self._pages()), [])
+
+    def _toolbar_page(self):
+        """Its first item leads back."""
+        for items in self._pages()[1:]:
+            if items and tree.matches(items[0], None, TOOLBAR_ITEM):
+                return items
+        return []
+
+    @staticmethod
+    def _entries(items):
+        return [(item.get_name(), tree.is_enabled(item)) for item in items]
+
+    def entries(self):
+        entries = same_twice(lambda: self._entries(self._first_page()), "the entries of the menu")
+        return [entry for entry in entries if entry[0].startswith("QV: ")]
+
+    def all_entries(self):
+        return same_twice(lambda: self._entries(self._toolbar_page()[1:]), "the entries of the submenu")
+
+    def _toolbar_item(self):
+        return next((item for item in self._first_page() if tree.matches(item, None, TOOLBAR_ITEM)), None)
+
+    def has_toolbar_menu(self):
+        self.open_menu()
+        found = self._toolbar_item() is not None
+        self.close_menu()
+        return found
+
+    def open_toolbar_menu(self):
+        self.open_menu()
+        tree.press(until(self._toolbar_item, "the submenu's item"))
+        until(lambda: any(tree.extents(item) for item in self._toolbar_page()), "an open submenu")
