@@ -25,7 +25,7 @@ namespace NS {
 // back to it finds it (as yet incomplete).
 //
 // The bytes may come from anywhere: every offset, count and width is checked, depth is bounded by
-// Limits::kDepth, and time and memory by the archive's size, also where objects overlap or are
+// Limits::kDepth, and time and memory by the archive's size and a constant, also where objects are
 // shared. On one thread.
 class KeyedUnarchiver {
   public:
@@ -112,6 +112,10 @@ class KeyedUnarchiver {
     };
 
     class Nesting;
+
+    // A slot holds the position of what was made of the UID plus one; a class's has the highest
+    // bit.
+    static constexpr std::uint32_t kClassSlot = std::uint32_t{1} << 31U;
 
     explicit KeyedUnarchiver(Bytes bytes);
     static RefPtr<Object> unarchive(Bytes list);

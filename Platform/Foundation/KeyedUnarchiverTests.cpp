@@ -483,6 +483,20 @@ TEST_F(KeyedUnarchiver, ReadsAPlainDateOfTheList) {
     EXPECT_EQ(as<NS::Date>(unarchive(*archive.data(root)))->timeIntervalSinceReferenceDate(), 1.5);
 }
 
+TEST_F(KeyedUnarchiver, RefusesElementsUnderKeysOfTheirOwn) {
+    const auto text = archive.uid(archive.add(archive.list.addAscii("x")));
+    EXPECT_EQ(nameOf(archive.addRecord(archive.addClass("NSArray"),
+                                       {
+                                           {"NS.object.0", text}
+    })),
+              NS::kInvalidUnarchiveOperationException);
+}
+
+TEST_F(KeyedUnarchiver, RefusesNilInAList) {
+    EXPECT_EQ(nameOf(archive.addCollection(archive.addClass("NSArray"), {0})),
+              NS::kInvalidUnarchiveOperationException);
+}
+
 // One text twice, another that is equal, and a record: each UID a dictionary of its own.
 constexpr std::string_view kArchiveInXML =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"

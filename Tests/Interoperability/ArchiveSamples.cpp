@@ -14,9 +14,11 @@
 #include "Platform/Foundation/KeyedUnarchiver.h"
 #include "Platform/Foundation/Null.h"
 #include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/URL.h"
+#include "QVApi/Content/QVContentClasses.h"
 #include "QVApi/Content/QVUserInfoItem.h"
 
 #include <algorithm>
@@ -153,6 +155,57 @@ Root record() {
     return item;
 }
 
+// A text for each property that has room for one.
+Root filledRecord(const QVContentClass& itemClass) {
+    auto item = itemClass.create();
+    for (const NS::Class* c = &itemClass.objectClass; c != nullptr; c = c->superclass) {
+        for (const NS::Property& property : c->properties) {
+            const NS::Ref<NS::Object> text = NS::str(std::string(itemClass.objectClass.name) +
+                                                     " caf\xC3\xA9 " + std::string(property.key));
+            property.set(*item, property.isScalar
+                                    ? NS::Ref<NS::Object>(NS::Number::numberWithInt(1))
+                                    : text);
+        }
+    }
+    return item;
+}
+
+Root records() {
+    std::vector<NS::Ref<NS::Object>> items;
+    for (const QVContentClass* const itemClass : qvContentClasses()) {
+        items.emplace_back(filledRecord(*itemClass));
+    }
+    return NS::make<NS::Array>(std::move(items));
+}
+
+// Of each kind more than a collection searches one by one.
+std::vector<NS::Ref<NS::Object>> manyCollections() {
+    std::vector<NS::Ref<NS::Object>> collections;
+    for (int i = 0; i < 20; ++i) {
+        const auto text = [i] {
+            return NS::str(std::to_string(i));
+        };
+        collections.emplace_back(arrayOf(text()));
+        collections.emplace_back(NS::Set::setWithObject(text()));
+        collections.emplace_back(NS::Dictionary::dictionaryWithEntries({
+            {"k", text()}
+        }));
+    }
+    return collections;
+}
+
+Root setOfCollections() {
+    return NS::make<NS::Set>(manyCollections());
+}
+
+Root keyedByCollections() {
+    std::vector<NS::Dictionary::Entry> entries;
+    for (const auto& key : manyCollections()) {
+        entries.emplace_back(key, NS::str("value"));
+    }
+    return NS::make<NS::Dictionary>(std::move(entries));
+}
+
 // Longer together than what is left of them when each is written once.
 Root equalValues() {
     const auto text = NS::str(std::string(200, 't'));
@@ -172,22 +225,25 @@ struct Sample {
 };
 
 constexpr Sample kSamples[] = {
-    {"texts",            &texts           },
-    {"oddTexts",         &oddTexts        },
-    {"integers",         &integers        },
-    {"unsignedIntegers", &unsignedIntegers},
-    {"otherNumbers",     &otherNumbers    },
-    {"shortReal",        &shortReal       },
-    {"data",             &data            },
-    {"dates",            &dates           },
-    {"collections",      &collections     },
-    {"urls",             &urls            },
-    {"error",            &error           },
-    {"shared",           &shared          },
-    {"equalValues",      &equalValues     },
-    {"threeHundred",     &threeHundred    },
-    {"seventyThousand",  &seventyThousand },
-    {"record",           &record          },
+    {"texts",              &texts             },
+    {"oddTexts",           &oddTexts          },
+    {"integers",           &integers          },
+    {"unsignedIntegers",   &unsignedIntegers  },
+    {"otherNumbers",       &otherNumbers      },
+    {"shortReal",          &shortReal         },
+    {"data",               &data              },
+    {"dates",              &dates             },
+    {"collections",        &collections       },
+    {"urls",               &urls              },
+    {"error",              &error             },
+    {"shared",             &shared            },
+    {"equalValues",        &equalValues       },
+    {"threeHundred",       &threeHundred      },
+    {"seventyThousand",    &seventyThousand   },
+    {"record",             &record            },
+    {"records",            &records           },
+    {"setOfCollections",   &setOfCollections  },
+    {"keyedByCollections", &keyedByCollections},
 };
 
 int fail(const std::string& message) {

@@ -16,6 +16,21 @@ CHAINS = {
 }
 
 
+def classes_of(listing):
+    """The chain and the archive list of each class, from what the inspector lists."""
+    classes = {}
+    for line in listing.splitlines():
+        if not line.startswith(" "):
+            chain = line.split(" : ")
+            archived = []
+            classes[chain[0]] = (chain, archived)
+        elif not line.startswith("        "):
+            is_archived = line.startswith("    archived")
+        elif is_archived:
+            archived.append(line.strip())
+    return classes
+
+
 def chain_of(name):
     return CHAINS.get(name, [name, "NSObject"])
 
@@ -23,7 +38,7 @@ def chain_of(name):
 class Instance:
     """An object of a class: plain values and lists stand in it as they are, Refs by UID."""
 
-    def __init__(self, name, **members):
+    def __init__(self, name, /, **members):
         self.name = name
         self.members = {key.replace("__", "."): value for key, value in members.items()}
 

@@ -15,7 +15,7 @@ from pathlib import Path
 from plistlib import UID
 
 import Archives
-from Archives import Archiver, Instance, Ref, array, dictionary
+from Archives import Archiver, Instance, Ref, array, dictionary, refs
 
 SAMPLES, INSPECTOR = sys.argv[1:3]
 PATIENCE = 120  # seconds, on a loaded machine
@@ -24,6 +24,23 @@ PATIENCE = 120  # seconds, on a loaded machine
 def base_url():
     return Instance("NSURL", NS__base=Ref(None), NS__relative=Ref("http://host/a/"))
 
+
+def record(name, archived):
+    """An item with a text for every property, save for the one flag that there is."""
+    members = {key: Ref(f"{name} caf\u00e9 {key}") for key in archived}
+    if name == "QVBinaryDataDescriptorItem":
+        members["encrypted"] = Ref(True)
+    return Instance(name, timeReceived=1.0, **members)
+
+
+def many_collections():
+    return [each for i in range(20)
+            for each in (array(str(i)), array(str(i), name="NSSet"), dictionary({"k": str(i)}))]
+
+
+CLASSES = Archives.classes_of(subprocess.run(
+    [INSPECTOR, "classes"], capture_output=True, timeout=PATIENCE, check=True).stdout.decode())
+Archives.CHAINS.update({name: chain for name, (chain, _) in CLASSES.items()})
 
 # What the samples are, told independently of the program that writes them.
 VALUES = {
@@ -51,6 +68,10 @@ VALUES = {
     "record": Instance("QVUserInfoItem", timeReceived=816677787.5, identifier=Ref("default"),
                        storageMax=Ref(10240), storageUsed=Ref(1500000000), bandwidthUsed=Ref(None),
                        bandwidthMax=Ref(None), plan=Ref("Basic \u00e9"), trashCount=Ref(None)),
+    "records": array(*(record(name, archived) for name, (_, archived) in CLASSES.items())),
+    "setOfCollections": array(*many_collections(), name="NSSet"),
+    "keyedByCollections": Instance("NSDictionary", NS__keys=refs(many_collections()),
+                                   NS__objects=refs(["value"] * 60)),
 }
 
 
@@ -89,6 +110,11 @@ class InteroperabilityTest(unittest.TestCase):
 
 
 class Plistlib(InteroperabilityTest):
+    def test_reads_records_of_all_classes(self):
+        self.assertEqual(len(CLASSES), 27)
+        read = Archives.value_of(plistlib.loads(self.sample("records"))).members["NS.objects"]
+        self.assertEqual([each.value.name for each in read], list(CLASSES))
+
     def test_reads_what_is_written_here(self):
         for name, value in VALUES.items():
             with self.subTest(name):
