@@ -103,6 +103,16 @@ TEST_F(ContentItem, IsNilWithoutAKeyThatIsPassedThrough) {
     })));
 }
 
+// Nothing stops at the first failure: what comes later is still read, and raises as ever.
+TEST_F(ContentItem, ReadsWhatComesAfterAKeyThatFails) {
+    EXPECT_EQ(Tests::nameOfException([] {
+                  (void)build(*NS::Dictionary::dictionaryWithEntries({
+                      {"Size", NS::make<NS::Array>()}
+                  }));
+              }),
+              NS::kInvalidArgumentException);
+}
+
 TEST_F(ContentItem, HasADefaultForAKeyThatIsConverted) {
     const auto item = build(*NS::Dictionary::dictionaryWithEntries({
         {"Title", NS::str("Docs")},

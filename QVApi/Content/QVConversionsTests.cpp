@@ -1,6 +1,7 @@
 #include "QVApi/Content/QVConversions.h"
 
 #include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Null.h"
 #include "Platform/Foundation/Number.h"
@@ -69,6 +70,7 @@ Behaviour longInteger() {
         "0",
         {{str("2048"), "2048"},
           {str("12.9"), "12"},
+          {str("1e3"), "1"},
           {str(" \t\n-7 apples"), "-7"},
           {str("+5"), "5"},
           {str("- 5"), "0"},
@@ -86,7 +88,7 @@ Behaviour longInteger() {
           {Number::numberWithUnsignedLongLong(1ULL << 63U), "9223372036854775807"},
           {Number::numberWithUnsignedLongLong(~0ULL), "9223372036854775807"},
           {Number::numberWithBool(true), "1"}},
-        {kNull,     kList,  kReply               }
+        {kNull,      kList,   kReply}
     };
 }
 
@@ -95,6 +97,7 @@ Behaviour intValue() {
         "0",
         {{str("1"), "1"},
           {str(" 3.7"), "3"},
+          {str("1e3"), "1"},
           {str("2147483648"), "2147483647"},
           {str("-2147483649"), "-2147483648"},
           {str("yes"), "0"},
@@ -109,7 +112,7 @@ Behaviour intValue() {
           {Number::numberWithDouble(-1e300), "-2147483648"},
           {Number::numberWithDouble(std::nan("")), "0"},
           {Number::numberWithBool(true), "1"}},
-        {kNull, kList, kReply}
+        {kNull, kList,  kReply}
     };
 }
 
@@ -138,8 +141,10 @@ Behaviour secondsToDate() {
         {{str("1500000000"), "2017-07-14 02:40:00 +0000"},
           {Number::numberWithDouble(1.9), "1970-01-01 00:00:01 +0000"},
           {Number::numberWithInt(-1), "1969-12-31 23:59:59 +0000"},
+          {Number::numberWithDouble(-1.9), "1969-12-31 23:59:59 +0000"},
+          {str("1e3"), "1970-01-01 00:00:01 +0000"},
           {str("soon"), "1970-01-01 00:00:00 +0000"}},
-        {kNull,                                                kList,                                                      kReply}
+        {kNull,        kList,                   kReply            }
     };
 }
 
@@ -149,8 +154,10 @@ Behaviour canonicalName() {
         {{str("plain"), "plain"},
                    {str("\u00E9"), "e\u0301"},
                    {str("e\u0301"), "e\u0301"},
-                   {str(""), ""}                                                   },
-        {kNull,                   kList, kReply, Number::numberWithInt(5)}
+                   {str("\u212B"), "A\u030A"},
+                   {str("\uFB01\u2460"), "\uFB01\u2460"},
+                   {str(""), ""}},
+        {kNull,           kList,            kReply,       Number::numberWithInt(5)}
     };
 }
 
@@ -364,6 +371,22 @@ TEST(Conversions, MakeNumbersOfTheirTypes) {
     EXPECT_EQ(typeOf(qvInt(one, nullptr)), Number::Type::kInteger);
     EXPECT_EQ(typeOf(qvBoolean(one, nullptr)), Number::Type::kBoolean);
     EXPECT_EQ(typeOf(qvBoolean(nullptr, nullptr)), Number::Type::kBoolean);
+}
+
+TEST(Conversions, StopAtTheLimitsOfSecondsToo) {
+    const std::pair<Value, double> rows[] = {
+        {str("99999999999999999999"),         0x1p63 },
+        {str("-99999999999999999999"),        -0x1p63},
+        {Number::numberWithDouble(1e300),     0x1p63 },
+        {Number::numberWithDouble(-1e300),    -0x1p63},
+        {Number::numberWithDouble(-INFINITY), -0x1p63},
+        {Number::numberWithDouble(NAN),       0      },
+    };
+    for (const auto& [value, seconds] : rows) {
+        EXPECT_TRUE(qvSecondsToDate(value, nullptr)
+                        ->isEqual(NS::Date::dateWithTimeIntervalSince1970(seconds).get()))
+            << text(value);
+    }
 }
 
 TEST(Conversions, MakeANewNameAlsoWhereNothingChanges) {

@@ -20,6 +20,24 @@ NS::Ref<Entry> named(const NS::RefPtr<NS::String>& name) {
     return entry;
 }
 
+// The name of a file says nothing to a folder that an owner put among the files.
+TEST(FolderListInsertion, ReplacesAnEntryOfTheOtherKindByItsIdentifierOnly) {
+    const auto name = str("n");
+    const auto identifier = str("i");
+    const auto listing = NS::make<QVFolderListItem>();
+    const auto sameName = named<QVFolderItem>(name);
+    sameName->setIdentifier(str("i"));
+    const auto sameIdentifier = named<QVFolderItem>(str("n"));
+    sameIdentifier->setIdentifier(identifier);
+    const auto files = NS::cast<NS::MutableArray>(listing->files());
+    files->addObject(sameName);
+    files->addObject(sameIdentifier);
+    const auto file = named<QVFileItem>(name);
+    file->setIdentifier(identifier);
+    listing->insertItem(file);
+    EXPECT_TRUE(files->isEqual(NS::Array::arrayWithObjects({sameName, file}).get()));
+}
+
 // Looking at every entry each time would take many minutes.
 TEST(FolderListInsertion, FillsAListingOfHundredsOfThousands) {
     constexpr std::size_t kFiles = 300'000;
@@ -41,7 +59,8 @@ TEST(FolderListInsertion, FillsAListingOfHundredsOfThousands) {
 
 // A listing of files whose owner inserts, adds and removes, exchanges the list and renames entries
 // by chance, with few names, in use or not, or none; and beside it what is to be in it, kept by the
-// rule itself without anything to make it quick.
+// rule itself without anything to make it quick. On demand the owner adds folders among the files,
+// which only a file of the same identifier replaces.
 class InsertionByChance : public testing::Test {
   protected:
     void step() {
@@ -55,12 +74,18 @@ class InsertionByChance : public testing::Test {
         case 3:
             return removeOne();
         case 4:
-            return insert(expected.empty() ? newFile() : expected[anyPlace()]);
+            return insert(anyFile());
         case 5:
             return random() % 4 == 0 ? clear() : listing->removeItemNamed(*str("none"));
         default:
             return insert(newFile());
         }
+    }
+    bool addsFolders = false;
+    bool hasFolders() const {
+        return std::ranges::any_of(expected, [](const auto& each) {
+            return static_cast<bool>(NS::as<QVFolderItem>(each));
+        });
     }
     bool isAsExpected() const { return std::ranges::equal(*files(), expected); }
 
@@ -75,7 +100,19 @@ class InsertionByChance : public testing::Test {
         }
         return random() % 64 == 0 ? nullptr : NS::RefPtr<NS::String>(str("n"));
     }
-    NS::Ref<NS::Object> newFile() { return named<QVFileItem>(anyName()); }
+    template <class Entry>
+    NS::Ref<NS::Object> newEntry() {
+        const auto entry = named<Entry>(anyName());
+        if (addsFolders && random() % 16 != 0) {
+            entry->setIdentifier(identifiers[random() % identifiers.size()]);
+        }
+        return entry;
+    }
+    NS::Ref<NS::Object> newFile() { return newEntry<QVFileItem>(); }
+    NS::Ref<NS::Object> anyFile() {
+        const auto entry = expected.empty() ? newFile() : expected[anyPlace()];
+        return NS::as<QVFileItem>(entry) ? entry : newFile();
+    }
     std::size_t anyPlace() { return random() % expected.size(); }
 
     void insert(const NS::Ref<NS::Object>& entry) {
@@ -85,7 +122,8 @@ class InsertionByChance : public testing::Test {
         expected.push_back(held);
     }
     void addDirectly() {
-        expected.push_back(newFile());
+        const bool isFolder = addsFolders && random() % 2 == 0;
+        expected.push_back(isFolder ? newEntry<QVFolderItem>() : newFile());
         files()->addObject(expected.back());
     }
     void renameOne() {
@@ -109,6 +147,8 @@ class InsertionByChance : public testing::Test {
     std::mt19937 random{20};
     const std::vector<NS::Ref<NS::String>> names = {str("n"), str("n"), str("n"),
                                                     str("n"), str("n"), str("n")};
+    const std::vector<NS::Ref<NS::String>> identifiers = {str("i"), str("i"), str("i"), str("i"),
+                                                          str("i"), str("i"), str("i"), str("i")};
     std::vector<NS::Ref<NS::Object>> expected;
     const NS::Ref<QVFolderListItem> listing = NS::make<QVFolderListItem>();
 };
@@ -118,6 +158,17 @@ TEST_F(InsertionByChance, FollowsItsRuleWhateverElseHappensToTheList) {
         step();
         ASSERT_TRUE(isAsExpected()) << "after step " << i;
     }
+}
+
+TEST_F(InsertionByChance, FollowsTheRuleOfIdentifiersForFoldersAmongTheFiles) {
+    addsFolders = true;
+    int steps = 0; // that found a folder there
+    for (int i = 0; i < 4'000; ++i) {
+        steps += hasFolders() ? 1 : 0;
+        step();
+        ASSERT_TRUE(isAsExpected()) << "after step " << i;
+    }
+    EXPECT_GT(steps, 400);
 }
 
 } // namespace

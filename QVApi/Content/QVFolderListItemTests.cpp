@@ -1,6 +1,8 @@
 #include "QVApi/Content/QVFolderListItem.h"
 
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Null.h"
+#include "Platform/Foundation/Testing/ManualClock.h"
 #include "Platform/Foundation/Testing/RaisedException.h"
 #include "QVApi/Content/QVFileItem.h"
 #include "QVApi/Content/QVFolderItem.h"
@@ -400,6 +402,43 @@ TEST(SharedUsersFolderListItem, MakesAFolderOfEachUser) {
     EXPECT_EQ(first->dateModified(), first->dateCreated());
     EXPECT_GE(NS::cast<NS::Date>(first->dateModified())->compare(*before), 0);
     EXPECT_LE(NS::cast<NS::Date>(first->dateModified())->compare(*NS::Date::date()), 0);
+}
+
+TEST(SharedUsersFolderListItem, DatesEachUserByTheMomentOfItsOwn) {
+    NS::ManualClock clock(1);
+    clock.setTick(1);
+    const NS::ScopedClock scope(clock);
+    const auto user = NS::make<NS::Dictionary>();
+    const auto listing = Tests::itemFrom<QVSharedUsersFolderListItem>({
+        {"ResponseType", str("0")                                 },
+        {"SharedUsers",  NS::Array::arrayWithObjects({user, user})}
+    });
+    ASSERT_TRUE(listing);
+    double moment = 0;
+    const auto folders = listing->combinedItems();
+    for (const NS::Ref<NS::Object>& each : *folders) {
+        const auto folder = NS::cast<QVFolderItem>(each);
+        EXPECT_EQ(NS::cast<NS::Date>(folder->dateModified())->timeIntervalSinceReferenceDate(),
+                  ++moment);
+        EXPECT_EQ(folder->dateCreated(), folder->dateModified());
+    }
+    EXPECT_EQ(moment, 2);
+}
+
+TEST(SharedUsersFolderListItem, StoresWhatAUserHasAsItIs) {
+    const auto number = NS::Number::numberWithInt(7);
+    const auto user = Tests::dictionaryOf({
+        {"Name",      NS::Null::null()},
+        {"SharingID", number          }
+    });
+    const auto listing = Tests::itemFrom<QVSharedUsersFolderListItem>({
+        {"ResponseType", str("0")                           },
+        {"SharedUsers",  NS::Array::arrayWithObjects({user})}
+    });
+    ASSERT_TRUE(listing);
+    const auto folder = listing->combinedItems()->objectAtIndex(0);
+    EXPECT_EQ(folder->valueForKey(*str("name")), NS::Null::null());
+    EXPECT_EQ(folder->valueForKey(*str("identifier")), number);
 }
 
 TEST(SharedUsersFolderListItem, StoresWhatAUserLacksAsAbsent) {

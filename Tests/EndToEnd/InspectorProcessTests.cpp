@@ -163,6 +163,39 @@ TEST_F(InspectorProcess, RefusesAnArchiveWithoutAName) {
     }
 }
 
+TEST_F(InspectorProcess, ReadsAReplyFromStandardInput) {
+    const auto reply = write("reply.json", R"({"TotalWritten":5})");
+    const Result result = shell(R"("$0" item QVChunkUploadResult - < "$1")", {reply});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(Json::parse(result.output)["bytesWritten"], 5);
+    const Result none = shell(R"("$0" item QVChunkUploadResult - < /dev/null)", {});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_TRUE(none.errors.starts_with("quorvane-inspect: standard input: parse error"))
+        << none.errors;
+}
+
+// Within seconds of the processor's time, whatever else runs; the square of them takes minutes.
+TEST_F(InspectorProcess, ComesToAnEndWithRepliesOfHundredsOfThousandsOfKeys) {
+    constexpr int kMany = 300'000;
+    const auto item = [&](const std::string& reply) {
+        return shell(R"(ulimit -t 30; "$0" item QVChunkUploadResult "$1")",
+                     {write("reply.json", reply)});
+    };
+    std::string keys = R"({"TotalWritten":5)";
+    std::string levels;
+    for (int i = 0; i < kMany; ++i) {
+        keys += ",\"k" + std::to_string(i) + "\":0";
+        levels += R"({"TotalWritten":)";
+    }
+    EXPECT_EQ(item(keys + '}').status, 0);
+    const Result doubled = item(keys + R"(,"k0":0})");
+    EXPECT_EQ(doubled.status, 1);
+    EXPECT_NE(doubled.errors.find("the key k0 stands twice, at the root"), std::string::npos);
+    const Result deep = item(levels);
+    EXPECT_EQ(deep.status, 1);
+    EXPECT_NE(deep.errors.find("values stand too deep"), std::string::npos) << deep.errors;
+}
+
 // Also under a key that no class maps.
 TEST_F(InspectorProcess, ReadsNumbersOfAnySizeInAReply) {
     const auto reply = write("reply.json", R"({"TotalWritten":1e400,"Other":[18446744073709551616],
