@@ -20,8 +20,8 @@ class FileManagerCase(unittest.TestCase):
     needs = "start"  # what a manager has to know for these cases
 
     def setUp(self):
-        self.drive.start()
         self.addCleanup(self.drive.end)
+        self.drive.start()
         self.addCleanup(self.manager.end)
         self.addCleanup(self.take_picture)
         self.manager.start(self.drive.path / "Docs")
