@@ -21,7 +21,9 @@ class Nautilus(GtkFileManager):
 
     def start(self, folder, with_plug_in=True):
         self.session.mount(self._plug_in(with_plug_in), self._extensions)
-        self._start(folder, {})
+        # Where no graphics card draws, GTK 4's other renderer keeps all processors at work for a moving
+        # picture, and the window has no time to read its folder.
+        self._start(folder, {"GSK_RENDERER": "cairo"})
 
     def _view(self):
         return tree.find(self._frame(), "filler", "Content View")
