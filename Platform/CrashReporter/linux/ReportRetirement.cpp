@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace NS {
@@ -131,8 +132,8 @@ void removeOldest(int retired, const std::string& process, Failure& failure) {
 std::string retireReports(const std::string& folder, const std::string& process) {
     Failure failure;
     const FileDescriptor reportsFolder = openFolder(AT_FDCWD, folder.c_str());
-    if (!reportsFolder) {
-        failure.note(folder);
+    if (!reportsFolder || ::faccessat(reportsFolder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+        failure.note(folder); // nor could a report be written
         return failure.text();
     }
     std::vector<Report> reports = reportsIn(reportsFolder.get(), process);

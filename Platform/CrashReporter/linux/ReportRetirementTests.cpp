@@ -11,13 +11,29 @@
 #include <fstream>
 #include <set>
 #include <string>
+#include <sys/fsuid.h>
 #include <thread>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
 
 using Names = std::set<std::string>;
+
+// The superuser may write everywhere. To the file system this thread is somebody else then.
+class WithoutPrivileges {
+  public:
+    WithoutPrivileges() noexcept : earlier_(::setfsuid(::geteuid() == 0 ? kNobody : ::geteuid())) {}
+    ~WithoutPrivileges() { (void)::setfsuid(static_cast<uid_t>(earlier_)); }
+    WithoutPrivileges(const WithoutPrivileges&) = delete;
+    WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+
+  private:
+    static constexpr uid_t kNobody = 65534;
+
+    int earlier_;
+};
 
 class ReportRetirement : public Tests::FolderTest {
   protected:
@@ -161,6 +177,23 @@ TEST_F(ReportRetirement, SaysWhatTheSystemRefused) {
     put(reports / named("a"), 1);
     put(reports / named("b"), 2);
     EXPECT_EQ(retire(), "Retired: Not a directory");
+}
+
+TEST_F(ReportRetirement, DoesNotFollowALinkToTheReports) {
+    fs::create_directory(folders.root() / "elsewhere");
+    fs::remove(reports);
+    fs::create_directory_symlink(folders.root() / "elsewhere", reports);
+    EXPECT_EQ(retire(), reports.string() + ": Not a directory");
+    fs::remove(reports);
+    put(reports, 1);
+    EXPECT_EQ(retire(), reports.string() + ": Not a directory");
+}
+
+TEST_F(ReportRetirement, SaysThatNoReportCouldBeWritten) {
+    fs::permissions(folders.root(), fs::perms(0755));
+    fs::permissions(reports, fs::perms(0555));
+    const WithoutPrivileges thread;
+    EXPECT_EQ(retire(), reports.string() + ": Permission denied");
 }
 
 TEST_F(ReportRetirement, MayBeDoneByTwoAtOnce) {
