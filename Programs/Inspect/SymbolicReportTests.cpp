@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 // What a report of the test tells of: neither inlined nor local to the file.
 namespace Landmarks {
@@ -46,9 +47,11 @@ class SymbolicReport : public Tests::FolderTest {
                             static_cast<unsigned long long>(number));
         return text.data();
     }
+    static std::string ownBuild() {
+        return Inspection::buildIdOf(Inspection::ProgramFile(Tests::ownProgram())).value_or("");
+    }
     static std::string ownModule(const std::string& name = "own") {
-        return module(name, Inspection::buildIdOfFile(Tests::ownProgram()).value_or(""),
-                      Tests::ownProgram());
+        return module(name, ownBuild(), Tests::ownProgram());
     }
     static std::string module(const std::string& name, const std::string& id,
                               const std::string& path) {
@@ -123,6 +126,18 @@ TEST_F(SymbolicReport, TellsOfAToolThatFails) {
     const std::string text = report(frame(0, "own", callee()));
     EXPECT_EQ(print(text), text);
     EXPECT_EQ(notes, "no source lines for own: looking them up failed or took too long\n");
+}
+
+// Another file may stand at the path by the time that the tool opens it.
+TEST_F(SymbolicReport, HandsOnTheVeryFileThatWasLookedAt) {
+    const auto tool = folders.root() / "eu-addr2line";
+    const auto asked = folders.root() / "asked";
+    std::ofstream(tool) << "#!/bin/sh\necho \"$6\" > " << asked << "\n";
+    std::filesystem::permissions(tool, std::filesystem::perms::owner_all);
+    const auto path = withoutTools();
+    (void)print(report(frame(0, "own", callee())));
+    EXPECT_THAT(Tests::contentsOf(asked),
+                testing::StartsWith("/proc/" + std::to_string(::getpid()) + "/fd/"));
 }
 
 TEST_F(SymbolicReport, LooksAtTheVeryBuildAlone) {
