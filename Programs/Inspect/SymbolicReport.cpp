@@ -45,11 +45,21 @@ std::uint64_t placeOf(const ReportFrame& frame) noexcept {
     return frame.isInstruction || frame.address == 0 ? frame.address : frame.address - 1;
 }
 
+// What the kernel adds to the path of a file that was replaced, by an update mostly, while it was
+// in use. The very build may be there again.
+constexpr std::string_view kDeleted = " (deleted)";
+
 // The file of the very build, where it is at hand.
 std::optional<ProgramFile> fileOf(const ReportModule& module) {
-    ProgramFile file(module.path);
-    if (buildIdOf(file) == module.buildId) {
-        return file;
+    std::vector<std::string> paths{module.path};
+    if (module.path.ends_with(kDeleted)) {
+        paths.push_back(module.path.substr(0, module.path.size() - kDeleted.size()));
+    }
+    for (const std::string& path : paths) {
+        ProgramFile file(path);
+        if (buildIdOf(file) == module.buildId) {
+            return file;
+        }
     }
     return std::nullopt;
 }

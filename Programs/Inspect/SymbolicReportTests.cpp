@@ -152,6 +152,25 @@ TEST_F(SymbolicReport, LooksAtTheVeryBuildAlone) {
     }
 }
 
+TEST_F(SymbolicReport, FindsTheBuildAgainThatWasReplacedWhileItRan) {
+    const std::string frames = frame(0, "own", callee());
+    const std::string replaced = Tests::ownProgram() + " (deleted)";
+    EXPECT_THAT(print(report(frames, module("own", ownBuild(), replaced))),
+                HasSubstr("        Landmarks::isCalled() at "));
+    EXPECT_EQ(notes, "");
+    const std::string other = report(frames, module("own", "00", replaced));
+    EXPECT_EQ(print(other), other);
+    EXPECT_EQ(notes,
+              "no source lines for own: the build that crashed is not at " + replaced + "\n");
+}
+
+TEST_F(SymbolicReport, IsUsedUnderANameThatEndsLikeAReplacedOnes) {
+    const std::string copy = folders.root() / "program (deleted)";
+    std::filesystem::create_symlink(Tests::ownProgram(), copy);
+    EXPECT_THAT(print(report(frame(0, "own", callee()), module("own", ownBuild(), copy))),
+                HasSubstr("        Landmarks::isCalled() at "));
+}
+
 TEST_F(SymbolicReport, SaysNothingOfModulesWithoutFrames) {
     (void)print(report(frame(0, "own", callee()), ownModule() + module("b", "00", "/absent")));
     EXPECT_EQ(notes, "");
