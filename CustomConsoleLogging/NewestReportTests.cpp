@@ -167,6 +167,10 @@ TEST_F(NewestFile, OfTheRetiredIsLookedForAmongThemAlone) {
     putModified("Retired/Fennmoor_a.crash", 1000);
     EXPECT_EQ(bytesOf(logging().findQVDiagnosticRetiredReport()),
               retired() / "Crestwarden_b.crash");
+    putModified("Retired/QVFinderExtension_c.crash", 3000);
+    putModified("Retired/Other_d.crash", 4000);
+    EXPECT_EQ(bytesOf(logging().findQVDiagnosticRetiredReport()),
+              retired() / "QVFinderExtension_c.crash");
     EXPECT_EQ(bytesOf(logging().findQVDiagnosticReport()), reports() / "Fennmoor_new.crash");
 }
 
@@ -210,6 +214,15 @@ TEST_F(LastGeneratedReport, IsEmptyWhereOnlyRetiredReportsAreLeft) {
     put(retired() / "Fennmoor_x.crash");
     EXPECT_EQ(lastGenerated(), "");
     EXPECT_EQ(logFiles(), std::vector<std::string>{});
+}
+
+// The path of a retired one names no file, so that its date can't be read.
+TEST_F(LastGeneratedReport, IsNoRetiredOneHoweverNew) {
+    put(report("Fennmoor_a.crash"));
+    fs::create_directory(retired());
+    putAfter(report("Fennmoor_a.crash"), retired() / "QVFinderExtension_b.crash");
+    EXPECT_EQ(logging().findQVDiagnosticReports()->count(), 2U);
+    EXPECT_EQ(lastGenerated(), report("Fennmoor_a.crash"));
 }
 
 TEST_F(LastGeneratedReport, IsNilWithALineInTheLogWhereThereAreNoReports) {

@@ -1,18 +1,13 @@
 #include "Programs/Inspect/BuildId.h"
 
-#include "Platform/Foundation/linux/FileDescriptor.h"
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <elf.h>
-#include <fcntl.h>
 #include <link.h>
 #include <string_view>
-#include <sys/stat.h>
-#include <vector>
 
 namespace Inspection {
 
@@ -23,39 +18,16 @@ constexpr std::size_t kMostSegments = 256;
 constexpr std::uint64_t kLongestNotes = std::uint64_t{64} << 10U;
 constexpr std::size_t kLongestId = 64;
 
-class ProgramFile {
-  public:
-    // Without waiting: a named pipe that nobody writes to must not hold the caller up.
-    explicit ProgramFile(const std::string& path)
-        : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
-
-    bool isRegular() const noexcept {
-        struct stat status {};
-        return ::fstat(file_.get(), &status) == 0 && S_ISREG(status.st_mode);
+template <class T>
+std::optional<T> valueAt(const ProgramFile& file, std::uint64_t offset) {
+    const auto bytes = file.bytesAt(offset, sizeof(T));
+    if (!bytes) {
+        return std::nullopt;
     }
-    // Nothing where the file ends earlier.
-    std::optional<std::string> bytesAt(std::uint64_t offset, std::uint64_t count) const {
-        std::string bytes(count, '\0');
-        const ssize_t length =
-            ::pread(file_.get(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        return length >= 0 && static_cast<std::uint64_t>(length) == count
-                   ? std::optional(std::move(bytes))
-                   : std::nullopt;
-    }
-    template <class T>
-    std::optional<T> at(std::uint64_t offset) const {
-        const auto bytes = bytesAt(offset, sizeof(T));
-        if (!bytes) {
-            return std::nullopt;
-        }
-        T value;
-        std::memcpy(&value, bytes->data(), sizeof value);
-        return value;
-    }
-
-  private:
-    NS::FileDescriptor file_;
-};
+    T value;
+    std::memcpy(&value, bytes->data(), sizeof value);
+    return value;
+}
 
 constexpr std::uint64_t padded(std::uint64_t length, std::uint64_t alignment) noexcept {
     return (length + alignment - 1) / alignment * alignment;
@@ -102,15 +74,14 @@ bool isOfThisMachine(const ElfW(Ehdr) & header) noexcept {
 
 } // namespace
 
-std::optional<std::string> buildIdOfFile(const std::string& path) {
-    const ProgramFile file(path);
-    const auto header = file.isRegular() ? file.at<ElfW(Ehdr)>(0) : std::nullopt;
+std::optional<std::string> buildIdOf(const ProgramFile& file) {
+    const auto header = valueAt<ElfW(Ehdr)>(file, 0);
     if (!header || !isOfThisMachine(*header)) {
         return std::nullopt;
     }
     const std::size_t segments = std::min<std::size_t>(header->e_phnum, kMostSegments);
     for (std::size_t i = 0; i < segments; ++i) {
-        const auto segment = file.at<ElfW(Phdr)>(header->e_phoff + i * sizeof(ElfW(Phdr)));
+        const auto segment = valueAt<ElfW(Phdr)>(file, header->e_phoff + i * sizeof(ElfW(Phdr)));
         if (!segment || segment->p_type != PT_NOTE || segment->p_filesz > kLongestNotes) {
             continue;
         }

@@ -12,7 +12,9 @@
 
 namespace {
 
-using Inspection::buildIdOfFile;
+std::optional<std::string> buildIdOfFile(const std::string& path) {
+    return Inspection::buildIdOf(Inspection::ProgramFile(path));
+}
 
 // A program file of our own: a header, segments of notes, and the notes.
 class BuildId : public Tests::FolderTest {

@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <string_view>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -115,6 +116,15 @@ pid_t spawn(std::vector<std::string>& command, int output) {
     return error == 0 ? pid : -1;
 }
 
+void lower(pid_t process, decltype(RLIMIT_AS) resource, rlim_t most) noexcept {
+    rlimit limit{};
+    if (::prlimit(process, resource, nullptr, &limit) == 0) {
+        limit.rlim_max = std::min(limit.rlim_max, most);
+        limit.rlim_cur = std::min(limit.rlim_cur, limit.rlim_max);
+        (void)::prlimit(process, resource, &limit, nullptr); // the deadline holds all the same
+    }
+}
+
 // All that comes out of a pipe until its other end is closed.
 End readAll(int pipe, const ChildLimits& limits, std::string& output) {
     std::array<char, 16384> buffer;
@@ -152,6 +162,8 @@ ChildResult runChild(std::vector<std::string> command, const ChildLimits& limits
         return {End::kNotThere, {}};
     }
     Child child(pid);
+    lower(pid, RLIMIT_AS, kMostMemory);
+    lower(pid, RLIMIT_CPU, kMostProcessorSeconds);
     std::string output;
     End end = readAll(reading.get(), limits, output);
     // A program may close its output and go on.

@@ -98,6 +98,16 @@ TEST_F(ChildProcess, EndsWhatClosesItsOutputAndGoesOn) {
         End::kTooLate);
 }
 
+// The limits are set when it runs already: it waits for them.
+TEST_F(ChildProcess, HasMemoryAndTimeWithinBounds) {
+    static_assert(Inspection::kMostMemory / 1024 == 4194304);
+    static_assert(Inspection::kMostProcessorSeconds == 60);
+    const ChildResult result =
+        run({"sh", "-c",
+             "until [ \"$(ulimit -v) $(ulimit -t)\" = '4194304 60' ]; do :; done; echo bounded"});
+    EXPECT_EQ(result.output, "bounded\n");
+}
+
 TEST_F(ChildProcess, IsNotBegunAfterItsTime) {
     EXPECT_EQ(run({script("")}, std::chrono::milliseconds(-1)).end, End::kTooLate);
     EXPECT_FALSE(std::filesystem::exists(pidFile()));

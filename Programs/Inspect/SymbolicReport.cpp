@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,13 +45,32 @@ std::uint64_t placeOf(const ReportFrame& frame) noexcept {
     return frame.isInstruction || frame.address == 0 ? frame.address : frame.address - 1;
 }
 
+// What the kernel adds to the path of a file that was replaced, by an update mostly, while it was
+// in use. The very build may be there again.
+constexpr std::string_view kDeleted = " (deleted)";
+
+// The file of the very build, where it is at hand.
+std::optional<ProgramFile> fileOf(const ReportModule& module) {
+    std::vector<std::string> paths{module.path};
+    if (module.path.ends_with(kDeleted)) {
+        paths.push_back(module.path.substr(0, module.path.size() - kDeleted.size()));
+    }
+    for (const std::string& path : paths) {
+        ProgramFile file(path);
+        if (buildIdOf(file) == module.buildId) {
+            return file;
+        }
+    }
+    return std::nullopt;
+}
+
 class SymbolicReport {
   public:
     SymbolicReport(const CrashReport& report, const SourceLookup& lookup, std::ostream& notes)
         : report_(report), lookup_(lookup), notes_(notes), lines_(report.lines.size()) {
         for (const auto& [name, frames] : framesByModule(report)) {
-            if (const ReportModule* const module = usableModule(name)) {
-                lookUp(*module, frames);
+            if (const auto file = usableFile(name)) {
+                lookUp(name, *file, frames);
             }
         }
     }
@@ -74,7 +94,7 @@ class SymbolicReport {
         notes_ << "no source lines for " << printable(name) << ": " << printable(why) << '\n';
     }
 
-    const ReportModule* usableModule(const std::string& name) {
+    std::optional<ProgramFile> usableFile(const std::string& name) {
         const auto isNamed = [&](const ReportModule& each) {
             return each.name == name;
         };
@@ -85,15 +105,16 @@ class SymbolicReport {
             leave(name, "the report has several files of that name");
         } else if (module->buildId.empty()) {
             leave(name, "the report does not tell its build");
-        } else if (buildIdOfFile(module->path) != module->buildId) {
-            leave(name, "the build that crashed is not at " + module->path);
+        } else if (auto file = fileOf(*module)) {
+            return file;
         } else {
-            return &*module;
+            leave(name, "the build that crashed is not at " + module->path);
         }
-        return nullptr;
+        return std::nullopt;
     }
 
-    void lookUp(const ReportModule& module, const std::vector<const ReportFrame*>& frames) {
+    void lookUp(const std::string& name, const ProgramFile& file,
+                const std::vector<const ReportFrame*>& frames) {
         if (toolIsMissing_) {
             return;
         }
@@ -101,9 +122,9 @@ class SymbolicReport {
         std::ranges::transform(frames, std::back_inserter(places),
                                [](const ReportFrame* frame) { return placeOf(*frame); });
         std::vector<std::vector<SourceLine>> found;
-        const SourceLookup::Outcome outcome = lookup_.look(module.path, places, found);
+        const SourceLookup::Outcome outcome = lookup_.look(file.path(), places, found);
         if (outcome == SourceLookup::Outcome::kFailed) {
-            leave(module.name, "looking them up failed or took too long");
+            leave(name, "looking them up failed or took too long");
         } else if (outcome == SourceLookup::Outcome::kNoTool) {
             toolIsMissing_ = true;
             notes_ << "no source lines: neither eu-addr2line (elfutils) nor addr2line (binutils) "

@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 // What a report of the test tells of: neither inlined nor local to the file.
 namespace Landmarks {
@@ -46,9 +47,11 @@ class SymbolicReport : public Tests::FolderTest {
                             static_cast<unsigned long long>(number));
         return text.data();
     }
+    static std::string ownBuild() {
+        return Inspection::buildIdOf(Inspection::ProgramFile(Tests::ownProgram())).value_or("");
+    }
     static std::string ownModule(const std::string& name = "own") {
-        return module(name, Inspection::buildIdOfFile(Tests::ownProgram()).value_or(""),
-                      Tests::ownProgram());
+        return module(name, ownBuild(), Tests::ownProgram());
     }
     static std::string module(const std::string& name, const std::string& id,
                               const std::string& path) {
@@ -125,6 +128,18 @@ TEST_F(SymbolicReport, TellsOfAToolThatFails) {
     EXPECT_EQ(notes, "no source lines for own: looking them up failed or took too long\n");
 }
 
+// Another file may stand at the path by the time that the tool opens it.
+TEST_F(SymbolicReport, HandsOnTheVeryFileThatWasLookedAt) {
+    const auto tool = folders.root() / "eu-addr2line";
+    const auto asked = folders.root() / "asked";
+    std::ofstream(tool) << "#!/bin/sh\necho \"$6\" > " << asked << "\n";
+    std::filesystem::permissions(tool, std::filesystem::perms::owner_all);
+    const auto path = withoutTools();
+    (void)print(report(frame(0, "own", callee())));
+    EXPECT_THAT(Tests::contentsOf(asked),
+                testing::StartsWith("/proc/" + std::to_string(::getpid()) + "/fd/"));
+}
+
 TEST_F(SymbolicReport, LooksAtTheVeryBuildAlone) {
     const std::string frames = frame(0, "own", callee());
     for (const std::string& other :
@@ -135,6 +150,25 @@ TEST_F(SymbolicReport, LooksAtTheVeryBuildAlone) {
         EXPECT_THAT(notes, testing::StartsWith("no source lines for own: ")) << other;
         EXPECT_EQ(std::count(notes.begin(), notes.end(), '\n'), 1) << notes;
     }
+}
+
+TEST_F(SymbolicReport, FindsTheBuildAgainThatWasReplacedWhileItRan) {
+    const std::string frames = frame(0, "own", callee());
+    const std::string replaced = Tests::ownProgram() + " (deleted)";
+    EXPECT_THAT(print(report(frames, module("own", ownBuild(), replaced))),
+                HasSubstr("        Landmarks::isCalled() at "));
+    EXPECT_EQ(notes, "");
+    const std::string other = report(frames, module("own", "00", replaced));
+    EXPECT_EQ(print(other), other);
+    EXPECT_EQ(notes,
+              "no source lines for own: the build that crashed is not at " + replaced + "\n");
+}
+
+TEST_F(SymbolicReport, IsUsedUnderANameThatEndsLikeAReplacedOnes) {
+    const std::string copy = folders.root() / "program (deleted)";
+    std::filesystem::create_symlink(Tests::ownProgram(), copy);
+    EXPECT_THAT(print(report(frame(0, "own", callee()), module("own", ownBuild(), copy))),
+                HasSubstr("        Landmarks::isCalled() at "));
 }
 
 TEST_F(SymbolicReport, SaysNothingOfModulesWithoutFrames) {

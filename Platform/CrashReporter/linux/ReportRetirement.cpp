@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace NS {
@@ -19,6 +20,7 @@ namespace {
 
 constexpr const char* kRetired = "Retired";
 constexpr std::string_view kSuffix = ".crash";
+constexpr std::string_view kMoment = "_0000-00-00-000000_";
 constexpr int kMostOfOneName = 99;
 
 struct Report {
@@ -48,8 +50,18 @@ FileDescriptor openFolder(int parent, const char* name) {
     return FileDescriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
+// Whether text begins like a form, in which each '0' stands for any digit.
+bool beginsLike(std::string_view text, std::string_view form) noexcept {
+    const auto isLike = [](char shape, char character) {
+        return shape == '0' ? character >= '0' && character <= '9' : character == shape;
+    };
+    return text.size() >= form.size() && std::equal(form.begin(), form.end(), text.begin(), isLike);
+}
+
+// The moment tells a process's reports from those of one whose longer name begins with its own.
 bool isReportOf(std::string_view name, const std::string& process) {
-    return name.starts_with(process + '_') && name.ends_with(kSuffix);
+    return name.starts_with(process) && name.ends_with(kSuffix) &&
+           beginsLike(name.substr(process.size()), kMoment);
 }
 
 // The oldest first.
@@ -120,19 +132,22 @@ void removeOldest(int retired, const std::string& process, Failure& failure) {
 std::string retireReports(const std::string& folder, const std::string& process) {
     Failure failure;
     const FileDescriptor reportsFolder = openFolder(AT_FDCWD, folder.c_str());
-    if (!reportsFolder) {
-        failure.note(folder);
+    if (!reportsFolder || ::faccessat(reportsFolder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+        failure.note(folder); // nor could a report be written
         return failure.text();
     }
     std::vector<Report> reports = reportsIn(reportsFolder.get(), process);
-    if (reports.size() < 2) {
-        return {};
+    if (!reports.empty()) {
+        reports.pop_back();
     }
-    reports.pop_back();
-    (void)::mkdirat(reportsFolder.get(), kRetired, 0700); // shows when it is opened
+    if (!reports.empty()) {
+        (void)::mkdirat(reportsFolder.get(), kRetired, 0700); // shows when it is opened
+    }
     const FileDescriptor retired = openFolder(reportsFolder.get(), kRetired);
     if (!retired) {
-        failure.note(kRetired);
+        if (!reports.empty() || errno != ENOENT) {
+            failure.note(kRetired);
+        }
         return failure.text();
     }
     for (const Report& report : reports) {
