@@ -206,6 +206,13 @@ TEST_F(CrashReporter, ShowsTheCallerOfWhatIsNoCode) {
     EXPECT_THAT(functions[2], StartsWith("main + "));
 }
 
+TEST_F(CrashReporter, GivesTheRegistersAsTheSignalFoundThem) {
+    const std::string text = reportOf({"--report", "call-null"});
+    EXPECT_TRUE(
+        std::regex_search(text, std::regex("\n\nRegisters:\n(rip|pc) +0x0{16}  (rsp|sp) +0x")))
+        << text;
+}
+
 TEST_F(CrashReporter, ShowsBothEndsOfAnOverflowedStack) {
     const std::string text = reportOf({"--report", "overflow"});
     const auto functions = functionsIn(text);
@@ -284,6 +291,14 @@ TEST_F(CrashReporter, RunsTheHandlerThatWasThereBefore) {
     const End without = run({"--own-handler", "null"});
     EXPECT_EQ(run({"--own-handler", "--report", "null"}), without);
     EXPECT_EQ(Tests::contentsOf(folders.root() / "out"), "goodbye\n");
+    EXPECT_EQ(reports().size(), 1U);
+}
+
+// It goes on where the signal broke in, which has to be the very place.
+TEST_F(CrashReporter, ComesBackToWhereNoCodeIsAfterAHandlerThatReturns) {
+    const End without = run({"--returning-handler", "call-null"});
+    ASSERT_EQ(without.status, 128 + SIGSEGV);
+    EXPECT_EQ(run({"--returning-handler", "--report", "call-null"}), without);
     EXPECT_EQ(reports().size(), 1U);
 }
 

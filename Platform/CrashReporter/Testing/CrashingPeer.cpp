@@ -194,6 +194,10 @@ void setOwnHandlers() {
     (void)std::signal(SIGABRT, &sayGoodbye);
 }
 
+void setReturningHandler() {
+    (void)std::signal(SIGSEGV, [](int number) { (void)std::signal(number, SIG_DFL); });
+}
+
 void ignoreASignal() {
     (void)std::signal(SIGSEGV, SIG_IGN);
 }
@@ -258,35 +262,36 @@ struct Step {
 };
 
 constexpr Step kSteps[] = {
-    {"--report",           &report                             },
-    {"--report-extension", &reportAsExtension                  },
-    {"--own-handler",      &setOwnHandlers                     },
-    {"--ignore",           &ignoreASignal                      },
-    {"--close-streams",    &closeStreams                       },
-    {"--close-all",        &closeAll                           },
-    {"--no-descriptors",   &leaveNoDescriptors                 },
-    {"--allow-core",       &allowCoreDump                      },
-    {"--lock-linker",      &lockTheLinker                      },
-    {"--remove-folder",    &removeFolder                       },
-    {"--link-folder",      &replaceFolderByLink                },
-    {"null",               &Crashing::dereferenceNull          },
-    {"call-null",          &Crashing::callNull                 },
-    {"abort",              &Crashing::abortDeliberately        },
-    {"overflow",           &Crashing::overflowTheStack         },
-    {"free-twice",         &Crashing::freeTwice                },
-    {"heap",               &Crashing::damageTheHeap            },
-    {"raise",              &Crashing::raiseOurs                },
-    {"throw",              &Crashing::throwForeign             },
-    {"divide",             &Crashing::divideByZero             },
-    {"no-instruction",     &Crashing::runNoInstruction         },
-    {"trap",               &Crashing::stopForADebugger         },
-    {"beyond-file",        &Crashing::readBeyondTheFile        },
-    {"stack",              &Crashing::damageTheStack           },
-    {"thread",             &Crashing::crashInAThread           },
-    {"overflow-in-thread", &Crashing::overflowTheStackOfAThread},
-    {"threads",            &Crashing::crashInManyThreads       },
-    {"child",              &Crashing::crashInAChild            },
-    {"wait",               &waitForASignal                     },
+    {"--report",            &report                             },
+    {"--report-extension",  &reportAsExtension                  },
+    {"--own-handler",       &setOwnHandlers                     },
+    {"--returning-handler", &setReturningHandler                },
+    {"--ignore",            &ignoreASignal                      },
+    {"--close-streams",     &closeStreams                       },
+    {"--close-all",         &closeAll                           },
+    {"--no-descriptors",    &leaveNoDescriptors                 },
+    {"--allow-core",        &allowCoreDump                      },
+    {"--lock-linker",       &lockTheLinker                      },
+    {"--remove-folder",     &removeFolder                       },
+    {"--link-folder",       &replaceFolderByLink                },
+    {"null",                &Crashing::dereferenceNull          },
+    {"call-null",           &Crashing::callNull                 },
+    {"abort",               &Crashing::abortDeliberately        },
+    {"overflow",            &Crashing::overflowTheStack         },
+    {"free-twice",          &Crashing::freeTwice                },
+    {"heap",                &Crashing::damageTheHeap            },
+    {"raise",               &Crashing::raiseOurs                },
+    {"throw",               &Crashing::throwForeign             },
+    {"divide",              &Crashing::divideByZero             },
+    {"no-instruction",      &Crashing::runNoInstruction         },
+    {"trap",                &Crashing::stopForADebugger         },
+    {"beyond-file",         &Crashing::readBeyondTheFile        },
+    {"stack",               &Crashing::damageTheStack           },
+    {"thread",              &Crashing::crashInAThread           },
+    {"overflow-in-thread",  &Crashing::overflowTheStackOfAThread},
+    {"threads",             &Crashing::crashInManyThreads       },
+    {"child",               &Crashing::crashInAChild            },
+    {"wait",                &waitForASignal                     },
 };
 
 } // namespace

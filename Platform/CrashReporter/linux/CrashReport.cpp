@@ -1,6 +1,7 @@
 #include "Platform/CrashReporter/linux/CrashReport.h"
 
 #include "Platform/CrashReporter/linux/FaultGuard.h"
+#include "Platform/CrashReporter/linux/Machine.h"
 #include "Platform/CrashReporter/linux/SignalNames.h"
 #include "Platform/Foundation/Exception.h"
 
@@ -63,7 +64,7 @@ void CrashReport::write(const Crash& crash) noexcept {
     writeSection("signal", &CrashReport::writeSignal, crash);
     writeSection("information", &CrashReport::writeInformation, crash);
     writeSection("modules", &CrashReport::readModules, crash);
-    writeSection("stack", &CrashReport::readStack, crash);
+    takeStack(crash);
     writeSection("names", &CrashReport::findNames, crash);
     writeSection("stack", &CrashReport::writeStack, crash);
     writeSection("registers", &CrashReport::writeRegisters, crash);
@@ -81,6 +82,16 @@ void CrashReport::writeSection(std::string_view subject, Section section,
         text_ << "\n(" << subject << " cut short by " << signalName(fault) << ")\n";
     }
     text_.flush();
+}
+
+// The process goes on by the context afterwards: it has to be as the signal left it, also when the
+// walk did not come to its end.
+void CrashReport::takeStack(const Crash& crash) noexcept {
+    const std::optional<Machine::Place> place = Machine::place(*crash.context);
+    writeSection("stack", &CrashReport::readStack, crash);
+    if (place) {
+        Machine::setPlace(*crash.context, *place);
+    }
 }
 
 void CrashReport::writeProcess(const Crash&) noexcept {

@@ -42,6 +42,7 @@ class CrashReport {
         SymbolQuery symbol;
     };
 
+    void takeStack(const Crash& crash) noexcept;
     void writeSection(std::string_view subject, Section section, const Crash& crash) noexcept;
 
     void writeProcess(const Crash& crash) noexcept;

@@ -58,20 +58,22 @@ void CrashedStack::prepare() noexcept {
 
 void CrashedStack::readFrom(ucontext_t& context) noexcept {
     depth_ = 0;
-    std::optional<std::uintptr_t> begin = Machine::instruction(context);
-    bool skipFirst = true;
-    if (begin) {
-        add({*begin, true});
-        if (!isInModule(*begin)) {
-            // A call to where no code is: the caller is the first whose frame can be told.
-            begin = Machine::returnToCaller(context);
-            skipFirst = false;
-            if (!begin) {
-                return;
-            }
-        }
+    const std::optional<Machine::Place> place = Machine::place(context);
+    Walk walk{this, place ? place->instruction : 0, !place.has_value(), true};
+    if (place) {
+        add({place->instruction, true});
     }
-    Walk walk{this, begin.value_or(0), !begin.has_value(), skipFirst};
+    if (place && !isInModule(place->instruction)) {
+        // A call to where no code is: the caller is the first whose frame can be told.
+        const std::optional<Machine::Place> caller = Machine::callerOf(context);
+        if (!caller) {
+            return;
+        }
+        walk.begin = caller->instruction;
+        walk.skipFirst = false;
+        // The unwinder goes by what the kernel has put on the stack.
+        Machine::setPlace(context, *caller);
+    }
     (void)_Unwind_Backtrace(&onFrame, &walk);
 }
 
