@@ -148,6 +148,15 @@ std::string_view CrashReport::abortMessage() const noexcept {
     return text.substr(0, text.find_last_not_of('\n') + 1);
 }
 
+// An empty line would end the part.
+void CrashReport::writeLine(std::string_view text) noexcept {
+    if (text.empty()) {
+        text_ << "(none)\n";
+    } else {
+        text_.text(text) << "\n";
+    }
+}
+
 void CrashReport::writeInformation(const Crash& crash) noexcept {
     const UncaughtExceptionRecord* const record = uncaughtExceptionRecord();
     const std::string_view message = crash.signal == SIGABRT ? abortMessage() : std::string_view();
@@ -156,8 +165,8 @@ void CrashReport::writeInformation(const Crash& crash) noexcept {
     }
     text_ << "Application Specific Information:\n";
     if (record != nullptr) {
-        text_.text(record->name.data()) << "\n";
-        text_.text(record->reason.data()) << "\n";
+        writeLine(record->name.data());
+        writeLine(record->reason.data());
     }
     if (!message.empty()) {
         text_.text(message) << "\n";

@@ -49,6 +49,12 @@ bool isInModule(std::uintptr_t address) noexcept {
     return ::_dl_find_object(reinterpret_cast<void*>(address), &found) == 0;
 }
 
+// The fault is that the instruction itself could not be fetched, as it cannot from data.
+bool isWithoutCode(const siginfo_t& info, std::uintptr_t address) noexcept {
+    return info.si_signo == SIGSEGV && info.si_code == SEGV_ACCERR &&
+           reinterpret_cast<std::uintptr_t>(info.si_addr) == address;
+}
+
 } // namespace
 
 void CrashedStack::prepare() noexcept {
@@ -56,14 +62,14 @@ void CrashedStack::prepare() noexcept {
     (void)_Unwind_Backtrace(&onFirstFrame, nullptr);
 }
 
-void CrashedStack::readFrom(ucontext_t& context) noexcept {
+void CrashedStack::readFrom(const siginfo_t& info, ucontext_t& context) noexcept {
     depth_ = 0;
     const std::optional<Machine::Place> place = Machine::place(context);
     Walk walk{this, place ? place->instruction : 0, !place.has_value(), true};
     if (place) {
         add({place->instruction, true});
     }
-    if (place && !isInModule(place->instruction)) {
+    if (place && (!isInModule(place->instruction) || isWithoutCode(info, place->instruction))) {
         // A call to where no code is: the caller is the first whose frame can be told.
         const std::optional<Machine::Place> caller = Machine::callerOf(context);
         if (!caller) {
