@@ -112,22 +112,25 @@ std::ostream& operator<<(std::ostream& stream, const Case& each) {
 }
 
 constexpr Case kCases[] = {
-    {"null",               "SIGSEGV (11)", "_ZN8Crashing15dereferenceNullEv"  },
-    {"call-null",          "SIGSEGV (11)", "_ZN8Crashing8callNullEv"          },
-    {"abort",              "SIGABRT (6)",  "_ZN8Crashing17abortDeliberatelyEv"},
-    {"overflow",           "SIGSEGV (11)", "_ZN8Crashing17recurseWithoutEndEi"},
-    {"free-twice",         "SIGABRT (6)",  "_ZN8Crashing9freeTwiceEv"         },
-    {"heap",               "SIGABRT (6)",  "_ZN8Crashing13damageTheHeapEv"    },
-    {"raise",              "SIGABRT (6)",  "_ZN8Crashing9raiseOursEv"         },
-    {"throw",              "SIGABRT (6)",  "_ZN8Crashing12throwForeignEv"     },
-    {"divide",             "SIGFPE (8)",   "_ZN8Crashing12divideByZeroEv"     },
-    {"no-instruction",     "SIGILL (4)",   "_ZN8Crashing16runNoInstructionEv" },
-    {"trap",               "SIGTRAP (5)",  "_ZN8Crashing16stopForADebuggerEv" },
-    {"beyond-file",        "SIGBUS (7)",   "_ZN8Crashing17readBeyondTheFileEv"},
-    {"stack",              "SIGSEGV (11)", "_ZN8Crashing14damageTheStackEv"   },
-    {"thread",             "SIGSEGV (11)", "_ZN8Crashing15dereferenceNullEv"  },
-    {"overflow-in-thread", "SIGSEGV (11)", "_ZN8Crashing17recurseWithoutEndEi"},
-    {"threads",            "SIGSEGV (11)", "_ZN8Crashing15dereferenceNullEv"  },
+    {"null",               "SIGSEGV (11)", "_ZN8Crashing15dereferenceNullEv"   },
+    {"call-null",          "SIGSEGV (11)", "_ZN8Crashing8callNullEv"           },
+    {"abort",              "SIGABRT (6)",  "_ZN8Crashing17abortDeliberatelyEv" },
+    {"overflow",           "SIGSEGV (11)", "_ZN8Crashing17recurseWithoutEndEi" },
+    {"free-twice",         "SIGABRT (6)",  "_ZN8Crashing9freeTwiceEv"          },
+    {"heap",               "SIGABRT (6)",  "_ZN8Crashing13damageTheHeapEv"     },
+    {"raise",              "SIGABRT (6)",  "_ZN8Crashing9raiseOursEv"          },
+    {"throw",              "SIGABRT (6)",  "_ZN8Crashing12throwForeignEv"      },
+    {"divide",             "SIGFPE (8)",   "_ZN8Crashing12divideByZeroEv"      },
+    {"no-instruction",     "SIGILL (4)",   "_ZN8Crashing16runNoInstructionEv"  },
+    {"trap",               "SIGTRAP (5)",  "_ZN8Crashing16stopForADebuggerEv"  },
+    {"call-data",          "SIGSEGV (11)", "_ZN8Crashing8callDataEv"           },
+    {"raise-nothing",      "SIGABRT (6)",  "_ZN8Crashing16raiseWithoutTextEv"  },
+    {"forbidden-call",     "SIGSYS (31)",  "_ZN8Crashing18makeAForbiddenCallEv"},
+    {"beyond-file",        "SIGBUS (7)",   "_ZN8Crashing17readBeyondTheFileEv" },
+    {"stack",              "SIGSEGV (11)", "_ZN8Crashing14damageTheStackEv"    },
+    {"thread",             "SIGSEGV (11)", "_ZN8Crashing15dereferenceNullEv"   },
+    {"overflow-in-thread", "SIGSEGV (11)", "_ZN8Crashing17recurseWithoutEndEi" },
+    {"threads",            "SIGSEGV (11)", "_ZN8Crashing15dereferenceNullEv"   },
 };
 
 class CrashOfAKind : public CrashReporter, public testing::WithParamInterface<Case> {};
@@ -206,6 +209,13 @@ TEST_F(CrashReporter, ShowsTheCallerOfWhatIsNoCode) {
     EXPECT_THAT(functions[2], StartsWith("main + "));
 }
 
+TEST_F(CrashReporter, GivesTheRegistersAsTheSignalFoundThem) {
+    const std::string text = reportOf({"--report", "call-null"});
+    EXPECT_TRUE(
+        std::regex_search(text, std::regex("\n\nRegisters:\n(rip|pc) +0x0{16}  (rsp|sp) +0x")))
+        << text;
+}
+
 TEST_F(CrashReporter, ShowsBothEndsOfAnOverflowedStack) {
     const std::string text = reportOf({"--report", "overflow"});
     const auto functions = functionsIn(text);
@@ -228,6 +238,20 @@ TEST_F(CrashReporter, TellsTheTypeAndTextOfAnotherException) {
                 HasSubstr("\nApplication Specific Information:\nstd::runtime_error\n"
                           "of the language\n\n"));
 }
+
+TEST_F(CrashReporter, SaysWhatAnExceptionDoesNotTell) {
+    EXPECT_THAT(reportOf({"--report", "raise-nothing"}),
+                HasSubstr("\nApplication Specific Information:\n(none)\n(none)\n\nThread "));
+}
+
+// A sanitiser would find the fault before it.
+#if !defined(__SANITIZE_ADDRESS__)
+TEST_F(CrashReporter, TellsTheLastWordsOfTheCLibrary) {
+    EXPECT_TRUE(std::regex_search(
+        reportOf({"--report", "free-twice"}),
+        std::regex("\nApplication Specific Information:\n.*double free.*\n\nThread ")));
+}
+#endif
 
 TEST_F(CrashReporter, LeavesTheInformationOutWhereThereIsNone) {
     EXPECT_THAT(reportOf({"--report", "null"}), Not(HasSubstr("Application Specific")));
@@ -280,10 +304,42 @@ TEST_F(CrashReporter, TellsWhoSentTheSignal) {
                                     std::to_string(::getpid()) + "\n"));
 }
 
+TEST_F(CrashReporter, IsNotDisturbedByAbortsThatOthersSend) {
+    Tests::Process peer = start({"--report", "wait"});
+    ASSERT_TRUE(Tests::waitUntil([&] { return peer.output() == "waiting\n"; }));
+    ASSERT_TRUE(peer.waitForState('S'));
+    peer.signal(SIGSEGV);
+    EXPECT_TRUE(Tests::waitUntil([&] {
+        for (int i = 0; i < 1000; ++i) {
+            peer.signal(SIGABRT);
+        }
+        return !peer.isRunning();
+    }));
+    EXPECT_EQ(peer.waitForExit(), 128 + SIGSEGV);
+    const std::string text = report();
+    EXPECT_THAT(text, HasSubstr("\nException Type:  SIGSEGV (11)\n"));
+    EXPECT_THAT(text, HasSubstr("\nBinary Images:\n0x"));
+    EXPECT_THAT(text, Not(HasSubstr("cut short")));
+}
+
+TEST_F(CrashReporter, EndsTheProcessAlsoWhenItWasStartedTwice) {
+    const End without = run({"null"});
+    EXPECT_EQ(run({"--report", "--report", "null"}), without);
+    EXPECT_THAT(report(), StartsWith("Process:         CrashingPeer ["));
+}
+
 TEST_F(CrashReporter, RunsTheHandlerThatWasThereBefore) {
     const End without = run({"--own-handler", "null"});
     EXPECT_EQ(run({"--own-handler", "--report", "null"}), without);
     EXPECT_EQ(Tests::contentsOf(folders.root() / "out"), "goodbye\n");
+    EXPECT_EQ(reports().size(), 1U);
+}
+
+// It goes on where the signal broke in, which has to be the very place.
+TEST_F(CrashReporter, ComesBackToWhereNoCodeIsAfterAHandlerThatReturns) {
+    const End without = run({"--returning-handler", "call-null"});
+    ASSERT_EQ(without.status, 128 + SIGSEGV);
+    EXPECT_EQ(run({"--returning-handler", "--report", "call-null"}), without);
     EXPECT_EQ(reports().size(), 1U);
 }
 

@@ -48,6 +48,14 @@ volatile int work = 0;
     work = 1;
 }
 
+[[gnu::noinline]] void callData() {
+    using Function = void (*)();
+    volatile Function function =
+        reinterpret_cast<Function>(reinterpret_cast<std::uintptr_t>(&work));
+    function();
+    work = 1;
+}
+
 [[gnu::noinline]] void abortDeliberately() {
     std::abort();
 }
@@ -92,6 +100,10 @@ volatile int work = 0;
     NS::Exception::raise("PeerException", "the first line\nthe second line");
 }
 
+[[gnu::noinline]] void raiseWithoutText() {
+    NS::Exception::raise("", "");
+}
+
 [[gnu::noinline]] void throwForeign() {
     throw std::runtime_error("of the language");
 }
@@ -106,6 +118,11 @@ volatile int work = 0;
 
 [[gnu::noinline]] void stopForADebugger() {
     (void)std::raise(SIGTRAP);
+    work = 1;
+}
+
+[[gnu::noinline]] void makeAForbiddenCall() {
+    (void)std::raise(SIGSYS);
     work = 1;
 }
 
@@ -194,6 +211,10 @@ void setOwnHandlers() {
     (void)std::signal(SIGABRT, &sayGoodbye);
 }
 
+void setReturningHandler() {
+    (void)std::signal(SIGSEGV, [](int number) { (void)std::signal(number, SIG_DFL); });
+}
+
 void ignoreASignal() {
     (void)std::signal(SIGSEGV, SIG_IGN);
 }
@@ -258,35 +279,39 @@ struct Step {
 };
 
 constexpr Step kSteps[] = {
-    {"--report",           &report                             },
-    {"--report-extension", &reportAsExtension                  },
-    {"--own-handler",      &setOwnHandlers                     },
-    {"--ignore",           &ignoreASignal                      },
-    {"--close-streams",    &closeStreams                       },
-    {"--close-all",        &closeAll                           },
-    {"--no-descriptors",   &leaveNoDescriptors                 },
-    {"--allow-core",       &allowCoreDump                      },
-    {"--lock-linker",      &lockTheLinker                      },
-    {"--remove-folder",    &removeFolder                       },
-    {"--link-folder",      &replaceFolderByLink                },
-    {"null",               &Crashing::dereferenceNull          },
-    {"call-null",          &Crashing::callNull                 },
-    {"abort",              &Crashing::abortDeliberately        },
-    {"overflow",           &Crashing::overflowTheStack         },
-    {"free-twice",         &Crashing::freeTwice                },
-    {"heap",               &Crashing::damageTheHeap            },
-    {"raise",              &Crashing::raiseOurs                },
-    {"throw",              &Crashing::throwForeign             },
-    {"divide",             &Crashing::divideByZero             },
-    {"no-instruction",     &Crashing::runNoInstruction         },
-    {"trap",               &Crashing::stopForADebugger         },
-    {"beyond-file",        &Crashing::readBeyondTheFile        },
-    {"stack",              &Crashing::damageTheStack           },
-    {"thread",             &Crashing::crashInAThread           },
-    {"overflow-in-thread", &Crashing::overflowTheStackOfAThread},
-    {"threads",            &Crashing::crashInManyThreads       },
-    {"child",              &Crashing::crashInAChild            },
-    {"wait",               &waitForASignal                     },
+    {"--report",            &report                             },
+    {"--report-extension",  &reportAsExtension                  },
+    {"--own-handler",       &setOwnHandlers                     },
+    {"--returning-handler", &setReturningHandler                },
+    {"--ignore",            &ignoreASignal                      },
+    {"--close-streams",     &closeStreams                       },
+    {"--close-all",         &closeAll                           },
+    {"--no-descriptors",    &leaveNoDescriptors                 },
+    {"--allow-core",        &allowCoreDump                      },
+    {"--lock-linker",       &lockTheLinker                      },
+    {"--remove-folder",     &removeFolder                       },
+    {"--link-folder",       &replaceFolderByLink                },
+    {"null",                &Crashing::dereferenceNull          },
+    {"call-null",           &Crashing::callNull                 },
+    {"call-data",           &Crashing::callData                 },
+    {"abort",               &Crashing::abortDeliberately        },
+    {"overflow",            &Crashing::overflowTheStack         },
+    {"free-twice",          &Crashing::freeTwice                },
+    {"heap",                &Crashing::damageTheHeap            },
+    {"raise",               &Crashing::raiseOurs                },
+    {"raise-nothing",       &Crashing::raiseWithoutText         },
+    {"throw",               &Crashing::throwForeign             },
+    {"divide",              &Crashing::divideByZero             },
+    {"no-instruction",      &Crashing::runNoInstruction         },
+    {"trap",                &Crashing::stopForADebugger         },
+    {"forbidden-call",      &Crashing::makeAForbiddenCall       },
+    {"beyond-file",         &Crashing::readBeyondTheFile        },
+    {"stack",               &Crashing::damageTheStack           },
+    {"thread",              &Crashing::crashInAThread           },
+    {"overflow-in-thread",  &Crashing::overflowTheStackOfAThread},
+    {"threads",             &Crashing::crashInManyThreads       },
+    {"child",               &Crashing::crashInAChild            },
+    {"wait",                &waitForASignal                     },
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "Platform/CrashReporter/linux/CrashReport.h"
 
 #include "Platform/CrashReporter/linux/FaultGuard.h"
+#include "Platform/CrashReporter/linux/Machine.h"
 #include "Platform/CrashReporter/linux/SignalNames.h"
 #include "Platform/Foundation/Exception.h"
 
@@ -63,7 +64,7 @@ void CrashReport::write(const Crash& crash) noexcept {
     writeSection("signal", &CrashReport::writeSignal, crash);
     writeSection("information", &CrashReport::writeInformation, crash);
     writeSection("modules", &CrashReport::readModules, crash);
-    writeSection("stack", &CrashReport::readStack, crash);
+    takeStack(crash);
     writeSection("names", &CrashReport::findNames, crash);
     writeSection("stack", &CrashReport::writeStack, crash);
     writeSection("registers", &CrashReport::writeRegisters, crash);
@@ -81,6 +82,16 @@ void CrashReport::writeSection(std::string_view subject, Section section,
         text_ << "\n(" << subject << " cut short by " << signalName(fault) << ")\n";
     }
     text_.flush();
+}
+
+// The process goes on by the context afterwards: it has to be as the signal left it, also when the
+// walk did not come to its end.
+void CrashReport::takeStack(const Crash& crash) noexcept {
+    const std::optional<Machine::Place> place = Machine::place(*crash.context);
+    writeSection("stack", &CrashReport::readStack, crash);
+    if (place) {
+        Machine::setPlace(*crash.context, *place);
+    }
 }
 
 void CrashReport::writeProcess(const Crash&) noexcept {
@@ -137,6 +148,15 @@ std::string_view CrashReport::abortMessage() const noexcept {
     return text.substr(0, text.find_last_not_of('\n') + 1);
 }
 
+// An empty line would end the part.
+void CrashReport::writeLine(std::string_view text) noexcept {
+    if (text.empty()) {
+        text_ << "(none)\n";
+    } else {
+        text_.text(text) << "\n";
+    }
+}
+
 void CrashReport::writeInformation(const Crash& crash) noexcept {
     const UncaughtExceptionRecord* const record = uncaughtExceptionRecord();
     const std::string_view message = crash.signal == SIGABRT ? abortMessage() : std::string_view();
@@ -145,8 +165,8 @@ void CrashReport::writeInformation(const Crash& crash) noexcept {
     }
     text_ << "Application Specific Information:\n";
     if (record != nullptr) {
-        text_.text(record->name.data()) << "\n";
-        text_.text(record->reason.data()) << "\n";
+        writeLine(record->name.data());
+        writeLine(record->reason.data());
     }
     if (!message.empty()) {
         text_.text(message) << "\n";

@@ -42,6 +42,7 @@ class CrashReport {
         SymbolQuery symbol;
     };
 
+    void takeStack(const Crash& crash) noexcept;
     void writeSection(std::string_view subject, Section section, const Crash& crash) noexcept;
 
     void writeProcess(const Crash& crash) noexcept;
@@ -55,6 +56,7 @@ class CrashReport {
     void writeRegisters(const Crash& crash) noexcept;
     void writeModules(const Crash& crash) noexcept;
 
+    void writeLine(std::string_view text) noexcept;
     std::string_view abortMessage() const noexcept;
     void takeFrame(const CrashedFrame& frame) noexcept;
     void findNamesIn(const LoadedModule& module) noexcept;

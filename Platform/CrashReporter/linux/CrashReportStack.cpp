@@ -56,7 +56,7 @@ void CrashReport::readStack(const Crash& crash) noexcept {
     if (!raised.empty()) {
         stack_.readFrom(raised);
     } else {
-        stack_.readFrom(*crash.context);
+        stack_.readFrom(*crash.info, *crash.context);
     }
 }
 

@@ -9,12 +9,12 @@
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/SearchPaths.h"
+#include "Platform/Foundation/linux/SignalDelivery.h"
 
 #include <atomic>
 #include <cerrno>
 #include <new>
 #include <poll.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace NS {
@@ -29,6 +29,7 @@ std::array<struct sigaction, kCrashSignals.size()> earlier;
 // The process and the thread that write the report; a child of a fork has none of its parent's.
 std::atomic<std::uint64_t> reporter{0};
 std::atomic<bool> isWritten{false};
+std::atomic<bool> isStarted{false};
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "a signal handler uses it");
 
 // Between two looks of a thread that waits for the report of another.
@@ -47,19 +48,6 @@ void restoreEarlier() noexcept {
         if (::sigaction(kCrashSignals[i], nullptr, &current) == 0 && isOurs(current)) {
             (void)::sigaction(kCrashSignals[i], &earlier[i], nullptr); // it was valid once
         }
-    }
-}
-
-// Where it broke in, the signal comes again as it came, once the handler returns: it finds what was
-// there before, be it another handler or the end of the process with a core dump of that place.
-void sendAgain(int number, siginfo_t* info) noexcept {
-    restoreEarlier();
-    sigset_t one;
-    (void)::sigemptyset(&one);
-    (void)::sigaddset(&one, number);
-    (void)::pthread_sigmask(SIG_BLOCK, &one, nullptr);
-    if (::syscall(SYS_rt_tgsigqueueinfo, ::getpid(), ::gettid(), number, info) != 0) {
-        (void)::syscall(SYS_tgkill, ::getpid(), ::gettid(), number);
     }
 }
 
@@ -86,7 +74,9 @@ std::uint64_t takeTurn(std::uint64_t self) noexcept {
 // A signal while the report is being written, on the thread that writes it.
 void onFault(int number, const siginfo_t& info) noexcept {
     // Sent from outside it says nothing about the report. The C library ends itself by SIGABRT.
-    if (info.si_code > 0 || number == SIGABRT) {
+    const bool isOwnAbort =
+        number == SIGABRT && info.si_code == SI_TKILL && info.si_pid == ::getpid();
+    if (info.si_code > 0 || isOwnAbort) {
         FaultGuard::leave(number);
         restoreEarlier(); // the fault comes again and ends the process
     }
@@ -113,18 +103,23 @@ void onCrash(int number, siginfo_t* info, void* context) {
     } else {
         waitForTheReport();
     }
-    sendAgain(number, info);
+    restoreEarlier();
+    // To another handler or to the end of the process with a core dump of the place.
+    sendSignalAgain(number, info);
     errno = error;
 }
 
 void install() noexcept {
     struct sigaction action {};
     action.sa_sigaction = &onCrash;
-    // A fault in the handler has to reach it; all that is not a crash has to wait.
+    // A fault in the handler has to reach it; all else has to wait. So does SIGABRT, which is
+    // mostly sent: abort() lets it through.
     action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
     (void)::sigfillset(&action.sa_mask);
     for (const int number : kCrashSignals) {
-        (void)::sigdelset(&action.sa_mask, number);
+        if (number != SIGABRT) {
+            (void)::sigdelset(&action.sa_mask, number);
+        }
     }
     for (std::size_t i = 0; i < kCrashSignals.size(); ++i) {
         if (::sigaction(kCrashSignals[i], nullptr, &earlier[i]) == 0 &&
@@ -143,6 +138,9 @@ std::string reportsFolder() {
 } // namespace
 
 void startCrashReporter(std::string_view process, std::string_view version) {
+    if (isStarted.exchange(true)) {
+        return; // what was there before would be the reporter itself, and no crash an end
+    }
     const std::string folder = reportsFolder();
     (void)FileManager::defaultManager().createDirectoryAtPath(
         *String::fromFileSystemRepresentation(folder)); // shows when it is opened

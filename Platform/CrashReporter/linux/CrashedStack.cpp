@@ -49,6 +49,12 @@ bool isInModule(std::uintptr_t address) noexcept {
     return ::_dl_find_object(reinterpret_cast<void*>(address), &found) == 0;
 }
 
+// The fault is that the instruction itself could not be fetched, as it cannot from data.
+bool isWithoutCode(const siginfo_t& info, std::uintptr_t address) noexcept {
+    return info.si_signo == SIGSEGV && info.si_code == SEGV_ACCERR &&
+           reinterpret_cast<std::uintptr_t>(info.si_addr) == address;
+}
+
 } // namespace
 
 void CrashedStack::prepare() noexcept {
@@ -56,22 +62,24 @@ void CrashedStack::prepare() noexcept {
     (void)_Unwind_Backtrace(&onFirstFrame, nullptr);
 }
 
-void CrashedStack::readFrom(ucontext_t& context) noexcept {
+void CrashedStack::readFrom(const siginfo_t& info, ucontext_t& context) noexcept {
     depth_ = 0;
-    std::optional<std::uintptr_t> begin = Machine::instruction(context);
-    bool skipFirst = true;
-    if (begin) {
-        add({*begin, true});
-        if (!isInModule(*begin)) {
-            // A call to where no code is: the caller is the first whose frame can be told.
-            begin = Machine::returnToCaller(context);
-            skipFirst = false;
-            if (!begin) {
-                return;
-            }
-        }
+    const std::optional<Machine::Place> place = Machine::place(context);
+    Walk walk{this, place ? place->instruction : 0, !place.has_value(), true};
+    if (place) {
+        add({place->instruction, true});
     }
-    Walk walk{this, begin.value_or(0), !begin.has_value(), skipFirst};
+    if (place && (!isInModule(place->instruction) || isWithoutCode(info, place->instruction))) {
+        // A call to where no code is: the caller is the first whose frame can be told.
+        const std::optional<Machine::Place> caller = Machine::callerOf(context);
+        if (!caller) {
+            return;
+        }
+        walk.begin = caller->instruction;
+        walk.skipFirst = false;
+        // The unwinder goes by what the kernel has put on the stack.
+        Machine::setPlace(context, *caller);
+    }
     (void)_Unwind_Backtrace(&onFrame, &walk);
 }
 

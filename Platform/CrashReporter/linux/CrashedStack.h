@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -30,8 +31,8 @@ class CrashedStack {
     static void prepare() noexcept;
 
     // From where a signal broke in. Faults where the stack is damaged, with the frames taken so far
-    // in place; the context is then perhaps changed.
-    void readFrom(ucontext_t& context) noexcept;
+    // in place. The context's place is perhaps another afterwards, for the caller to put back.
+    void readFrom(const siginfo_t& info, ucontext_t& context) noexcept;
     // From a list of return addresses.
     void readFrom(std::span<void* const> returnAddresses) noexcept;
 

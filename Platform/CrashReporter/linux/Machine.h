@@ -21,12 +21,20 @@ using Registers = std::array<Register, 40>;
 // Empty on a kind of processor that has no file.
 Registers registers(const ucontext_t& context) noexcept;
 
-// The address of the instruction that was to be run; nothing on a kind that has no file.
-std::optional<std::uintptr_t> instruction(const ucontext_t& context) noexcept;
+// Where a thread is.
+struct Place {
+    // The address of the instruction to be run.
+    std::uintptr_t instruction;
+    std::uintptr_t stack;
+};
 
-// Makes the context that of the caller, right after its call, for a called address that holds no
-// code. Reads the stack, which may fault. The result is the caller's instruction, nothing where
-// there is no way to tell.
-std::optional<std::uintptr_t> returnToCaller(ucontext_t& context) noexcept;
+// Nothing on a kind that has no file.
+std::optional<Place> place(const ucontext_t& context) noexcept;
+// Gives a context, which goes on there, another place. Does nothing on a kind that has no file.
+void setPlace(ucontext_t& context, const Place& place) noexcept;
+
+// The caller's place, right after its call, for a called address that holds no code. Reads the
+// stack, which may fault. Nothing where there is no way to tell.
+std::optional<Place> callerOf(const ucontext_t& context) noexcept;
 
 } // namespace NS::Machine

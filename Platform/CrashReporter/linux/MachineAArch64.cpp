@@ -27,13 +27,17 @@ Registers registers(const ucontext_t& context) noexcept {
     return list;
 }
 
-std::optional<std::uintptr_t> instruction(const ucontext_t& context) noexcept {
-    return context.uc_mcontext.pc;
+std::optional<Place> place(const ucontext_t& context) noexcept {
+    return Place{context.uc_mcontext.pc, context.uc_mcontext.sp};
 }
 
-std::optional<std::uintptr_t> returnToCaller(ucontext_t& context) noexcept {
-    context.uc_mcontext.pc = context.uc_mcontext.regs[kLink];
-    return context.uc_mcontext.pc;
+void setPlace(ucontext_t& context, const Place& place) noexcept {
+    context.uc_mcontext.pc = place.instruction;
+    context.uc_mcontext.sp = place.stack;
+}
+
+std::optional<Place> callerOf(const ucontext_t& context) noexcept {
+    return Place{context.uc_mcontext.regs[kLink], context.uc_mcontext.sp};
 }
 
 } // namespace NS::Machine

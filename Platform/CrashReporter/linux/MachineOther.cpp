@@ -6,11 +6,13 @@ Registers registers(const ucontext_t&) noexcept {
     return {};
 }
 
-std::optional<std::uintptr_t> instruction(const ucontext_t&) noexcept {
+std::optional<Place> place(const ucontext_t&) noexcept {
     return std::nullopt;
 }
 
-std::optional<std::uintptr_t> returnToCaller(ucontext_t&) noexcept {
+void setPlace(ucontext_t&, const Place&) noexcept {}
+
+std::optional<Place> callerOf(const ucontext_t&) noexcept {
     return std::nullopt;
 }
 

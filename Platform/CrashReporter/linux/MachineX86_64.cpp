@@ -51,19 +51,22 @@ Registers registers(const ucontext_t& context) noexcept {
     return list;
 }
 
-std::optional<std::uintptr_t> instruction(const ucontext_t& context) noexcept {
-    return static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RIP]);
+std::optional<Place> place(const ucontext_t& context) noexcept {
+    return Place{static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RIP]),
+                 static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RSP])};
 }
 
-std::optional<std::uintptr_t> returnToCaller(ucontext_t& context) noexcept {
+void setPlace(ucontext_t& context, const Place& place) noexcept {
+    context.uc_mcontext.gregs[REG_RIP] = static_cast<greg_t>(place.instruction);
+    context.uc_mcontext.gregs[REG_RSP] = static_cast<greg_t>(place.stack);
+}
+
+std::optional<Place> callerOf(const ucontext_t& context) noexcept {
     const auto stack = static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RSP]);
     if (stack % sizeof(std::uintptr_t) != 0) {
         return std::nullopt;
     }
-    const std::uintptr_t caller = wordAt(stack);
-    context.uc_mcontext.gregs[REG_RIP] = static_cast<greg_t>(caller);
-    context.uc_mcontext.gregs[REG_RSP] += static_cast<greg_t>(sizeof caller);
-    return caller;
+    return Place{wordAt(stack), stack + sizeof(std::uintptr_t)};
 }
 
 } // namespace NS::Machine

@@ -1,5 +1,6 @@
 #include "Platform/Ports/linux/ExitCleanup.h"
 
+#include "Platform/Foundation/linux/SignalDelivery.h"
 #include "Platform/Ports/PortLimits.h"
 #include "Platform/Ports/Termination.h"
 
@@ -56,16 +57,15 @@ constexpr std::array<int, 4> kSignals = {SIGINT, SIGTERM, SIGHUP, SIGABRT};
 // What each of the signals did before.
 std::array<struct sigaction, kSignals.size()> earlier;
 
-// Where the signal broke in, it comes again once this returns, as it is blocked until then: it
-// finds what was there before, be it another handler or the end of the process.
-void onSignal(int number) {
+// The signal comes again as it came, and so another handler hears who sent it.
+void onSignal(int number, siginfo_t* info, void*) {
     removeAll();
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
         if (kSignals[i] == number) {
             (void)::sigaction(number, &earlier[i], nullptr);
         }
     }
-    (void)::raise(number);
+    sendSignalAgain(number, info);
 }
 
 } // namespace
@@ -100,8 +100,8 @@ void removeNamesOnTermination() {
         if (::sigaction(kSignals[i], nullptr, &earlier[i]) == 0 &&
             earlier[i].sa_handler != SIG_IGN) {
             struct sigaction action {};
-            action.sa_handler = &onSignal;
-            action.sa_flags = SA_ONSTACK;
+            action.sa_sigaction = &onSignal;
+            action.sa_flags = SA_SIGINFO | SA_ONSTACK;
             (void)::sigaction(kSignals[i], &action, nullptr); // then it ends the process as before
         }
     }
