@@ -11,12 +11,13 @@
 #include <CLI/CLI.hpp>
 
 int main(int argc, char** argv) {
-    NS::startCrashReporter("QVFinderExtension", QUORVANE_VERSION);
     CLI::App options("Gives the file manager the menus of the Quorvane drive.\n"
                      "Waits up to 120 seconds for the host application; ends when the host does.");
     options.set_version_flag("--version", "quorvane-finder-extension " QUORVANE_VERSION);
     CLI11_PARSE(options, argc, argv);
 
+    // A question for the version is no start, which older reports would be moved aside for.
+    NS::startCrashReporter("QVFinderExtension", QUORVANE_VERSION);
     NS::removeNamesOnTermination();
     const auto extension = NS::make<FinderSync>();
     extension->init();

@@ -62,12 +62,13 @@ int serve(DriveFolder drive, const Options& options, std::ostream& journalOutput
 } // namespace
 
 int main(int argc, char** argv) {
-    NS::startCrashReporter("Fennmoor", QUORVANE_VERSION);
     CLI::App app("Serves a folder as the Quorvane drive to the file manager's extension.");
     Options options;
     describe(app, options);
     CLI11_PARSE(app, argc, argv);
 
+    // A question for the version is no start, which older reports would be moved aside for.
+    NS::startCrashReporter("Fennmoor", QUORVANE_VERSION);
     NS::removeNamesOnTermination();
     // Whoever read the journal from a pipe may go; the drive is served all the same.
     (void)std::signal(SIGPIPE, SIG_IGN);

@@ -36,6 +36,27 @@ class CrashReports : public Tests::ReportsTest {
     bool isUp(const Tests::Process& process, const std::string& port) const {
         return Tests::waitUntil([&] { return hasNames(port); }) && process.waitForState('S');
     }
+    // Two reports of the extension's, the newer last. The file system's clock may show both alike.
+    std::vector<fs::path> crashTwice() {
+        std::vector<fs::path> found;
+        for (const long seconds : {1794812187L, 1794812188L}) {
+            EXPECT_GT(start(CRASHING_PROGRAM, {"--report-extension", "null"}).waitForExit(), 0);
+            for (const auto& entry : fs::directory_iterator(reports())) {
+                if (found.empty() || entry.path() != found.front()) {
+                    found.push_back(entry.path());
+                    modify(entry.path(), seconds);
+                }
+            }
+        }
+        return found;
+    }
+    // Starts the extension, and ends it once it is up.
+    void runExtension() const {
+        Tests::Process extension = start(EXTENSION_PROGRAM, {});
+        ASSERT_TRUE(isUp(extension, "com.Quorvane.QVExtensionCommsClient-"));
+        extension.signal(SIGTERM);
+        EXPECT_TRUE(extension.waitForExit());
+    }
     static std::string newest() { return bytesOf(logging().findQVDiagnosticReport()); }
     static std::string lastGenerated() {
         return bytesOf(logging().getPathOfLastGeneratedCrashReport());
@@ -101,9 +122,31 @@ TEST_F(CrashReports, DoNotKeepTheNamesOfAnAbortedProcess) {
 TEST_F(CrashReports, StayFoundAfterTheNextStart) {
     ASSERT_GT(start(CRASHING_PROGRAM, {"--report-extension", "null"}).waitForExit(), 0);
     const std::string found = newest();
-    ASSERT_EQ(start(EXTENSION_PROGRAM, {"--version"}).waitForExit(), 0);
+    runExtension();
     EXPECT_EQ(newest(), found);
     EXPECT_EQ(lastGenerated(), found);
+}
+
+TEST_F(CrashReports, AreRetiredAtTheNextStartButForTheNewest) {
+    const std::vector<fs::path> found = crashTwice();
+    ASSERT_EQ(found.size(), 2U);
+    runExtension();
+    EXPECT_EQ(newest(), found.back());
+    EXPECT_EQ(bytesOf(logging().findQVDiagnosticRetiredReport()),
+              retired() / found.front().filename());
+    EXPECT_FALSE(fs::exists(found.front()));
+}
+
+TEST_F(CrashReports, StayWhereTheyAreWhenAProgramOnlyTellsOfItself) {
+    (void)crashTwice();
+    for (const std::string suffix : {"a", "b"}) {
+        put(reports() / ("Fennmoor_2026-11-21-140311_" + suffix + ".crash"));
+    }
+    for (const char* const option : {"--version", "--help", "--no-such-option"}) {
+        (void)start(EXTENSION_PROGRAM, {option}).waitForExit();
+        (void)start(HOST_PROGRAM, {option}).waitForExit();
+        EXPECT_FALSE(fs::exists(retired())) << option;
+    }
 }
 
 TEST_F(CrashReports, AreShownWithTheirSourceLines) {
