@@ -15,9 +15,9 @@ namespace NS {
 //
 // Of the reports that earlier processes of the name left all but the newest move to the folder
 // "Retired", which keeps the 25 newest. What the file system refuses there is told on the console
-// log, once. Call early in main(), as soon as it is clear that the process is to do its work; further
-// calls do nothing. The environment says where the folder is. The process's name, of letters and
-// digits, begins the file's name; the version is any short text.
+// log, once. Call early in main(), as soon as it is clear that the process is to do its work;
+// further calls do nothing. The environment says where the folder is. The process's name, of
+// letters and digits, begins the file's name; the version is any short text.
 void startCrashReporter(std::string_view process, std::string_view version);
 
 } // namespace NS
