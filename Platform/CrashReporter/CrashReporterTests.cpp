@@ -233,6 +233,13 @@ TEST_F(CrashReporter, ShowsWhereAnExceptionOfOursWasRaised) {
     EXPECT_THAT(topOf(text), StartsWith("_ZN8Crashing9raiseOursEv + "));
 }
 
+TEST_F(CrashReporter, SaysWhenAnExceptionDoesNotKnowItsWholeStack) {
+    const std::string text = reportOf({"--report", "raise-far-down"});
+    EXPECT_EQ(functionsIn(text).size(), 128U);
+    EXPECT_THAT(text, HasSubstr("\n(no more than the innermost frames are known)\n\nRegisters"));
+    EXPECT_THAT(topOf(text), StartsWith("_ZN8Crashing9raiseOursEv + "));
+}
+
 TEST_F(CrashReporter, TellsTheTypeAndTextOfAnotherException) {
     EXPECT_THAT(reportOf({"--report", "throw"}),
                 HasSubstr("\nApplication Specific Information:\nstd::runtime_error\n"
@@ -280,6 +287,14 @@ TEST_F(CrashReporter, ListsTheModulesWithTheirBuildIds) {
         std::regex_search(text, std::regex("\n0x[0-9a-f]{16} - 0x[0-9a-f]{16}  CrashingPeer  "
                                            "<[0-9a-f]{40}>  " PEER_PROGRAM "\n")));
     EXPECT_TRUE(std::regex_search(text, std::regex("  libc\\.so\\.6  <[0-9a-f]{40}>  /.+\n")));
+}
+
+TEST_F(CrashReporter, ListsTheModulesBesideOneThatCannotBeRead) {
+    const std::string text = reportOf({"--report", "--emptied-library", "null"});
+    EXPECT_THAT(text, HasSubstr("  emptied.so  <>  "));
+    EXPECT_THAT(text, HasSubstr("  libc.so.6  <"));
+    EXPECT_THAT(topOf(text), StartsWith("_ZN8Crashing15dereferenceNullEv + "));
+    EXPECT_THAT(text, Not(HasSubstr("cut short")));
 }
 
 // The addresses of the stack are those that the file was linked for: a function's is the one in its

@@ -1,8 +1,5 @@
 #include "Platform/CrashReporter/ZoneOffsets.h"
 
-#include <array>
-#include <limits>
-
 namespace NS {
 
 namespace {
@@ -70,15 +67,27 @@ LocalTime civilTime(std::int64_t secondsSince1970, std::int32_t offset) noexcept
 }
 
 ZoneOffsets ZoneOffsets::from(std::int64_t secondsSince1970) noexcept {
-    const std::int32_t now = offsetAt(secondsSince1970);
-    // Shorter than any rule for summer lasts, but for one during a month of fasting.
-    for (std::int64_t ahead = kFortnight; ahead < kAhead; ahead += kFortnight) {
+    ZoneOffsets zone;
+    zone.first_ = offsetAt(secondsSince1970);
+    std::int32_t before = zone.first_;
+    // A fortnight is shorter than any rule lasts.
+    for (std::int64_t ahead = kFortnight; ahead < kAhead + kFortnight; ahead += kFortnight) {
         const std::int64_t moment = secondsSince1970 + ahead;
-        if (offsetAt(moment) != now) {
-            return {now, offsetAt(moment), changeBetween(moment - kFortnight, moment)};
+        const std::int32_t offset = offsetAt(moment);
+        if (offset != before && zone.count_ < zone.changes_.size()) {
+            zone.changes_[zone.count_++] = {changeBetween(moment - kFortnight, moment), offset};
         }
+        before = offset;
     }
-    return {now, now, std::numeric_limits<std::int64_t>::max()};
+    return zone;
+}
+
+std::int32_t ZoneOffsets::at(std::int64_t secondsSince1970) const noexcept {
+    std::int32_t offset = first_;
+    for (std::size_t i = 0; i < count_ && changes_[i].moment <= secondsSince1970; ++i) {
+        offset = changes_[i].offset;
+    }
+    return offset;
 }
 
 } // namespace NS

@@ -100,6 +100,21 @@ volatile int work = 0;
     NS::Exception::raise("PeerException", "the first line\nthe second line");
 }
 
+// NOLINTNEXTLINE(misc-no-recursion)
+[[gnu::noinline]] int raiseBelow(int depth) {
+    if (depth > 0) {
+        return raiseBelow(depth - 1) + work;
+    }
+    if (zero == 0) {
+        raiseOurs();
+    }
+    return zero;
+}
+
+[[gnu::noinline]] void raiseFarDown() {
+    work = raiseBelow(300);
+}
+
 [[gnu::noinline]] void raiseWithoutText() {
     NS::Exception::raise("", "");
 }
@@ -253,6 +268,15 @@ void replaceFolderByLink() {
     fs::create_directory_symlink(fs::absolute("elsewhere"), reportsFolder());
 }
 
+// A library whose file is emptied while it is in memory.
+void mapAnEmptiedLibrary() {
+    fs::copy_file("/proc/self/exe", "emptied.so");
+    const int file = ::open("emptied.so", O_RDWR | O_CLOEXEC);
+    (void)::mmap(nullptr, 8192, PROT_READ | PROT_EXEC, MAP_PRIVATE, file, 0);
+    (void)!::ftruncate(file, 0);
+    (void)::close(file);
+}
+
 // Of the dynamic linker, which another thread then holds until the end.
 void lockTheLinker() {
     static std::atomic<bool> isLocked{false};
@@ -289,6 +313,7 @@ constexpr Step kSteps[] = {
     {"--no-descriptors",    &leaveNoDescriptors                 },
     {"--allow-core",        &allowCoreDump                      },
     {"--lock-linker",       &lockTheLinker                      },
+    {"--emptied-library",   &mapAnEmptiedLibrary                },
     {"--remove-folder",     &removeFolder                       },
     {"--link-folder",       &replaceFolderByLink                },
     {"null",                &Crashing::dereferenceNull          },
@@ -300,6 +325,7 @@ constexpr Step kSteps[] = {
     {"heap",                &Crashing::damageTheHeap            },
     {"raise",               &Crashing::raiseOurs                },
     {"raise-nothing",       &Crashing::raiseWithoutText         },
+    {"raise-far-down",      &Crashing::raiseFarDown             },
     {"throw",               &Crashing::throwForeign             },
     {"divide",              &Crashing::divideByZero             },
     {"no-instruction",      &Crashing::runNoInstruction         },

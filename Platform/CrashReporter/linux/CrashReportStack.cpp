@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Exception.h"
 
 #include <sys/prctl.h>
+#include <tuple>
 #include <unistd.h>
 
 // What a report says of the code that crashed: its stack, its registers and its modules.
@@ -11,6 +12,8 @@ namespace NS {
 
 namespace {
 
+constexpr std::size_t kMostRaised =
+    std::tuple_size_v<decltype(UncaughtExceptionRecord::returnAddresses)>;
 constexpr std::size_t kIndexWidth = 4;
 constexpr std::size_t kModuleWidth = 35;
 constexpr std::size_t kRegisterWidth = 8;
@@ -117,7 +120,8 @@ void CrashReport::writeFrame(std::size_t index, const Frame& frame) noexcept {
     text_ << "\n";
 }
 
-void CrashReport::writeStack(const Crash&) noexcept {
+void CrashReport::writeStack(const Crash& crash) noexcept {
+    const std::span<void* const> raised = stackOfException(crash);
     std::array<char, 17> name{};
     (void)::prctl(PR_GET_NAME, name.data()); // else it has none
     text_ << "\nThread ";
@@ -130,6 +134,9 @@ void CrashReport::writeStack(const Crash&) noexcept {
             text_.decimal(static_cast<std::int64_t>(stack_.leftOut())) << " frames left out\n";
         }
         writeFrame(isOuter ? i + stack_.leftOut() : i, frames_[i]);
+    }
+    if (raised.size() == kMostRaised) {
+        text_ << "(no more than the innermost frames are known)\n";
     }
 }
 

@@ -15,17 +15,20 @@ struct State {
 inline constinit State state{};
 
 // Runs a piece of work to its end or to its first fault, and gives the fault's signal; zero for
-// none. What the work made of objects with destructors is left as it is. Not nested; one thread.
+// none. What the work made of objects with destructors is left as it is. May be nested: the
+// innermost ends. One thread.
 template <class Work>
 int run(const Work& work) noexcept {
+    const State outer = state;
+    int fault = 0;
     if (sigsetjmp(state.place, 0) == 0) {
         state.isActive = 1;
         work();
-        state.isActive = 0;
-        return 0;
+    } else {
+        fault = state.signal;
     }
-    state.isActive = 0;
-    return state.signal;
+    state = outer;
+    return fault;
 }
 
 // For the handler of the fault: ends the work that is being tried; comes back when there is none.

@@ -1,5 +1,7 @@
 #include "Platform/CrashReporter/linux/LoadedModules.h"
 
+#include "Platform/CrashReporter/linux/FaultGuard.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -172,12 +174,17 @@ void LoadedModules::finishLast() noexcept {
     if (!hasCode_) {
         return;
     }
-    const Image image(module.start, headEnd_);
-    if (image.isValid()) {
-        module.bias = image.bias();
-        module.buildId = image.buildId();
-        ++count_;
-    }
+    bool isProgram = true;
+    module.bias = module.start;
+    module.buildId = {};
+    // One that cannot be read any more may be why the process crashes: it is kept.
+    (void)FaultGuard::run([&] {
+        const Image image(module.start, headEnd_);
+        isProgram = image.isValid();
+        module.bias = isProgram ? image.bias() : module.bias;
+        module.buildId = isProgram ? image.buildId() : BuildId{};
+    });
+    count_ += isProgram ? 1 : 0;
 }
 
 // Takes the whole lines at the front of the buffer, and gives the length of what is left of it.

@@ -30,8 +30,8 @@ struct LoadedModule {
 // of its own, to be made before it is needed; 128 at the most. Safe in a signal handler.
 class LoadedModules {
   public:
-    // Asks the kernel. Looks only at files that code is run from; what it knows already stays when
-    // one that is no longer as long as it was mapped makes this fault.
+    // Asks the kernel. Looks only at files that code is run from; one that is no longer as long as
+    // it was mapped, and so faults, is there without its build id.
     void read() noexcept;
 
     std::span<const LoadedModule> list() const noexcept { return {modules_.data(), count_}; }

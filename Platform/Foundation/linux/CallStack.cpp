@@ -16,7 +16,9 @@ namespace NS::CallStack {
 namespace {
 
 // Deeper stacks lose their outermost frames: what matters stands at the inner end.
-constexpr int kFrames = 128;
+constexpr std::ptrdiff_t kFrames = 128;
+// Those of the capture itself do not count.
+constexpr int kCaptured = 144;
 
 std::string baseName(const char* path) {
     const std::string text(path);
@@ -26,12 +28,13 @@ std::string baseName(const char* path) {
 } // namespace
 
 std::vector<void*> captureFrom(const void* returnAddress) {
-    std::array<void*, kFrames> frames{};
-    const auto end = frames.begin() + ::backtrace(frames.data(), kFrames);
+    std::array<void*, kCaptured> frames{};
+    const auto end = frames.begin() + ::backtrace(frames.data(), kCaptured);
     // Not by number: compilers and sanitisers take frames away and put frames of their own in.
     const auto first = std::find(frames.begin(), end, returnAddress);
+    const auto begin = first == end ? frames.begin() : first;
     // Not in braces: they would make a vector of the two iterators.
-    return std::vector<void*>(first == end ? frames.begin() : first, end); // NOLINT
+    return std::vector<void*>(begin, begin + std::min(end - begin, kFrames)); // NOLINT
 }
 
 std::string symbol(std::size_t index, void* address) {
