@@ -1,8 +1,17 @@
 #include "Tests/EndToEnd/HostListener.h"
 
+#include "Platform/Ports/MachBootstrapServer.h"
 #include "Platform/Ports/RunLoop.h"
+#include "Tests/Support/Process.h"
 
 namespace Tests {
+
+bool hostIsUp() {
+    return waitUntil([] {
+        return static_cast<bool>(NS::MachBootstrapServer::sharedInstance()->portForName(
+            *NS::str("com.Quorvane.QVExtensionCommsServer")));
+    });
+}
 
 namespace {
 

@@ -8,6 +8,10 @@
 
 namespace Tests {
 
+// Waits until a host can be reached. That its name and its socket are there is not enough: it may
+// not listen yet.
+bool hostIsUp();
+
 // Keeps what the host sends.
 class HostMessages final : public NS::Object {
     NS_OBJECT(HostMessages)

@@ -105,7 +105,7 @@ TEST_F(HostProcess, SendsTheFiguresOfItsDriveAndItsAccount) {
     std::ofstream(drive / "a.txt") << std::string(1000, 'x');
     std::ofstream(drive / "Trash" / "b.txt") << std::string(24, 'x');
     auto host = startHost({"--plan", "Unlimited Family", "--quota-mib", "77"});
-    ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
+    ASSERT_TRUE(Tests::hostIsUp());
     Tests::HostListener listener;
     ASSERT_TRUE(NS::pumpUntil([&] { return static_cast<bool>(listener.info()); }));
     EXPECT_EQ(listener.drivePath(), fs::canonical(drive).string());
@@ -118,7 +118,7 @@ TEST_F(HostProcess, SendsTheFiguresOfItsDriveAndItsAccount) {
 
 TEST_F(HostProcess, OutlivesAMalformedFrameAndAnAnnouncementWithoutAPort) {
     auto host = startHost();
-    ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
+    ASSERT_TRUE(Tests::hostIsUp());
     sendMalformedFrame();
     sendToHost({"ext_alive"});
     ASSERT_TRUE(journalShows(host, R"({"action":"ext_alive","payload":[],"client":null})"));
@@ -129,7 +129,7 @@ TEST_F(HostProcess, OutlivesAMalformedFrameAndAnAnnouncementWithoutAPort) {
 
 TEST_F(HostProcess, RefusesARequestThatIsNotAsTheLinkHasIt) {
     auto host = startHost();
-    ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
+    ASSERT_TRUE(Tests::hostIsUp());
     sendToHost({"ext_share", "no archive"});
     EXPECT_TRUE(journalShows(host, R"("refused":"ext_share","path":null,"reason":"NSInvalid)"));
     sendToHost({"ext_movetotrash"});
@@ -141,7 +141,7 @@ TEST_F(HostProcess, RefusesARequestThatIsNotAsTheLinkHasIt) {
 
 TEST_F(HostProcess, RefusesToRunBesideAnother) {
     auto host = startHost();
-    ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
+    ASSERT_TRUE(Tests::hostIsUp());
     auto second = startHost({}, "second");
     EXPECT_EQ(second.waitForExit(), 1);
     EXPECT_NE(second.errors().find("another host application is running"), std::string::npos);
@@ -151,7 +151,7 @@ TEST_F(HostProcess, RefusesToRunBesideAnother) {
 TEST_F(HostProcess, TakesOverTheNameOfAHostThatWasKilled) {
     {
         auto killed = startHost({}, "killed");
-        ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
+        ASSERT_TRUE(Tests::hostIsUp());
         killed.signal(SIGKILL);
         ASSERT_EQ(killed.waitForExit(), 128 + SIGKILL);
     }

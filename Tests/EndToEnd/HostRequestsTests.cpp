@@ -27,7 +27,7 @@ class HostRequests : public Tests::ProcessTest {
         host.emplace(HOST_PROGRAM,
                      std::vector<std::string>{"--drive", drive.string(), "--journal", journal},
                      folders.root() / "host.out", folders.root() / "host.err");
-        ASSERT_TRUE(Tests::waitUntil([&] { return registeredEntries() == 2; }));
+        ASSERT_TRUE(Tests::hostIsUp());
         listener.emplace();
         ASSERT_TRUE(NS::pumpUntil([&] { return static_cast<bool>(listener->info()); }));
     }
