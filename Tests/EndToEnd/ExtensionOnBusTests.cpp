@@ -79,6 +79,7 @@ TEST_F(ExtensionOnBus, TellsOfTheDriveAndOfNewRecords) {
 }
 
 TEST_F(ExtensionOnBus, DoesNotTellOfARecordThatMenusShowTheSameOf) {
+    std::ofstream(drive / "a.txt") << "x"; // now, as its size changes the storage line
     auto host = startHost();
     auto extension = startExtension();
     ASSERT_TRUE(waitForName());
@@ -86,7 +87,6 @@ TEST_F(ExtensionOnBus, DoesNotTellOfARecordThatMenusShowTheSameOf) {
         Tests::waitUntil([&] { return peer.menu(3, {}).find("used") != std::string::npos; }));
     const auto generation = peer.property("Generation");
     (void)peer.menu(3, {}); // which has the host send its record again
-    std::ofstream(drive / "a.txt") << "x";
     EXPECT_EQ(peer.run(0, "moveToTrash", {{url(drive / "a.txt")}, url(drive)}), "");
     // Records come in order, so that the one in between has come as well.
     const auto next = std::to_string(std::stoul(generation) + 1);
