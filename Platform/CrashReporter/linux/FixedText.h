@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace NS {
@@ -14,7 +15,8 @@ class FixedText {
   public:
     FixedText& operator<<(std::string_view text) noexcept {
         const std::size_t count = std::min(text.size(), kSize - 1 - length_);
-        (void)text.copy(bytes_.data() + length_, count);
+        // Not memcpy(): optimising, g++ 12 believes that two texts side by side overlap.
+        std::memmove(bytes_.data() + length_, text.data(), count);
         length_ += count;
         bytes_[length_] = '\0';
         return *this;
