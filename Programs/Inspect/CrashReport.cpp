@@ -161,8 +161,8 @@ class Reader {
             const auto address = std::ranges::find(
                 modules_, first.module, [](const PlacedModule& each) { return each.module.name; });
             const std::uint64_t start = address == modules_.end() ? 0 : address->start;
-            first.isInstruction = !instruction_ || *instruction_ == first.address ||
-                                  *instruction_ == first.address + start;
+            first.isInstruction = !knowsInstruction_ || instruction_ == first.address ||
+                                  instruction_ == first.address + start;
         }
         for (PlacedModule& each : modules_) {
             report_.modules.push_back(std::move(each.module));
@@ -185,8 +185,10 @@ class Reader {
         const std::string_view line = report_.lines[number];
         if (section == Section::kStack) {
             readFrame(number);
-        } else if (section == Section::kRegisters && !instruction_) {
-            instruction_ = instructionIn(line);
+        } else if (section == Section::kRegisters && !knowsInstruction_) {
+            const std::optional<std::uint64_t> found = instructionIn(line);
+            knowsInstruction_ = found.has_value();
+            instruction_ = found.value_or(0);
         } else if (section == Section::kModules) {
             if (auto module = moduleIn(line)) {
                 modules_.push_back(std::move(*module));
@@ -203,7 +205,9 @@ class Reader {
     CrashReport& report_;
     Section section_ = Section::kNone;
     std::vector<PlacedModule> modules_;
-    std::optional<std::uint64_t> instruction_;
+    // Apart, as g++ 12 takes an optional here for uninitialised when it optimises.
+    bool knowsInstruction_ = false;
+    std::uint64_t instruction_ = 0;
 };
 
 } // namespace
