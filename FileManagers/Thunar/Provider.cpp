@@ -2,7 +2,7 @@
 
 #include "FileManagers/GLib/MenuItems.h"
 #include "FileManagers/GLib/ProviderObject.h"
-#include "FileManagers/Gtk3/NotDoneDialog.h"
+#include "FileManagers/Gtk/NotDoneDialog.h"
 #include "FileManagers/Gtk3/ThemeIcon.h"
 #include "FileManagers/Thunar/Interface.h"
 #include "FileManagers/Thunar/Sidebar.h"
