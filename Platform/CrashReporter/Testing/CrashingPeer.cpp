@@ -83,7 +83,9 @@ volatile int work = 0;
 [[gnu::noinline]] void damageTheHeap() {
     std::thread([] { work = 2; }).join();
     constexpr std::size_t kLarge = 100'000;
-    auto* const block = static_cast<volatile unsigned char*>(std::malloc(kLarge));
+    // Read anew each time: optimising, the compiler would see what is wrong here.
+    volatile unsigned char* volatile block =
+        static_cast<volatile unsigned char*>(std::malloc(kLarge));
     for (std::size_t i = kLarge; i < kLarge + 24; ++i) {
         block[i] = 0xFF;
     }
