@@ -1,18 +1,16 @@
 #include "FileManagers/Caja/Provider.h"
 
+#include "FileManagers/Caja/Toolbar.h"
 #include "FileManagers/GLib/LocalPath.h"
 #include "FileManagers/GLib/MenuItems.h"
 #include "FileManagers/GLib/ProviderObject.h"
 #include "FileManagers/Gtk/NotDoneDialog.h"
-#include "FileManagers/Gtk3/EntriesMenu.h"
 #include "FileManagers/Gtk3/LocationStrip.h"
-#include "FileManagers/Gtk3/ThemeIcon.h"
 
 #include <libcaja-extension/caja-location-widget-provider.h>
 #include <libcaja-extension/caja-menu-provider.h>
 
 #include <string>
-#include <utility>
 
 namespace FileManagers {
 
@@ -37,42 +35,9 @@ GList* backgroundItems(CajaMenuProvider* provider, GtkWidget*, CajaFileInfo* fol
                         place, &caja_menu_item_new);
 }
 
-// The toolbar
-
-struct ToolbarClick {
-    Drive& drive;
-    GtkWidget* window; // which its toolbar does not outlive
-    SharedPlace place;
-};
-
-// A button cannot have a menu of Caja's own, and an own one is as new as the click.
-void toolbarClicked(CajaMenuItem*, gpointer data) {
-    const auto& click = *static_cast<const ToolbarClick*>(data);
-    const auto entries = click.drive.clickedEntries(MenuKind::kToolbar, *click.place);
-    if (!entries.empty()) {
-        popUpOnce(newEntriesMenu(click.drive, MenuKind::kToolbar, entries, click.place),
-                  click.window);
-    }
-}
-
-void forgetClick(gpointer data, GClosure*) {
-    delete static_cast<ToolbarClick*>(data);
-}
-
 GList* toolbarItems(CajaMenuProvider* provider, GtkWidget* window, CajaFileInfo* folder) {
-    Drive& drive = driveOf(provider);
-    SharedPlace place = placeOfFolder(folder, &caja_file_info_get_uri);
-    if (!drive.isOnDrive(place->target)) {
-        return nullptr;
-    }
-    const Shell::ToolbarItem& shown = drive.toolbarItem();
-    CajaMenuItem* const item =
-        caja_menu_item_new("QuorvaneToolbar", withoutMnemonics(shown.name, '_').c_str(),
-                           shown.toolTip.c_str(), themeIcon(shown));
-    g_signal_connect_data(item, "activate", G_CALLBACK(&toolbarClicked),
-                          new ToolbarClick{drive, window, std::move(place)}, &forgetClick,
-                          GConnectFlags{});
-    return g_list_append(nullptr, item);
+    return newToolbarItems(driveOf(provider), window,
+                           placeOfFolder(folder, &caja_file_info_get_uri));
 }
 
 void initMenus(gpointer interface, gpointer) {
@@ -107,6 +72,7 @@ void initLocations(gpointer interface, gpointer) {
 }
 
 void itemsChanged(gpointer provider) {
+    updateToolbars();
     caja_menu_provider_emit_items_updated_signal(static_cast<CajaMenuProvider*>(provider));
 }
 

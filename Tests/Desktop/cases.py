@@ -235,9 +235,23 @@ class Extension(FileManagerCase):
         self.drive.extension.kill()
         self.wait_for_menu([], "a.txt")
         self.wait_for_menu([])
+        until(lambda: not self.manager.has_toolbar_menu(), "no toolbar's menu")
         self.drive.start_extension()
         self.wait_for_menu(expected, "a.txt")
         self.wait_for_menu(enabled(SHARE, PROPERTIES, REFRESH))
+        until(self.manager.has_toolbar_menu, "the toolbar's menu")
+
+    def test_started_after_the_file_manager_has_its_entries(self):
+        self.manager.end()
+        self.drive.extension.kill()
+        self.manager.start(self.drive.path / "Docs")
+        self.manager.wait_for_item("a.txt")
+        self.assertEqual(self.menu_of("a.txt"), [])
+        self.assertFalse(self.manager.has_toolbar_menu())
+        self.drive.start_extension()
+        self.wait_for_menu(enabled(SHARE, PROPERTIES, TRASH), "a.txt")
+        until(self.manager.has_toolbar_menu, "the toolbar's menu")
+        self.drive.wait_for_shown("/Docs")
 
     def test_stopped_does_not_do_later_what_the_user_was_told(self):
         self.manager.open_menu("a.txt")

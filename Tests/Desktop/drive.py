@@ -27,6 +27,8 @@ class Drive:
         self.journal_file.touch()
         self.host = self.session.start([
             self.session.programs / "quorvane-host", "--drive", self.path, "--journal", self.journal_file])
+        # The extension, when it finds none, looks for it again after a second.
+        until(lambda: self.host.check_running() or self.host.said("started"), "a host that serves")
         self.start_extension()
 
     def start_extension(self):

@@ -112,6 +112,10 @@ class Process:
         self.check_running()
         return None
 
+    def said(self, text):
+        """Whether it has on standard error."""
+        return text in self.errors.read_text(errors="replace")
+
     def is_running(self):
         return self.popen.poll() is None
 

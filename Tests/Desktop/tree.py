@@ -112,6 +112,13 @@ def act(node, name):
     assert actions.do_action(names.index(name))
 
 
+def count_windows(of_class):
+    """Without a look at the tree."""
+    told = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", f"^{re.escape(of_class)}$"],
+                          check=False, capture_output=True, text=True, timeout=PATIENCE).stdout
+    return len(told.splitlines())
+
+
 def window_extents(title):
     """Those of the window itself, with all that is drawn around it."""
     told = subprocess.run(
@@ -126,6 +133,8 @@ def xdotool(*arguments):
 
 
 def click(x, y, button=1, modifier=None, repeat=1):
+    # As a hand does it: GTK 4 may not take a click where a menu has been, without a motion to there.
+    xdotool("mousemove", x - 1, y)
     hold = ["keydown", modifier] if modifier else []
     release = ["keyup", modifier] if modifier else []
     xdotool("mousemove", x, y, *hold, "click", "--repeat", repeat, "--delay", 50, button, *release)

@@ -115,7 +115,8 @@ class GtkFileManager(FileManager):
         return tree.find(self._frame(), "push button", TOOLBAR_ITEM)
 
     def has_toolbar_menu(self):
-        return self._toolbar_button() is not None
+        button = self._toolbar_button()
+        return button is not None and tree.is_showing(button)
 
     def open_toolbar_menu(self):
         tree.click(*tree.resting_middle(self._toolbar_button, "the toolbar's button"))
