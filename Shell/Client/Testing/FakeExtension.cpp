@@ -123,6 +123,10 @@ void FakeExtension::refuseWith(std::string error, std::string message) {
     });
 }
 
+void FakeExtension::setImageFile(std::string url) {
+    perform([&] { imageFile_ = std::move(url); });
+}
+
 void FakeExtension::setMenu(Shell::Menu menu) {
     perform([&] { menu_ = std::move(menu); });
 }
@@ -283,11 +287,10 @@ void FakeExtension::appendProperty(sd_bus_message* message, const char* name) {
     } else if (property == "Generation") {
         require(sd_bus_message_append(message, "v", "t", generation_), "a number");
     } else {
-        const char* const value = property == "ToolbarItemToolTip" ? toolTip_.c_str()
-                                  : property == "ToolbarItemImage" ? "FakeImage"
-                                  : property == "ToolbarItemImageFile"
-                                      ? "file:///icons/Fake%20Image.svg"
-                                      : "Fake Drive";
+        const char* const value = property == "ToolbarItemToolTip"     ? toolTip_.c_str()
+                                  : property == "ToolbarItemImage"     ? "FakeImage"
+                                  : property == "ToolbarItemImageFile" ? imageFile_.c_str()
+                                                                       : "Fake Drive";
         require(sd_bus_message_append(message, "v", "s", value), "a text");
     }
     require(sd_bus_message_close_container(message), "the end of a property");

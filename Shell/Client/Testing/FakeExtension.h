@@ -40,6 +40,7 @@ class FakeExtension {
     void answerKept();
     // Answers with this error from now on; with none when its name is empty.
     void refuseWith(std::string error, std::string message);
+    void setImageFile(std::string url);
     void setMenu(Shell::Menu menu);
     // Answers Menu with a number.
     void setMenuMalformed();
@@ -83,6 +84,7 @@ class FakeExtension {
     std::vector<std::string> watchedFolders_;
     std::uint64_t generation_ = 1;
     std::string toolTip_ = "Fake tip";
+    std::string imageFile_ = "file:///icons/Fake%20Image.svg";
     bool hostAnswers_ = true;
     Shell::Menu menu_{
         "Fake", {{"Do It", "doIt:", true}, {"Told", "", false}}
