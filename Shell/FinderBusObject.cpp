@@ -90,9 +90,8 @@ std::string senderOf(sd_bus_message* call) {
 
 } // namespace
 
-FinderBusObject::FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState state,
-                                 LatestRecord latest)
-    : extension_(extension), state_(extension, std::move(state), std::move(latest)),
+FinderBusObject::FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState state, Host host)
+    : extension_(extension), state_(extension, std::move(state), std::move(host)),
       folders_(extension) {}
 
 int FinderBusObject::menu(sd_bus_message* call, sd_bus_error* error) {

@@ -20,7 +20,7 @@ namespace Shell {
 // to the caller as an error and is kept for the one who serves the bus to raise again.
 class FinderBusObject {
   public:
-    FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState state, LatestRecord latest);
+    FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState state, Host host);
 
     // Puts the object on a bus, and watches for callers that leave it; both last as long as the
     // bus. Zero or more, or the negative number of the system's error.

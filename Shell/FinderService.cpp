@@ -43,8 +43,8 @@ int nameRequested(sd_bus_message* reply, void* onNamed, sd_bus_error*) {
 
 class FinderService::Server final : public BusConnection::Delegate {
   public:
-    Server(NS::Ref<FI::FinderSync> extension, MenuState state, LatestRecord latest)
-        : object_(std::move(extension), std::move(state), std::move(latest)) {}
+    Server(NS::Ref<FI::FinderSync> extension, MenuState state, Host host)
+        : object_(std::move(extension), std::move(state), std::move(host)) {}
     ~Server() { connection_->close(); }
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -107,10 +107,8 @@ class FinderService::Server final : public BusConnection::Delegate {
     NS::Ref<BusConnection> connection_ = NS::make<BusConnection>(*this);
 };
 
-FinderService::FinderService(NS::Ref<FI::FinderSync> extension, MenuState state,
-                             LatestRecord latest)
-    : server_(std::make_unique<Server>(std::move(extension), std::move(state), std::move(latest))) {
-}
+FinderService::FinderService(NS::Ref<FI::FinderSync> extension, MenuState state, Host host)
+    : server_(std::make_unique<Server>(std::move(extension), std::move(state), std::move(host))) {}
 
 FinderService::~FinderService() = default;
 

@@ -16,10 +16,9 @@ namespace Shell {
 // then leaves the run loop's turn, as what the platform itself calls would.
 class FinderService {
   public:
-    // The menu state and the latest record are asked for before each wait of the run loop, and so
-    // must be quick. Without the latter the host is taken to answer always.
-    FinderService(NS::Ref<FI::FinderSync> extension, MenuState state,
-                  LatestRecord latest = nullptr);
+    // The menu state and the host are looked at before each wait of the run loop, and so must be
+    // quick.
+    FinderService(NS::Ref<FI::FinderSync> extension, MenuState state, Host host = {});
     // Leaves the bus and the run loop.
     ~FinderService();
     FinderService(const FinderService&) = delete;

@@ -119,7 +119,10 @@ TEST_F(FinderService, TellsThatTheHostDoesNotAnswerWhenTheToolbarsMenuHasAskedIt
     service.reset();
     NS::RefPtr<NS::Object> latest = NS::str("record");
     service.emplace(
-        extension, [] { return std::vector<NS::RefPtr<NS::Object>>(); }, [&] { return latest; });
+        extension, [] { return std::vector<NS::RefPtr<NS::Object>>(); },
+        Shell::Host{nullptr, [&] {
+                        return latest;
+                    }});
     ASSERT_TRUE(service->start());
     ASSERT_TRUE(waitForName());
     peer->followProperties();

@@ -4,30 +4,27 @@
 
 namespace Shell {
 
-HostAnswers::HostAnswers(LatestRecord latest, Clock::time_point now) : latest_(std::move(latest)) {
+HostAnswers::HostAnswers(Host host, Clock::time_point now) : host_(std::move(host)) {
     noteAsked(now);
     (void)refresh(now);
 }
 
 void HostAnswers::noteAsked(Clock::time_point now) {
-    if (latest_ && !asked_) {
+    if (host_.latestRecord && !asked_) {
         asked_ = now;
     }
 }
 
 bool HostAnswers::refresh(Clock::time_point now) {
-    const bool before = value_;
-    if (latest_) {
-        if (auto record = latest_(); record != seen_) {
+    if (host_.latestRecord) {
+        if (auto record = host_.latestRecord(); record != seen_) {
             seen_ = std::move(record);
             asked_.reset();
-            value_ = true;
         }
     }
-    if (asked_ && now - *asked_ >= kPatience) {
-        value_ = false;
-    }
-    return value_ != before;
+    const bool isThere = !host_.isThere || host_.isThere();
+    const bool isLate = asked_ && now - *asked_ >= kPatience;
+    return std::exchange(value_, isThere && !isLate) != value_;
 }
 
 std::optional<HostAnswers::Clock::time_point> HostAnswers::nextLook() const noexcept {

@@ -8,11 +8,16 @@
 
 namespace Shell {
 
-// The record that the host sent last; nil before the first. Records are replaced, not changed.
-using LatestRecord = std::function<NS::RefPtr<NS::Object>()>;
+// What an extension sees of its host. Without a function there is nothing to miss. Both are quick.
+struct Host {
+    // Whether its process is there.
+    std::function<bool()> isThere;
+    // The record that it sent last; nil before the first. Records are replaced, not changed.
+    std::function<NS::RefPtr<NS::Object>()> latestRecord;
+};
 
-// Whether the host answers when it is asked for its record. Messages to a host are sent and
-// forgotten, so that this is all there is to see of one that has stopped or gone.
+// Whether the host is there, and answers when it is asked for its record. Messages to a host are
+// sent and forgotten, so that this is all there is to see of one that has stopped.
 //
 // It is taken to have been asked when this is made. Main thread.
 class HostAnswers {
@@ -22,12 +27,11 @@ class HostAnswers {
     // How long an answer may take.
     static constexpr Clock::duration kPatience = std::chrono::seconds(3);
 
-    // Without a record to look at it always answers.
-    HostAnswers(LatestRecord latest, Clock::time_point now);
+    HostAnswers(Host host, Clock::time_point now);
 
     // It is being asked; what was asked before and not answered yet counts from then.
     void noteAsked(Clock::time_point now);
-    // Looks whether it has answered; true when value() is another than before.
+    // Looks whether it is there and has answered; true when value() is another than before.
     bool refresh(Clock::time_point now);
 
     bool value() const noexcept { return value_; }
@@ -35,7 +39,7 @@ class HostAnswers {
     std::optional<Clock::time_point> nextLook() const noexcept;
 
   private:
-    LatestRecord latest_;
+    Host host_;
     NS::RefPtr<NS::Object> seen_; // kept, as another one could get its address
     std::optional<Clock::time_point> asked_;
     bool value_ = true;

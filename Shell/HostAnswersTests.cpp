@@ -15,10 +15,15 @@ constexpr auto kPatience = Shell::HostAnswers::kPatience;
 class HostAnswers : public testing::Test {
   protected:
     void make() {
-        answers.emplace([this] { return record; }, now);
+        const Shell::Host host{[this] { return isThere; },
+                               [this] {
+                                   return record;
+                               }};
+        answers.emplace(host, now);
     }
     void send() { record = NS::str("record"); }
 
+    bool isThere = true;
     NS::RefPtr<NS::Object> record;
     Clock::time_point now{std::chrono::hours(1)};
     std::optional<Shell::HostAnswers> answers;
@@ -63,8 +68,19 @@ TEST_F(HostAnswers, AreMissedFromTheFirstQuestionOn) {
     EXPECT_FALSE(answers->value());
 }
 
-TEST_F(HostAnswers, AreNotMissedWhereThereIsNoRecordToLookAt) {
-    Shell::HostAnswers none(nullptr, now);
+TEST_F(HostAnswers, AreMissedAtOnceWhileTheHostIsNotThere) {
+    send();
+    make();
+    isThere = false;
+    EXPECT_TRUE(answers->refresh(now));
+    EXPECT_FALSE(answers->value());
+    isThere = true;
+    EXPECT_TRUE(answers->refresh(now));
+    EXPECT_TRUE(answers->value());
+}
+
+TEST_F(HostAnswers, AreNotMissedWhereThereIsNothingToLookAt) {
+    Shell::HostAnswers none({}, now);
     none.noteAsked(now);
     EXPECT_EQ(none.nextLook(), std::nullopt);
     EXPECT_FALSE(none.refresh(now + 2 * kPatience));

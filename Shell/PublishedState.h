@@ -26,8 +26,7 @@ class PublishedState {
     static constexpr const char* kHostAnswers = "HostAnswers";
 
     // Reads it for the first time, what never changes included.
-    PublishedState(NS::Ref<FI::FinderSync> extension, MenuState state,
-                   LatestRecord latest = nullptr);
+    PublishedState(NS::Ref<FI::FinderSync> extension, MenuState state, Host host = {});
 
     // Reads it again where the watched folders or the menu state are others than before.
     void refresh();
@@ -49,7 +48,7 @@ class PublishedState {
     const std::string& toolTip() const noexcept { return toolTip_; }
     const std::string& imageName() const noexcept { return imageName_; }
     const std::string& imageFile() const noexcept { return imageFile_; } // a file URL
-    // False since the host has not answered.
+    // False while the host is not there, or since it has not answered.
     bool hostAnswers() const noexcept { return hostAnswers_.value(); }
 
   private:

@@ -87,7 +87,10 @@ TEST_F(PublishedState, ReadsTheToolTipWithWhatItDependsOn) {
 TEST_F(PublishedState, TellsThatTheHostAnswersAgain) {
     NS::RefPtr<NS::Object> record;
     state.emplace(
-        extension, [this] { return std::vector{extension->record()}; }, [&] { return record; });
+        extension, [this] { return std::vector{extension->record()}; },
+        Shell::Host{nullptr, [&] {
+                        return record;
+                    }});
     ASSERT_TRUE(state->nextLook());
     const auto moment = *state->nextLook();
     EXPECT_TRUE(Tests::waitUntil([&] {

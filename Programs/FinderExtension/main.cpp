@@ -11,6 +11,16 @@
 
 #include <CLI/CLI.hpp>
 
+namespace {
+
+bool hasHost(const FinderSync& extension) {
+    const auto client = extension.comms();
+    const NS::RefPtr<NS::MachPort> host = client ? client->serverPort() : nullptr;
+    return host && host->isValid();
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
     CLI::App options("Gives the file manager the menus of the Quorvane drive.\n"
                      "Waits up to 120 seconds for the host application; ends when the host does.");
@@ -24,7 +34,10 @@ int main(int argc, char** argv) {
     const auto extension = NS::make<FinderSync>();
     extension->init();
     Shell::FinderService service(extension, MenuState(extension),
-                                 [extension] { return extension->storageInfo(); });
+                                 {[extension] { return hasHost(*extension); },
+                                  [extension] {
+                                      return extension->storageInfo();
+                                  }});
     // Without a bus the host can still end the process, and the log says why. Whoever looks at both
     // names finds one of them at any time.
     (void)service.start([&waiting] { waiting.release(); });

@@ -76,6 +76,18 @@ TEST_F(ExtensionOnBus, TellsThatTheHostHasStoppedAndGoesOn) {
     EXPECT_TRUE(Tests::waitUntil([&] { return peer.property("HostAnswers") == "true"; }));
 }
 
+TEST_F(ExtensionOnBus, TellsThatTheHostIsThereNoLonger) {
+    auto host = startHost();
+    auto extension = startExtension();
+    ASSERT_TRUE(waitForName());
+    ASSERT_TRUE(
+        Tests::waitUntil([&] { return peer.menu(3, {}).find("used") != std::string::npos; }));
+    peer.followProperties();
+    host.signal(SIGKILL);
+    EXPECT_TRUE(NS::pumpUntil([&] { return !peer.changes.empty(); }));
+    EXPECT_EQ(peer.changes.back(), "HostAnswers=false");
+}
+
 TEST_F(ExtensionOnBus, GoesWithItsProcess) {
     auto host = startHost();
     auto extension = startExtension();
