@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <fcntl.h>
 #include <fstream>
 #include <memory>
 #include <sys/socket.h>
@@ -235,6 +236,38 @@ TEST_F(BootstrapServer, TidiesUpWhatDeadProcessesLeftBehind) {
     ASSERT_TRUE(registerPort(port, "another.name"));
     EXPECT_EQ(entries(), 2U);
     EXPECT_FALSE(fs::exists(folder() / "a.dead.name"));
+}
+
+// The lock of one who tidies up, on the file of a name, until a timer's signal takes it away.
+class SweepersLock {
+  public:
+    explicit SweepersLock(const fs::path& name) {
+        descriptor_ = ::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        struct flock range {};
+        range.l_type = F_WRLCK;
+        range.l_len = 2;
+        EXPECT_EQ(::fcntl(descriptor_, F_OFD_SETLK, &range), 0);
+        (void)std::signal(SIGALRM, [](int) { (void)::close(descriptor_); });
+        (void)::ualarm(100'000, 0);
+    }
+    ~SweepersLock() {
+        (void)::ualarm(0, 0);
+        (void)std::signal(SIGALRM, SIG_DFL);
+    }
+    SweepersLock(const SweepersLock&) = delete;
+    SweepersLock& operator=(const SweepersLock&) = delete;
+
+  private:
+    static inline int descriptor_ = -1;
+};
+
+TEST_F(BootstrapServer, WaitsForOneWhoTidiesUpAndIsKeptFromRunning) {
+    fs::create_directories(folder());
+    fs::permissions(folder(), fs::perms::owner_all);
+    const SweepersLock lock(folder() / "a.name");
+    TestPort port;
+    EXPECT_TRUE(registerPort(port, "a.name"));
+    EXPECT_TRUE(lookUp("a.name"));
 }
 
 TEST_F(BootstrapServer, LooksNothingUpInAFileThatIsNoEntry) {

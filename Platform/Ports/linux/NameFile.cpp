@@ -3,10 +3,11 @@
 #include "Platform/Ports/PortLimits.h"
 
 #include <array>
+#include <chrono>
 #include <dirent.h>
 #include <fcntl.h>
-#include <sched.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -21,8 +22,10 @@ constexpr std::size_t kEntryLength = 2 * kHexLength + 2;
 // locked knows at once whether it is taken or about to go.
 constexpr off_t kOwnersLock = 1;
 constexpr off_t kSweepersLock = 2;
-// A sweeper holds its lock for two system calls; one that is stopped there is not waited for.
-constexpr int kClaimAttempts = 1000;
+// A sweeper holds its lock for a few system calls, between which a busy machine may keep it from
+// running; one that was stopped there is not waited for any longer.
+constexpr std::chrono::seconds kSweepersTime{5};
+constexpr std::chrono::microseconds kSweepersPause{100};
 
 bool isUsableName(const std::string& name) {
     return !name.empty() && name.size() <= PortLimits::kName && name.front() != '.' &&
@@ -83,7 +86,8 @@ Content contentOf(const FileDescriptor& file) {
 
 // The locked file of a name, made when there was none.
 FileDescriptor lockName(const RuntimeFolder& folder, const std::string& name) {
-    for (int attempt = 0; attempt < kClaimAttempts; ++attempt) {
+    const auto deadline = std::chrono::steady_clock::now() + kSweepersTime;
+    do {
         FileDescriptor file = openFile(folder, name, O_RDWR | O_CREAT);
         if (!file) {
             return {};
@@ -95,9 +99,9 @@ FileDescriptor lockName(const RuntimeFolder& folder, const std::string& name) {
         } else if (lockOfAnother(file) == kOwnersLock) {
             return {};
         } else {
-            (void)::sched_yield();
+            std::this_thread::sleep_for(kSweepersPause);
         }
-    }
+    } while (std::chrono::steady_clock::now() < deadline);
     return {};
 }
 

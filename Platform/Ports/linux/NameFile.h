@@ -30,7 +30,8 @@ struct NameEntry {
 class NameFile {
   public:
     // Null when a live process holds the name, or when it cannot be a name. Never waits for one
-    // who holds it. The socket of a dead owner is taken away.
+    // who holds it; for one who is just tidying up, some seconds at the most. The socket of a dead
+    // owner is taken away.
     static std::unique_ptr<NameFile> claim(RuntimeFolder folder, const std::string& name);
     ~NameFile();
     NameFile(const NameFile&) = delete;

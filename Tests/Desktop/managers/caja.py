@@ -17,8 +17,8 @@ class Caja(GtkFileManager):
     def _command(self, folder):
         return ["caja", "--no-desktop", "--browser", "--geometry=1200x700+0+0", folder]
 
-    def start(self, folder, with_plug_in=True):
-        self._start(folder, {"CAJA_EXTENSION_DIRS": str(self._plug_in(with_plug_in))})
+    def _environment(self, plug_in):
+        return {"CAJA_EXTENSION_DIRS": str(plug_in)}
 
     def _view(self):
         return tree.find(self._frame(), "layered pane")

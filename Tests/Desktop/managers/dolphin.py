@@ -1,17 +1,16 @@
 """Dolphin, in its icon view. Each window is a process of its own."""
 
 import tree
-from managers.gtk import TOOLBAR_ITEM
+from managers.base import TOOLBAR_ITEM, FileManager
 from tree import Atspi, GLib
-from waiting import same_twice, until
+from waiting import until
 
 
-class Dolphin:
+class Dolphin(FileManager):
     name = "dolphin"
-    shows_disabled = True
 
     def __init__(self, session):
-        self.session = session
+        super().__init__(session)
         self.processes = []
         self._popups = []  # its menus are found in no tree, only by their being told of as they open
         self._listener = Atspi.EventListener.new(self._shown_or_hidden)
@@ -24,8 +23,8 @@ class Dolphin:
         return self.processes[-1]
 
     def start(self, folder, with_plug_in=True):
-        plug_ins = self.session.plug_ins / "quorvane-dolphin" if with_plug_in else self.session.no_plug_ins
-        self._environment = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_PLUGIN_PATH": str(plug_ins)}
+        self._environment = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+                             "QT_PLUGIN_PATH": str(self._plug_in(with_plug_in))}
         self.open_window(folder)
 
     def end(self):
@@ -60,11 +59,6 @@ class Dolphin:
         until(lambda: not self.process.is_running(), "a window fewer")
         self.processes.pop()
 
-    def go_down(self, name):
-        x, y = self._middle_of(name)
-        tree.click(x, y, repeat=2)
-        self._wait_for_window(name)
-
     def go_up(self, name):
         self._press_key("alt+Up")
         self._wait_for_window(name)
@@ -80,13 +74,6 @@ class Dolphin:
         """What holds the items: as a list it is like the sidebar's, but stands in the middle pane."""
         return tree.find(tree.find(self._frame(), "layered pane"), "table")
 
-    def view_extents(self):
-        return same_twice(lambda: tree.extents(self._view()), "the view")
-
-    def _background(self):
-        left, top, width, height = self.view_extents()
-        return left + width - 20, top + height - 20
-
     def _item(self, name):
         return tree.find(self._view(), None, name)
 
@@ -94,12 +81,6 @@ class Dolphin:
         """Of its name: there may be nothing to click at above."""
         left, top, width, height = tree.resting_extents(lambda: self._item(name), f"{name} in the window")
         return left + width // 2, top + height - 11
-
-    def wait_for_item(self, name):
-        until(lambda: self._item(name), f"{name} in the window")
-
-    def wait_for_no_item(self, name):
-        until(lambda: self._view() and not self._item(name), f"no {name} in the window")
 
     # Menus
 
@@ -120,21 +101,6 @@ class Dolphin:
         menu.clear_cache()
         return tree.is_showing(menu) and tree.extents(menu) is not None
 
-    def open_menu(self, *names):
-        for index, name in enumerate(names):
-            x, y = self._middle_of(name)
-            tree.click(x, y, modifier="ctrl" if index else None)
-        if not names:
-            x, y = self._background()
-        tree.click(x, y, button=3)
-        until(self._popup, "an open menu")
-
-    def all_entries(self):
-        return same_twice(lambda: tree.entries_of(self._popup()), "the entries of the menu")
-
-    def entries(self):
-        return [entry for entry in self.all_entries() if entry[0].startswith("QV: ")]
-
     def pick(self, title):
         x, y = tree.resting_middle(lambda: tree.find(self._popup(), "menu item", title), f"{title} in the menu")
         tree.click(x, y)
@@ -144,12 +110,6 @@ class Dolphin:
         while menu := self._popup():
             tree.xdotool("key", "Escape")
             until(lambda: not self._is_open(menu), "a closed menu")
-
-    def has_toolbar_menu(self):
-        self.open_menu()
-        names = [name for name, _ in self.all_entries()]
-        self.close_menu()
-        return TOOLBAR_ITEM in names
 
     def open_toolbar_menu(self):
         self.open_menu()

@@ -1,30 +1,42 @@
 """What file managers with windows of GTK have in common whose files are in the accessibility tree."""
 
+import subprocess
+
 import tree
-from waiting import same_twice, until
+from managers.base import TOOLBAR_ITEM, FileManager
+from waiting import PATIENCE, until
 
-TOOLBAR_ITEM = "Fennmoor Cloud"
 
+class GtkFileManager(FileManager):
+    """A program whose windows are all of one process, as a rule with a button in the toolbar."""
 
-class GtkFileManager:
-    shows_disabled = True
     application_name = None  # in the accessibility tree, where it is not its program's
+    extensions = None  # what knows the folder with its extensions: a package, and a variable of that
 
     def __init__(self, session):
-        self.session = session
+        super().__init__(session)
         self.process = None
+
+    def prepare(self):
+        pass
 
     def write_settings(self, text):
         settings = self.session.root / "home/.config/glib-2.0/settings/keyfile"
         settings.parent.mkdir(parents=True, exist_ok=True)
         settings.write_text(text)
 
-    def _plug_in(self, is_wanted):
-        return self.session.plug_ins / f"quorvane-{self.name}" if is_wanted else self.session.no_plug_ins
-
-    def _start(self, folder, environment):
-        self.process = self.session.start(self._command(folder), environment)
+    def start(self, folder, with_plug_in=True):
+        plug_in = self._plug_in(with_plug_in)
+        if self.extensions:
+            package, variable = self.extensions
+            told = subprocess.run(["pkg-config", f"--variable={variable}", package], check=True,
+                                  capture_output=True, text=True, timeout=PATIENCE)
+            self.session.mount(plug_in, told.stdout.strip())
+        self.process = self.session.start(self._command(folder), self._environment(plug_in))
         self._wait_for_window(folder.name)
+
+    def _environment(self, plug_in):
+        return {}
 
     def end(self):
         if self.process is not None:
@@ -68,28 +80,15 @@ class GtkFileManager:
 
     def close_window(self):
         before = len(self._frames())
-        tree.press(tree.find(self._frame(), "menu item", "Close"))
+        self._press_close()
         until(lambda: len(self._frames()) == before - 1, "a window fewer")
 
-    def go_down(self, name):
-        x, y = self._middle_of(name)
-        tree.click(x, y, repeat=2)
-        self._wait_for_window(name)
+    def _press_close(self):
+        tree.press(tree.find(self._frame(), "menu item", "Close"))
 
     def go_up(self, name):
         tree.press(tree.find(self._frame(), "push button", "Up"))
         self._wait_for_window(name)
-
-    # Items
-
-    def view_extents(self):
-        return same_twice(lambda: tree.extents(self._view()), "the view")
-
-    def wait_for_item(self, name):
-        until(lambda: self._item(name), f"{name} in the window")
-
-    def wait_for_no_item(self, name):
-        until(lambda: self._view() and not self._item(name), f"no {name} in the window")
 
     # Menus
 
@@ -101,26 +100,6 @@ class GtkFileManager:
                 if menu := tree.find(window, "menu"):
                     return menu
         return None
-
-    def _background(self):
-        left, top, width, height = self.view_extents()
-        return left + width - 20, top + height - 20
-
-    def open_menu(self, *names):
-        if names:
-            for index, name in enumerate(names):
-                x, y = self._middle_of(name)
-                tree.click(x, y, modifier="ctrl" if index else None)
-        else:
-            x, y = self._background()
-        tree.click(x, y, button=3)
-        until(self._popup, "an open menu")
-
-    def all_entries(self):
-        return same_twice(lambda: tree.entries_of(self._popup()), "the entries of the menu")
-
-    def entries(self):
-        return [entry for entry in self.all_entries() if entry[0].startswith("QV: ")]
 
     def pick(self, title):
         tree.press(until(lambda: tree.find(self._popup(), "menu item", title), f"{title} in the menu"))
@@ -137,8 +116,7 @@ class GtkFileManager:
         return self._toolbar_button() is not None
 
     def open_toolbar_menu(self):
-        x, y = tree.resting_middle(self._toolbar_button, "the toolbar's button")
-        tree.click(x, y)
+        tree.click(*tree.resting_middle(self._toolbar_button, "the toolbar's button"))
         until(self._popup, "the toolbar's menu")
 
     def wait_for_message(self, text):
@@ -154,3 +132,14 @@ class GtkFileManager:
         self.session.take_picture(f"{self.name}-message")
         tree.press(tree.find_button(window, "Close"))
         until(lambda: not message(), "a closed message")
+
+
+class InRows:
+    """A view with a row for each item, whose empty part counts as the background."""
+
+    def _item(self, name):
+        return tree.find(self._view(), "table cell", name)
+
+    def _middle_of(self, name):
+        left, top, _, height = tree.resting_extents(lambda: self._item(name), f"{name} in the window")
+        return left + 12, top + height // 2

@@ -1,29 +1,23 @@
 """Nautilus, in its icon view: windows of GTK 4, which tell positions within themselves only."""
 
-import subprocess
-
 import tree
-from managers.gtk import TOOLBAR_ITEM, GtkFileManager
-from waiting import PATIENCE, same_twice, until
+from managers.base import TOOLBAR_ITEM
+from managers.gtk import GtkFileManager
+from waiting import same_twice, until
 
 
 class Nautilus(GtkFileManager):
     name = "nautilus"
     application_name = "org.gnome.Nautilus"
-
-    def prepare(self):
-        self._extensions = subprocess.run(
-            ["pkg-config", "--variable=extensiondir", "libnautilus-extension-4"], check=True,
-            capture_output=True, text=True, timeout=PATIENCE).stdout.strip()
+    extensions = ("libnautilus-extension-4", "extensiondir")
 
     def _command(self, folder):
         return ["nautilus", "--new-window", folder]
 
-    def start(self, folder, with_plug_in=True):
-        self.session.mount(self._plug_in(with_plug_in), self._extensions)
+    def _environment(self, plug_in):
         # Where no graphics card draws, GTK 4's other renderer keeps all processors at work for a moving
         # picture, and the window has no time to read its folder.
-        self._start(folder, {"GSK_RENDERER": "cairo"})
+        return {"GSK_RENDERER": "cairo"}
 
     def _view(self):
         return tree.find(self._frame(), "filler", "Content View")
@@ -57,10 +51,8 @@ class Nautilus(GtkFileManager):
         left, top, width, height = self.view_extents()
         return left + width // 2, top + height * 3 // 4
 
-    def close_window(self):
-        before = len(self._frames())
+    def _press_close(self):
         tree.press(tree.find(self._frame(), "push button", "Close"))
-        until(lambda: len(self._frames()) == before - 1, "a window fewer")
 
     def go_up(self, name):
         tree.act(self._frame(), "win.up")

@@ -1,10 +1,9 @@
 """Thunar, in its details view: the icons of its icon view are not in the accessibility tree."""
 
-import subprocess
-
 import tree
-from managers.gtk import TOOLBAR_ITEM, GtkFileManager
-from waiting import PATIENCE, same_twice, until
+from managers.base import TOOLBAR_ITEM, FileManager
+from managers.gtk import GtkFileManager, InRows
+from waiting import same_twice, until
 
 SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 <channel name="thunar" version="1.0">
@@ -17,8 +16,9 @@ SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 """
 
 
-class Thunar(GtkFileManager):
+class Thunar(InRows, GtkFileManager):
     name = "thunar"
+    extensions = ("thunarx-3", "extensionsdir")
     shows_disabled = False
 
     def __init__(self, session):
@@ -33,24 +33,15 @@ class Thunar(GtkFileManager):
         settings = self.session.root / "home/.config/xfce4/xfconf/xfce-perchannel-xml/thunar.xml"
         settings.parent.mkdir(parents=True, exist_ok=True)
         settings.write_text(SETTINGS)
-        self._extensions = subprocess.run(
-            ["pkg-config", "--variable=extensionsdir", "thunarx-3"], check=True,
-            capture_output=True, text=True, timeout=PATIENCE).stdout.strip()
 
     def _command(self, folder):
         return ["thunar", folder]
 
-    def start(self, folder, with_plug_in=True):
-        self.session.mount(self._plug_in(with_plug_in), self._extensions)
-        self._start(folder, {})
-
     def _title(self, folder):
         return f"{folder} - Thunar"
 
-    def close_window(self):
-        before = len(self._frames())
+    def _press_close(self):
         self._press_key("ctrl+q")
-        until(lambda: len(self._frames()) == before - 1, "a window fewer")
 
     def go_up(self, name):
         self._press_key("alt+Up")
@@ -61,21 +52,8 @@ class Thunar(GtkFileManager):
         tree.xdotool("mousemove", *self._background())
         tree.xdotool("key", key)
 
-    def _background(self):
-        left, top, width, height = self.view_extents()
-        return left + width - 20, top + height - 20
-
-    # Items
-
     def _view(self):
         return tree.find(self._frame(), "directory pane")
-
-    def _item(self, name):
-        return tree.find(self._view(), "table cell", name)
-
-    def _middle_of(self, name):
-        left, top, _, height = tree.resting_extents(lambda: self._item(name), f"{name} in the window")
-        return left + 12, top + height // 2
 
     # Menus
 
@@ -94,11 +72,7 @@ class Thunar(GtkFileManager):
         self._is_in_submenu = False
         super().close_menu()
 
-    def has_toolbar_menu(self):
-        self.open_menu()
-        names = [name for name, _ in self.all_entries()]
-        self.close_menu()
-        return TOOLBAR_ITEM in names
+    has_toolbar_menu = FileManager.has_toolbar_menu
 
     def open_toolbar_menu(self):
         self.open_menu()
