@@ -6,7 +6,7 @@
 #include "FileManagers/Gtk3/ThemeIcon.h"
 #include "FileManagers/Thunar/Interface.h"
 #include "FileManagers/Thunar/Sidebar.h"
-#include "FileManagers/Thunar/Windows.h"
+#include "FileManagers/Thunar/Views.h"
 
 #include <string>
 #include <vector>
@@ -24,7 +24,7 @@ Drive& keptDriveOf(ThunarxMenuProvider* provider) {
     Drive& drive = driveOf(provider);
     if (kept == nullptr) {
         kept = THUNARX_MENU_PROVIDER(g_object_ref(provider));
-        followWindows(drive);
+        followViews(drive);
     }
     return drive;
 }

@@ -172,9 +172,20 @@ class ShownFolders(FileManagerCase):
         self.manager.go_up("Docs")
         self.drive.wait_for_shown("/Docs")
 
-    def test_end_with_the_file_manager(self):
+    def test_are_those_of_all_tabs_that_the_plug_in_hears_of(self):
+        self.drive.wait_for_shown("/Docs")
+        self.manager.open_tab()
+        self.manager.go_down("Inner")
+        behind = ["/Docs"] if self.manager.tells_hidden_tabs else []
+        self.drive.wait_for_shown("/Docs/Inner", *behind)
+        self.manager.close_tab()
+        self.drive.wait_for_shown("/Docs")
+
+    def test_end_with_a_file_manager_that_dies(self):
         self.drive.wait_for_shown("/Docs")
         self.manager.process.kill()
+        until(lambda: self.drive.requests("ext_obs_end"), "an end")
+        self.assertEqual(self.drive.requests("ext_obs_end")[0]["payload"], ["/Docs"])
         self.drive.wait_for_shown()
 
     def test_are_told_to_an_extension_that_is_started_again(self):
@@ -183,6 +194,19 @@ class ShownFolders(FileManagerCase):
         self.drive.start_extension()
         until(lambda: self.drive.times_begun("/Docs") == 2, "the folder, begun anew")
         self.drive.wait_for_shown("/Docs")
+
+
+class SplitWindow(FileManagerCase):
+    needs = "split"
+
+    def test_shows_the_folders_of_both_halves(self):
+        self.drive.wait_for_shown("/Docs")
+        self.manager.split()
+        self.manager.go_down("Inner")
+        self.drive.wait_for_shown("/Docs", "/Docs/Inner")
+        self.manager.go_up("Docs")
+        self.drive.wait_for_shown("/Docs")
+        self.assertEqual(self.drive.times_begun("/Docs"), 1)
 
 
 class Window(FileManagerCase):

@@ -13,7 +13,7 @@ class Drive:
 
     def __init__(self, session):
         self.session = session
-        self.path = session.root / "Drive"
+        self.path = session.home / "Drive"
         self.host = self.extension = None
         self._journals = 0
 
@@ -33,7 +33,8 @@ class Drive:
         self.extension = self.session.start([self.session.programs / "quorvane-finder-extension"])
 
         def serves():
-            assert self.extension.is_running(), self.extension.errors.read_text()
+            self.host.check_running()
+            self.extension.check_running()
             return self.finder("status", "--json", check=False)
 
         until(serves, "an extension on the bus")

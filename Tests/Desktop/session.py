@@ -20,6 +20,7 @@ class Session:
 
     def __init__(self, root, build, pictures):
         self.root = root
+        self.home = root / "home"
         self.programs = build / "bin"
         self.plug_ins = build / "plug-ins"
         self.pictures = pictures
@@ -28,19 +29,19 @@ class Session:
     def enter(self):
         kept = {name: os.environ[name] for name in KEPT if name in os.environ}
         folders = {
-            "HOME": "home",
-            "XDG_RUNTIME_DIR": "run",
-            "XDG_CONFIG_HOME": "home/.config",
-            "XDG_DATA_HOME": "home/.local/share",
-            "XDG_STATE_HOME": "home/.local/state",
-            "XDG_CACHE_HOME": "home/.cache",
+            "HOME": self.home,
+            "XDG_RUNTIME_DIR": self.root / "run",
+            "XDG_CONFIG_HOME": self.home / ".config",
+            "XDG_DATA_HOME": self.home / ".local/share",
+            "XDG_STATE_HOME": self.home / ".local/state",
+            "XDG_CACHE_HOME": self.home / ".cache",
         }
         os.environ.clear()
         os.environ.update(kept)
         os.environ.setdefault("LANG", "C.UTF-8")
         for name, folder in folders.items():
-            (self.root / folder).mkdir(parents=True, exist_ok=True)
-            os.environ[name] = str(self.root / folder)
+            folder.mkdir(parents=True, exist_ok=True)
+            os.environ[name] = str(folder)
         (self.root / "run").chmod(0o700)
         self.no_plug_ins = self.root / "no-plug-ins"
         self.no_plug_ins.mkdir()
@@ -68,6 +69,12 @@ class Session:
             (stand_in / over.name).mkdir()
             self.mount(stand_in, over.parent)
         subprocess.run(["mount", "--bind", str(folder), str(over)], check=True, timeout=PATIENCE)
+
+    def write_settings(self, name, text):
+        """Of a program, in the home folder."""
+        file = self.home / name
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text)
 
     def start(self, command, environment=None):
         """A program in the session."""
@@ -102,12 +109,15 @@ class Process:
         text = self.output.read_text(errors="replace")
         if "\n" in text:
             return text.split("\n", 1)[0]
-        if self.popen.poll() is not None:
-            raise AssertionError(f"{self.name} ended: {self.errors.read_text(errors='replace')}")
+        self.check_running()
         return None
 
     def is_running(self):
         return self.popen.poll() is None
+
+    def check_running(self):
+        assert self.is_running(), (f"{self.name} ended with {self.popen.returncode}: "
+                                   f"{self.errors.read_text(errors='replace')}")
 
     def signal(self, number):
         self.popen.send_signal(number)

@@ -11,6 +11,7 @@ from gi.repository import Atspi, GLib  # noqa: E402
 from waiting import PATIENCE, same_twice  # noqa: E402
 
 MENU_ITEMS = ("menu item", "check menu item", "radio menu item", "menu")
+NOWHERE = -2**31  # where GTK 3 has what was shown once, as in another tab
 
 
 def children(node):
@@ -36,11 +37,23 @@ def matches(node, role, name):
 
 
 def find_all(root, role=None, name=None):
-    return [node for node in walk(root) if matches(node, role, name)] if root else []
+    """Those that are not within another one."""
+    if root is None:
+        return []
+    if matches(root, role, name):
+        return [root]
+    return [node for child in children(root) for node in find_all(child, role, name)]
 
 
 def find(root, role=None, name=None):
     return next((node for node in walk(root) if matches(node, role, name)), None) if root else None
+
+
+def find_rightmost(root, role, name=None):
+    """Of those that can be seen. Of what each tab or half of a window has it is that of the last one."""
+    seen = [(box[0], index, node) for index, node in enumerate(find_all(root, role, name))
+            if is_showing(node) and (box := extents(node))]
+    return max(seen)[2] if seen else None
 
 
 def find_button(root, text):
@@ -83,7 +96,8 @@ def extents(node):
         box = node.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
     except (AttributeError, GLib.Error):
         return None
-    return (box.x, box.y, box.width, box.height) if box.width > 0 and box.height > 0 else None
+    is_placed = box.width > 0 and box.height > 0 and box.x != NOWHERE
+    return (box.x, box.y, box.width, box.height) if is_placed else None
 
 
 def press(node):

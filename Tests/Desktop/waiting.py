@@ -16,11 +16,19 @@ def _turn():
     loop.run()
 
 
+def _value(condition):
+    """None where a part of a window goes while it is looked at."""
+    try:
+        return condition()
+    except GLib.Error:
+        return None
+
+
 def until(condition, what, limit=PATIENCE):
     """The first true value of a condition. Fails, saying what was waited for, after the limit."""
     deadline = time.monotonic() + limit
     while True:
-        value = condition()
+        value = _value(condition)
         if value:
             return value
         if time.monotonic() > deadline:

@@ -10,6 +10,10 @@
     go_down(name), go_up(name)
                       to a folder that is shown, to the one above
     close_window()    the last one that was opened
+    open_tab(), close_tab()
+                      another one on the same folder; the last one
+    tells_hidden_tabs whether its plug-in hears of the folders of tabs that others hide
+    split()           has a window show two halves; only where it can
     view_extents()    of the part of the window with the items
     wait_for_item(name), wait_for_no_item(name)
     open_menu(names)  selects items and opens their menu; without names that of the background

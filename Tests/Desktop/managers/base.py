@@ -12,6 +12,7 @@ TOOLBAR_ITEM = "Fennmoor Cloud"
 
 class FileManager:
     shows_disabled = True
+    tells_hidden_tabs = True
 
     def __init__(self, session):
         self.session = session
@@ -33,6 +34,30 @@ class FileManager:
 
     def wait_for_no_item(self, name):
         until(lambda: self._view() and not self._item(name), f"no {name} in the window")
+
+    # Tabs and halves: the ones that were opened last
+
+    def _count_tabs(self):
+        return sum(1 for node in tree.walk(self._frame()) if self._is_tab(node))
+
+    @staticmethod
+    def _is_tab(node):
+        return tree.matches(node, "page tab", None)
+
+    def open_tab(self):
+        before = self._count_tabs()
+        self._press_open_tab()
+        until(lambda: self._count_tabs() == before + 1, "a tab more")
+
+    def close_tab(self):
+        before = self._count_tabs()
+        self._press_close_tab()
+        until(lambda: self._count_tabs() == before - 1, "a tab fewer")
+
+    def _split_with(self, press):
+        before = tree.extents(self._view())
+        press()
+        until(lambda: (view := tree.extents(self._view())) and view[0] > before[0], "another half")
 
     def go_down(self, name):
         tree.click(*self._middle_of(name), repeat=2)

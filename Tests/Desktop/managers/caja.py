@@ -1,9 +1,9 @@
 """Caja, in its icon view."""
 
 import tree
-from managers.gtk import GtkFileManager
+from managers.gtk import SETTINGS, GtkFileManager
 
-SETTINGS = """[org/mate/caja/window-state]
+WITHOUT_SIDEBAR = """[org/mate/caja/window-state]
 start-with-sidebar=false
 """
 
@@ -12,7 +12,7 @@ class Caja(GtkFileManager):
     name = "caja"
 
     def prepare(self):
-        self.write_settings(SETTINGS)
+        self.session.write_settings(SETTINGS, WITHOUT_SIDEBAR)
 
     def _command(self, folder):
         return ["caja", "--no-desktop", "--browser", "--geometry=1200x700+0+0", folder]
@@ -20,8 +20,11 @@ class Caja(GtkFileManager):
     def _environment(self, plug_in):
         return {"CAJA_EXTENSION_DIRS": str(plug_in)}
 
+    def split(self):
+        self._split_with(lambda: tree.press(tree.find(self._frame(), "check menu item", "Extra Pane")))
+
     def _view(self):
-        return tree.find(self._frame(), "layered pane")
+        return tree.find_rightmost(self._frame(), "layered pane")
 
     def _item(self, name):
         return tree.find(self._view(), "icon", name)

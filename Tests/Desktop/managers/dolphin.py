@@ -8,6 +8,7 @@ from waiting import until
 
 class Dolphin(FileManager):
     name = "dolphin"
+    tells_hidden_tabs = False
 
     def __init__(self, session):
         super().__init__(session)
@@ -27,6 +28,16 @@ class Dolphin(FileManager):
                              "QT_PLUGIN_PATH": str(self._plug_in(with_plug_in))}
         self.open_window(folder)
 
+    def _close_warning(self):
+        """Whom the session takes for root it warns, above the files, which moves them."""
+        def button():
+            text = next((label for label in tree.find_all(self._frame(), "label")
+                         if "as root" in label.get_name() and tree.is_showing(label)), None)
+            return tree.find(text.get_parent(), "push button") if text else None
+
+        tree.press(until(button, "a warning"))
+        until(lambda: not button(), "a closed warning")
+
     def end(self):
         for process in self.processes:
             process.kill()
@@ -42,7 +53,7 @@ class Dolphin(FileManager):
         for application in tree.children(desktop):
             if tree.has_process(application, self.process.pid):
                 return next((node for node in tree.children(application) if tree.is_showing(node)), None)
-        assert self.process.is_running(), self.process.errors.read_text(errors="replace")
+        self.process.check_running()
         return None
 
     def _wait_for_window(self, title):
@@ -53,11 +64,26 @@ class Dolphin(FileManager):
         self.processes.append(
             self.session.start(["dolphin", "--new-window", folder], self._environment))
         self._wait_for_window(folder.name)
+        self._close_warning()
 
     def close_window(self):
         self._press_key("ctrl+q")
         until(lambda: not self.process.is_running(), "a window fewer")
         self.processes.pop()
+
+    def open_tab(self):
+        super().open_tab()
+        self._close_warning()
+
+    def _press_open_tab(self):
+        self._press_key("ctrl+t")
+
+    def _press_close_tab(self):
+        self._press_key("ctrl+w")
+
+    def split(self):
+        self._split_with(lambda: self._press_key("F3"))
+        self._close_warning()
 
     def go_up(self, name):
         self._press_key("alt+Up")
@@ -72,7 +98,7 @@ class Dolphin(FileManager):
 
     def _view(self):
         """What holds the items: as a list it is like the sidebar's, but stands in the middle pane."""
-        return tree.find(tree.find(self._frame(), "layered pane"), "table")
+        return tree.find_rightmost(tree.find(self._frame(), "layered pane"), "table")
 
     def _item(self, name):
         return tree.find(self._view(), None, name)

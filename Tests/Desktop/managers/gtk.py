@@ -6,6 +6,8 @@ import tree
 from managers.base import TOOLBAR_ITEM, FileManager
 from waiting import PATIENCE, until
 
+SETTINGS = ".config/glib-2.0/settings/keyfile"
+
 
 class GtkFileManager(FileManager):
     """A program whose windows are all of one process, as a rule with a button in the toolbar."""
@@ -19,11 +21,6 @@ class GtkFileManager(FileManager):
 
     def prepare(self):
         pass
-
-    def write_settings(self, text):
-        settings = self.session.root / "home/.config/glib-2.0/settings/keyfile"
-        settings.parent.mkdir(parents=True, exist_ok=True)
-        settings.write_text(text)
 
     def start(self, folder, with_plug_in=True):
         plug_in = self._plug_in(with_plug_in)
@@ -52,7 +49,7 @@ class GtkFileManager(FileManager):
     def _frames(self):
         application = self.application()
         if application is None:
-            assert self.process.is_running(), self.process.errors.read_text(errors="replace")
+            self.process.check_running()
             return []
         application.clear_cache()
         return [node for node in tree.children(application)
@@ -86,8 +83,13 @@ class GtkFileManager(FileManager):
     def _press_close(self):
         tree.press(tree.find(self._frame(), "menu item", "Close"))
 
+    def _press_open_tab(self):
+        tree.press(tree.find(self._frame(), "menu item", "New Tab"))
+
+    _press_close_tab = _press_close
+
     def go_up(self, name):
-        tree.press(tree.find(self._frame(), "push button", "Up"))
+        tree.press(tree.find_rightmost(self._frame(), "push button", "Up"))
         self._wait_for_window(name)
 
     # Menus

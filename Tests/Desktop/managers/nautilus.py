@@ -11,6 +11,10 @@ class Nautilus(GtkFileManager):
     application_name = "org.gnome.Nautilus"
     extensions = ("libnautilus-extension-4", "extensiondir")
 
+    def __init__(self, session):
+        super().__init__(session)
+        self._known = (None, None)  # the window that was asked for last, and what holds its tabs
+
     def _command(self, folder):
         return ["nautilus", "--new-window", folder]
 
@@ -19,8 +23,19 @@ class Nautilus(GtkFileManager):
         # picture, and the window has no time to read its folder.
         return {"GSK_RENDERER": "cairo"}
 
+    # All of the window, with its sidebar, takes long to go through.
+
+    def _tab_view(self):
+        frame = self._frame()
+        known, tab_view = self._known
+        if tab_view is None or frame != known or not tree.matches(tab_view, "filler", "AdwTabView"):
+            self._known = (frame, tree.find(frame, "filler", "AdwTabView"))
+        return self._known[1]
+
     def _view(self):
-        return tree.find(self._frame(), "filler", "Content View")
+        """That of the last tab."""
+        pages = tree.find_all(self._tab_view(), "panel", "GtkStackPage")
+        return tree.find(pages[-1], "filler", "Content View") if pages else None
 
     def _item(self, name):
         cells = tree.find_all(self._view(), "table cell", name)
@@ -54,6 +69,16 @@ class Nautilus(GtkFileManager):
     def _press_close(self):
         tree.press(tree.find(self._frame(), "push button", "Close"))
 
+    @staticmethod
+    def _is_tab(node):
+        return tree.matches(node, "filler", "AdwTab")
+
+    def _press_open_tab(self):
+        tree.act(self._frame(), "win.new-tab")
+
+    def _press_close_tab(self):
+        tree.act(self._frame(), "win.close-current-view")
+
     def go_up(self, name):
         tree.act(self._frame(), "win.up")
         self._wait_for_window(name)
@@ -61,8 +86,9 @@ class Nautilus(GtkFileManager):
     # Menus: one with pages, of which a submenu's is shown in the place of the first.
 
     def _popup(self):
-        menus = tree.find_all(self._view(), "menu")
-        return next((menu for menu in menus if tree.extents(menu)), None)
+        view = self._view()
+        return next((node for node in (tree.children(view) if view else [])
+                     if tree.matches(node, "menu", None) and tree.extents(node)), None)
 
     def _pages(self):
         pages = tree.find_all(self._popup(), "panel", "GtkStackPage")

@@ -1,9 +1,9 @@
 """Nemo, in its list view: the icons of its icon view are not in the accessibility tree."""
 
 import tree
-from managers.gtk import GtkFileManager, InRows
+from managers.gtk import SETTINGS, GtkFileManager, InRows
 
-SETTINGS = """[org/nemo/preferences]
+IN_ROWS = """[org/nemo/preferences]
 default-folder-viewer='list-view'
 
 [org/nemo/window-state]
@@ -17,10 +17,14 @@ class Nemo(InRows, GtkFileManager):
     extensions = ("libnemo-extension", "extensiondir")
 
     def prepare(self):
-        self.write_settings(SETTINGS)
+        self.session.write_settings(SETTINGS, IN_ROWS)
 
     def _command(self, folder):
         return ["nemo", "--geometry=1200x700+0+0", folder]
 
+    def split(self):
+        self._split_with(lambda: tree.press(tree.find(self._frame(), "check menu item", "Extra Pane")))
+        tree.click(*self._background())  # the first click only tells which half is meant
+
     def _view(self):
-        return tree.find(self._frame(), "tree table") or tree.find(self._frame(), "table")
+        return tree.find_rightmost(self._frame(), "tree table") or tree.find_rightmost(self._frame(), "table")

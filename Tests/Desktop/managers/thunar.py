@@ -5,7 +5,7 @@ from managers.base import TOOLBAR_ITEM, FileManager
 from managers.gtk import GtkFileManager, InRows
 from waiting import same_twice, until
 
-SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
+IN_ROWS = """<?xml version="1.0" encoding="UTF-8"?>
 <channel name="thunar" version="1.0">
   <property name="default-view" type="string" value="ThunarDetailsView"/>
   <property name="last-view" type="string" value="ThunarDetailsView"/>
@@ -20,19 +20,17 @@ class Thunar(InRows, GtkFileManager):
     name = "thunar"
     extensions = ("thunarx-3", "extensionsdir")
     shows_disabled = False
+    tells_hidden_tabs = False
 
     def __init__(self, session):
         super().__init__(session)
         self._is_in_submenu = False
 
     def prepare(self):
-        bookmarks = self.session.root / "home/.config/gtk-3.0/bookmarks"
-        bookmarks.parent.mkdir(parents=True, exist_ok=True)
-        drive = self.session.root / "Drive"
-        bookmarks.write_text(f"{drive.as_uri()}\n{(drive / 'Docs').as_uri()}\n")
-        settings = self.session.root / "home/.config/xfce4/xfconf/xfce-perchannel-xml/thunar.xml"
-        settings.parent.mkdir(parents=True, exist_ok=True)
-        settings.write_text(SETTINGS)
+        drive = self.session.home / "Drive"
+        self.session.write_settings(".config/gtk-3.0/bookmarks",
+                                    f"{drive.as_uri()}\n{(drive / 'Docs').as_uri()}\n")
+        self.session.write_settings(".config/xfce4/xfconf/xfce-perchannel-xml/thunar.xml", IN_ROWS)
 
     def _command(self, folder):
         return ["thunar", folder]
@@ -42,6 +40,15 @@ class Thunar(InRows, GtkFileManager):
 
     def _press_close(self):
         self._press_key("ctrl+q")
+
+    def _press_open_tab(self):
+        self._press_key("ctrl+t")
+
+    def _press_close_tab(self):
+        self._press_key("ctrl+w")
+
+    def split(self):
+        self._split_with(lambda: self._press_key("F3"))
 
     def go_up(self, name):
         self._press_key("alt+Up")
@@ -53,7 +60,7 @@ class Thunar(InRows, GtkFileManager):
         tree.xdotool("key", key)
 
     def _view(self):
-        return tree.find(self._frame(), "directory pane")
+        return tree.find_rightmost(self._frame(), "directory pane")
 
     # Menus
 
