@@ -2,7 +2,7 @@
 
 A case is called path/role or path/role/size. All programs run on one processor, one after the other, each
 with its cases mixed at random, so that what disturbs the machine disturbs ours, floor and peer alike; a
-figure is the median of its repetitions.
+figure is the median of its repetitions. Processor time is what counts, unless a case takes another.
 """
 
 import json
@@ -48,6 +48,12 @@ def case_of(name):
     return parts[0], parts[1], int(parts[2]) if len(parts) == 3 else None
 
 
+def seconds_of(run):
+    """A case says in its name when its time is not the processor's."""
+    real = run["run_name"].endswith(("/real_time", "/manual_time"))
+    return run["real_time" if real else "cpu_time"] * SECONDS[run["time_unit"]]
+
+
 def figures_of(report):
     """The medians of each case of a program's report."""
     runs = {}
@@ -57,7 +63,7 @@ def figures_of(report):
         if run.get("error_occurred"):
             raise MeasuringError(f"{run['name']}: {run.get('error_message', 'failed')}")
         values = runs.setdefault(case_of(run["run_name"]), {})
-        values.setdefault(TIME, []).append(run["real_time"] * SECONDS[run["time_unit"]])
+        values.setdefault(TIME, []).append(seconds_of(run))
         for key in run.keys() - NO_COUNTERS:
             values.setdefault(key, []).append(run[key])
     return {case: {key: statistics.median(each) for key, each in values.items()}
