@@ -9,8 +9,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <exception>
-#include <iostream>
 #include <string>
 
 namespace {
@@ -24,7 +22,7 @@ constexpr std::int64_t kMessages = 64;
 void exchange(benchmark::State& state, const TransportKind& kind, std::int64_t batch) {
     const ScratchFolder folder;
     const LinkPeers peers(kind, folder.path(), static_cast<std::size_t>(batch));
-    const auto transport = kind.connect(folder.path());
+    const auto transport = kind.connect(folder.path(), static_cast<std::size_t>(batch));
     ProcessorTime time(peers.processes());
     while (state.KeepRunningBatch(kMessages)) {
         for (std::int64_t i = 1; i <= kMessages; ++i) {
@@ -50,22 +48,14 @@ void addAll(const std::string& path, const TransportKind& ours, std::int64_t bat
     add(path + "/zeromq", kZeroMQ, batch);
 }
 
+void registerCases() {
+    addAll("link-small-message", kPort, kMessages);
+    addAll("link-archived-path", kLink, kMessages);
+    addAll("link-latency", kPort, 1);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        if (const auto served = Benchmarks::servedBy(argc, argv)) {
-            return *served;
-        }
-        benchmark::Initialize(&argc, argv);
-        addAll("link-small-message", Benchmarks::kPort, kMessages);
-        addAll("link-archived-path", Benchmarks::kLink, kMessages);
-        addAll("link-latency", Benchmarks::kPort, 1);
-        addAll("link-latency-archived-path", Benchmarks::kLink, 1);
-        benchmark::RunSpecifiedBenchmarks();
-    } catch (const std::exception& error) {
-        std::cerr << argv[0] << ": " << error.what() << '\n';
-        return 1;
-    }
-    return 0;
+    return runBenchmarks(argc, argv, &registerCases);
 }

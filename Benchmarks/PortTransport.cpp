@@ -1,5 +1,6 @@
 // The small message by way of a port, and by way of the link with what it archives.
 
+#include "Benchmarks/Support/Pages.h"
 #include "Benchmarks/Support/Peer.h"
 #include "Benchmarks/Support/SmallMessage.h"
 #include "Benchmarks/Support/Transport.h"
@@ -12,6 +13,7 @@
 #include <functional>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace Benchmarks {
 
@@ -64,8 +66,10 @@ class Happening {
 // A port of this process that counts what it gets.
 class Receiver final : public NS::MachPortDelegate {
   public:
-    Receiver(std::size_t batch, std::function<void()> complete)
-        : batches_(batch, std::move(complete)) {
+    using Check = void(const NS::Array& components);
+
+    Receiver(Check* check, std::size_t batch, std::function<void()> complete)
+        : check_(check), batches_(batch, std::move(complete)) {
         port_->setDelegate(this);
         NS::RunLoop::currentRunLoop()->addPort_forMode(port_, NS::RunLoopMode::kDefault);
     }
@@ -75,10 +79,7 @@ class Receiver final : public NS::MachPortDelegate {
     }
 
     void handlePortMessage(const NS::Ref<NS::PortMessage>& message) override {
-        const NS::Array& components = *message->components();
-        require(components.count() == 2 &&
-                    NS::cast<NS::Data>(components.objectAtIndex(1))->length() == kArchiveLength,
-                "a message came that nobody sent");
+        check_(*message->components());
         sender_ = message->sendPort();
         batches_.count();
     }
@@ -90,6 +91,7 @@ class Receiver final : public NS::MachPortDelegate {
   private:
     NS::Ref<NS::MachPort> port_ = NS::MachPort::port();
     NS::RefPtr<NS::MachPort> sender_;
+    Check* check_;
     Batches batches_;
 };
 
@@ -100,40 +102,71 @@ void send(NS::MachPort& destination, const NS::Array& components,
             "a message was lost");
 }
 
+void checkSmall(const NS::Array& components) {
+    require(components.count() == 2 &&
+                NS::cast<NS::Data>(components.objectAtIndex(1))->length() == kArchiveLength,
+            "a message came that nobody sent");
+}
+
+void checkPayload(const NS::Array& components) {
+    require(components.count() == 1, "a message came that nobody sent");
+    readPages(NS::cast<NS::Data>(components.objectAtIndex(0))->bytes());
+}
+
+NS::Ref<NS::Array> payloadOf(std::size_t length) {
+    std::vector<std::byte> bytes(length);
+    fillPages(bytes);
+    return NS::Array::arrayWithObjects({NS::Data::dataWithVector(std::move(bytes))});
+}
+
+NS::Ref<NS::MachPort> otherSide() {
+    const auto found = NS::MachBootstrapServer::sharedInstance()->portForName(*NS::str(kPortName));
+    require(static_cast<bool>(found), "the other side's port is not there");
+    return NS::Ref<NS::MachPort>(*found);
+}
+
+// Sends the same message again and again, and gets small ones for answers.
 class PortTransport final : public Transport {
   public:
-    PortTransport() {
-        const auto found =
-            NS::MachBootstrapServer::sharedInstance()->portForName(*NS::str(kPortName));
-        require(static_cast<bool>(found), "the other side's port is not there");
-        destination_ = found;
-    }
+    explicit PortTransport(NS::Ref<NS::Array> message) : message_(std::move(message)) {}
 
-    void post() override { send(*destination_, components_, receiver_->port()); }
+    void post() override { send(destination_, message_, receiver_->port()); }
     void awaitAnswer() override { answer_.await(); }
 
   private:
     Happening answer_;
-    NS::Ref<Receiver> receiver_ = NS::make<Receiver>(1U, [this] { answer_.happen(); });
-    NS::RefPtr<NS::MachPort> destination_;
-    NS::Ref<NS::Array> components_ = smallMessage();
+    NS::Ref<Receiver> receiver_ = NS::make<Receiver>(&checkSmall, 1U, [this] { answer_.happen(); });
+    NS::Ref<NS::MachPort> destination_ = otherSide();
+    NS::Ref<NS::Array> message_;
 };
 
-std::unique_ptr<Transport> connectPort(const std::filesystem::path&) {
-    return std::make_unique<PortTransport>();
-}
-
-void servePort(const std::filesystem::path&, std::size_t batch) {
+void serve(Receiver::Check* check, std::size_t batch) {
     Receiver* answering = nullptr;
-    const auto components = smallMessage();
+    const auto answer = smallMessage();
     const auto receiver = NS::make<Receiver>(
-        batch, [&] { send(*answering->sender(), components, answering->port()); });
+        check, batch, [&] { send(*answering->sender(), answer, answering->port()); });
     answering = receiver.get();
     require(NS::MachBootstrapServer::sharedInstance()->registerPort_name(receiver->port(),
                                                                          *NS::str(kPortName)),
             "the port's name is taken");
     Peer::sayReady();
     NS::RunLoop::currentRunLoop()->run();
+}
+
+std::unique_ptr<Transport> connectPort(const std::filesystem::path&, std::size_t) {
+    return std::make_unique<PortTransport>(smallMessage());
+}
+
+void servePort(const std::filesystem::path&, std::size_t batch) {
+    serve(&checkSmall, batch);
+}
+
+std::unique_ptr<Transport> connectPortPayload(const std::filesystem::path&, std::size_t length) {
+    return std::make_unique<PortTransport>(payloadOf(length));
+}
+
+void servePortPayload(const std::filesystem::path&, std::size_t) {
+    serve(&checkPayload, 1);
 }
 
 // One end of the link: counts the paths that its handler gets.
@@ -184,7 +217,7 @@ class LinkTransport final : public Transport {
     NS::Ref<NS::String> path_ = pathOnDrive();
 };
 
-std::unique_ptr<Transport> connectLink(const std::filesystem::path&) {
+std::unique_ptr<Transport> connectLink(const std::filesystem::path&, std::size_t) {
     return std::make_unique<LinkTransport>();
 }
 
@@ -208,6 +241,7 @@ void serveLink(const std::filesystem::path&, std::size_t batch) {
 } // namespace
 
 const TransportKind kPort{"port", &connectPort, &servePort};
+const TransportKind kPortPayload{"port-payload", &connectPortPayload, &servePortPayload};
 const TransportKind kLink{"link", &connectLink, &serveLink};
 
 } // namespace Benchmarks

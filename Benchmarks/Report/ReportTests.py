@@ -81,8 +81,8 @@ class Figures(unittest.TestCase):
 class Programs(unittest.TestCase):
     def test_that_fail_are_named(self):
         with tempfile.TemporaryDirectory() as folder:
-            program = program_that(folder, "exit 3\n")
-            with self.assertRaisesRegex(measuring.MeasuringError, "fake ended with status 3"):
+            program = program_that(folder, "echo why >&2; exit 3\n")
+            with self.assertRaisesRegex(measuring.MeasuringError, "fake ended with status 3: why"):
                 measuring.names_in(program)
 
     def test_that_are_not_there_are_missed(self):
@@ -168,8 +168,19 @@ class Growth(unittest.TestCase):
         self.assertEqual((path, sizes), ("p", [1000, 10000, 100000]))
         self.assertAlmostEqual(exponent, 2.0)
 
-    def test_needs_three_sizes_that_are_not_small(self):
-        figures = {("p", "ours", size): {goals.TIME: 1.0} for size in (1, 10, 1000, 10000)}
+    def test_leaves_out_sizes_that_tell_nothing(self):
+        figures = {("p", "ours", size): {goals.TIME: max(1e-5, 1e-8 * size)}
+                   for size in (1, 10, 1000, 10000, 100000)}
+        (_, sizes, exponent), = growth.of_each_path(figures)
+        self.assertEqual(sizes, [1000, 10000, 100000])
+        self.assertAlmostEqual(exponent, 1.0)
+
+    def test_of_short_paths_begins_early(self):
+        figures = {("p", "ours", size): {goals.TIME: 1e-6 * size} for size in (1, 10, 100, 1000)}
+        self.assertEqual(growth.of_each_path(figures)[0][1], [10, 100, 1000])
+
+    def test_needs_three_sizes(self):
+        figures = {("p", "ours", size): {goals.TIME: 1.0} for size in (1, 10, 10000)}
         self.assertEqual(growth.of_each_path(figures), [])
 
 

@@ -78,16 +78,17 @@ def programs_in(folder):
     return found
 
 
-def run(program, arguments, **options):
-    done = subprocess.run([program, *arguments], text=True, check=False, **options)
+def run(program, arguments):
+    """What a program prints, when all goes well."""
+    done = subprocess.run([program, *arguments], text=True, check=False, capture_output=True)
     if done.returncode != 0:
-        raise MeasuringError(f"{program.name} ended with status {done.returncode}")
-    return done
+        last = (done.stderr.splitlines() or [""])[-1]
+        raise MeasuringError(f"{program.name} ended with status {done.returncode}: {last}")
+    return done.stdout
 
 
 def names_in(program):
-    done = run(program, ["--benchmark_list_tests"], stdout=subprocess.PIPE)
-    return done.stdout.splitlines()
+    return run(program, ["--benchmark_list_tests"]).splitlines()
 
 
 def filter_for(names):
@@ -101,8 +102,7 @@ def measure_program(program, names, effort):
                       "--benchmark_enable_random_interleaving",
                       f"--benchmark_repetitions={effort.repetitions}",
                       f"--benchmark_min_time={effort.seconds}",
-                      f"--benchmark_out={out}", "--benchmark_out_format=json"],
-            stdout=subprocess.DEVNULL)
+                      f"--benchmark_out={out}", "--benchmark_out_format=json"])
         return figures_of(json.loads(out.read_text(encoding="utf-8")))
 
 

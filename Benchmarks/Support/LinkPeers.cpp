@@ -1,6 +1,9 @@
 #include "Benchmarks/Support/LinkPeers.h"
 
-#include <algorithm>
+#include <benchmark/benchmark.h>
+
+#include <exception>
+#include <iostream>
 #include <string>
 #include <string_view>
 
@@ -8,26 +11,26 @@ namespace Benchmarks {
 
 namespace {
 
-const TransportKind* const kKinds[] = {&kRaw, &kPort, &kLink, &kBus, &kZeroMQ};
+const TransportKind* const kKinds[] = {
+    &kRaw, &kPort, &kLink, &kBus, &kZeroMQ, &kRawFile, &kPortPayload, &kPortClients, &kRawClients};
 
-// It tells its address where another side says that it is ready. It complains where it may not open
-// as many files as it likes.
-void startDaemon(std::optional<Peer>& daemon, const std::filesystem::path& folder) {
-    const std::string command =
-        "exec " DBUS_DAEMON " --session --nofork --nopidfile --nosyslog --print-address=3 "
-        "--address=unix:path=\"$1/bus\" 2>/dev/null";
-    daemon.emplace("/bin/sh", std::vector<std::string>{"-c", command, "sh", folder});
+void serve(std::string_view name, const std::filesystem::path& folder, std::size_t number) {
+    for (const TransportKind* const kind : kKinds) {
+        if (name == kind->name) {
+            kind->serve(folder, number);
+        }
+    }
 }
 
 } // namespace
 
 LinkPeers::LinkPeers(const TransportKind& kind, const std::filesystem::path& folder,
-                     std::size_t batch) {
+                     std::size_t number) {
     if (&kind == &kBus) {
-        startDaemon(daemon_, folder);
+        daemon_.emplace(folder);
     }
     peer_.emplace(Peer::ownProgram(),
-                  std::vector<std::string>{kPeerOption, kind.name, folder, std::to_string(batch)});
+                  std::vector<std::string>{kPeerOption, kind.name, folder, std::to_string(number)});
 }
 
 std::vector<int> LinkPeers::processes() const {
@@ -38,16 +41,19 @@ std::vector<int> LinkPeers::processes() const {
     return found;
 }
 
-std::optional<int> servedBy(int argc, char** argv) {
-    if (argc != 5 || std::string_view(argv[1]) != kPeerOption) {
-        return std::nullopt;
+int runBenchmarks(int argc, char** argv, void (*registerCases)()) {
+    try {
+        if (argc == 5 && std::string_view(argv[1]) == kPeerOption) {
+            serve(argv[2], argv[3], std::stoul(argv[4]));
+            return 0;
+        }
+        benchmark::Initialize(&argc, argv);
+        registerCases();
+        benchmark::RunSpecifiedBenchmarks();
+    } catch (const std::exception& error) {
+        std::cerr << argv[0] << ": " << error.what() << '\n';
+        return 1;
     }
-    const auto* const found = std::ranges::find_if(
-        kKinds, [&](const TransportKind* kind) { return std::string_view(argv[2]) == kind->name; });
-    if (found == std::end(kKinds)) {
-        return 2;
-    }
-    (*found)->serve(argv[3], std::stoul(argv[4]));
     return 0;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Benchmarks/Support/BusDaemon.h"
 #include "Benchmarks/Support/Peer.h"
 #include "Benchmarks/Support/Transport.h"
 
@@ -13,16 +14,18 @@ namespace Benchmarks {
 // The other side of a transport, and the daemon between the two where it takes one.
 class LinkPeers {
   public:
-    LinkPeers(const TransportKind& kind, const std::filesystem::path& folder, std::size_t batch);
+    LinkPeers(const TransportKind& kind, const std::filesystem::path& folder, std::size_t number);
 
+    Peer& peer() noexcept { return *peer_; }
     std::vector<int> processes() const;
 
   private:
-    std::optional<Peer> daemon_;
+    std::optional<BusDaemon> daemon_;
     std::optional<Peer> peer_;
 };
 
-// Serves, when this process was started as the other side; then its exit status.
-std::optional<int> servedBy(int argc, char** argv);
+// The main function of a program of benchmarks: is the other side, when started as such, or
+// registers and runs its cases.
+int runBenchmarks(int argc, char** argv, void (*registerCases)());
 
 } // namespace Benchmarks

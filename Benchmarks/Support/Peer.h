@@ -28,6 +28,8 @@ class Peer {
 
     int process() const noexcept { return pid_; }
     void kill();
+    // Does not wait for its end.
+    void sendKill() const;
     // Bytes of memory that it has now.
     std::size_t residentBytes() const;
 

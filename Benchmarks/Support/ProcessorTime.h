@@ -20,4 +20,7 @@ class ProcessorTime {
     double last_ = 0;
 };
 
+// Seconds of processor time that another process has taken since it began.
+double processorTimeOf(int process);
+
 } // namespace Benchmarks

@@ -5,7 +5,7 @@
 namespace Benchmarks {
 
 // A folder that goes with this object. While it lives, the programs of this tree keep everything in
-// it: it is the process's home, run-time and data folder.
+// it: it is the process's home, run-time and data folder, and the session bus's place.
 class ScratchFolder {
   public:
     ScratchFolder();

@@ -6,10 +6,10 @@
 #include <memory>
 #include <string>
 
-// Ways of one small message, an action of 10 bytes and an archive of 250, to another process.
+// Ways of a message to another process.
 //
-// Each is a pair: the sender, which asks for an answer with each so manieth message, and the other
-// side, which checks what it gets, counts, and answers with such a message.
+// Each is a pair: the sender, and the other side, which checks what it gets, counts, and answers
+// each so manieth message.
 namespace Benchmarks {
 
 inline constexpr std::size_t kActionLength = 10;
@@ -31,11 +31,14 @@ class Transport {
 
 struct TransportKind {
     const char* name;
-    // In the folder of both sides, once the other side is ready.
-    std::unique_ptr<Transport> (*connect)(const std::filesystem::path& folder);
-    // Says that it is ready, and answers each batch until it is killed.
-    void (*serve)(const std::filesystem::path& folder, std::size_t batch);
+    // In the folder of both sides, once the other side is ready, and with the same number.
+    std::unique_ptr<Transport> (*connect)(const std::filesystem::path& folder, std::size_t number);
+    // Says that it is ready, and serves until it is killed.
+    void (*serve)(const std::filesystem::path& folder, std::size_t number);
 };
+
+// One small message, an action of 10 bytes and an archive of 250; as many as the number says have
+// one answer, which is such a message.
 
 // A packet socket and epoll, with one buffer of the bytes that a port sends: one system call to
 // send, one to wait and one to receive for each message.
@@ -48,5 +51,19 @@ extern const TransportKind kLink;
 extern const TransportKind kBus;
 // A pair of ZeroMQ sockets over the same kind of socket.
 extern const TransportKind kZeroMQ;
+
+// One message with a payload of as many bytes as the number says, all of whose pages the other side
+// reads before it answers.
+
+// A memory file, written, sealed, sent along with a packet, checked, mapped.
+extern const TransportKind kRawFile;
+extern const TransportKind kPortPayload;
+
+// As many clients of a server as the number says, without a connect(): each order has them take in
+// what so many broadcasts brought.
+inline constexpr int kBroadcastsAtOnce = 16;
+
+extern const TransportKind kPortClients;
+extern const TransportKind kRawClients;
 
 } // namespace Benchmarks

@@ -84,7 +84,7 @@ class BusTransport final : public Transport {
     std::array<std::byte, kArchiveLength> archive_{};
 };
 
-std::unique_ptr<Transport> connectBus(const std::filesystem::path& folder) {
+std::unique_ptr<Transport> connectBus(const std::filesystem::path& folder, std::size_t) {
     return std::make_unique<BusTransport>(folder);
 }
 

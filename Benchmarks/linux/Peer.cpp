@@ -116,6 +116,10 @@ void Peer::kill() {
     }
 }
 
+void Peer::sendKill() const {
+    (void)::kill(pid_, SIGKILL); // it is there, or waited for
+}
+
 std::size_t Peer::residentBytes() const {
     return residentBytesOf(pid_);
 }

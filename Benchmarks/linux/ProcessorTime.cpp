@@ -43,6 +43,10 @@ double ProcessorTime::now() const {
     return sum;
 }
 
+double processorTimeOf(int process) {
+    return secondsOf(clockOf(process));
+}
+
 double ProcessorTime::lap() {
     const double before = std::exchange(last_, now());
     return last_ - before;

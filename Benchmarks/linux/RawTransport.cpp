@@ -42,7 +42,7 @@ class RawTransport final : public Transport {
     std::array<std::byte, 4096> buffer_{};
 };
 
-std::unique_ptr<Transport> connectRaw(const std::filesystem::path& folder) {
+std::unique_ptr<Transport> connectRaw(const std::filesystem::path& folder, std::size_t) {
     return std::make_unique<RawTransport>(connectTo(folder / "raw"));
 }
 

@@ -24,6 +24,7 @@ ScratchFolder::ScratchFolder() {
     for (const char* const variable : kVariables) {
         (void)::setenv(variable, name.c_str(), 1); // fails only for names that are none
     }
+    (void)::setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + name + "/bus").c_str(), 1);
 }
 
 ScratchFolder::~ScratchFolder() {

@@ -49,7 +49,7 @@ class ZeroMQTransport final : public Transport {
     std::array<std::byte, kArchiveLength> archive_{};
 };
 
-std::unique_ptr<Transport> connectZeroMQ(const std::filesystem::path& folder) {
+std::unique_ptr<Transport> connectZeroMQ(const std::filesystem::path& folder, std::size_t) {
     return std::make_unique<ZeroMQTransport>(folder, &::zmq_connect);
 }
 
