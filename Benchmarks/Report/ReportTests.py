@@ -16,8 +16,8 @@ import writing
 
 
 def run(name, seconds, **more):
-    return {"name": name, "run_name": name, "run_type": "iteration", "real_time": seconds,
-            "time_unit": "s", "iterations": 1, **more}
+    return {"name": name, "run_name": name, "run_type": "iteration", "real_time": 99.0,
+            "cpu_time": seconds, "time_unit": "s", "iterations": 1} | more
 
 
 def row(**more):
@@ -56,12 +56,17 @@ class Figures(unittest.TestCase):
         self.assertEqual(measuring.figures_of(report), {("p", "ours", None): {goals.TIME: 2.0}})
 
     def test_leave_out_what_the_library_summed_up(self):
-        report = {"benchmarks": [run("p/ours", 1.0), {**run("p/ours", 7.0), "run_type": "aggregate"}]}
+        report = {"benchmarks": [run("p/ours", 1.0), run("p/ours", 7.0, run_type="aggregate")]}
         self.assertEqual(measuring.figures_of(report)["p", "ours", None][goals.TIME], 1.0)
 
     def test_come_in_seconds(self):
-        report = {"benchmarks": [{**run("p/ours", 3.0), "time_unit": "us"}]}
+        report = {"benchmarks": [run("p/ours", 3.0, time_unit="us")]}
         self.assertEqual(measuring.figures_of(report)["p", "ours", None][goals.TIME], 3e-6)
+
+    def test_are_of_the_clock_that_the_case_takes(self):
+        report = {"benchmarks": [run("p/ours/real_time", 3.0), run("p/floor/manual_time", 3.0)]}
+        times = [values[goals.TIME] for values in measuring.figures_of(report).values()]
+        self.assertEqual(times, [99.0, 99.0])
 
     def test_include_counters(self):
         report = {"benchmarks": [run("p/ours", 1.0, waiting=300)]}
@@ -76,8 +81,8 @@ class Figures(unittest.TestCase):
 class Programs(unittest.TestCase):
     def test_that_fail_are_named(self):
         with tempfile.TemporaryDirectory() as folder:
-            program = program_that(folder, "exit 3\n")
-            with self.assertRaisesRegex(measuring.MeasuringError, "fake ended with status 3"):
+            program = program_that(folder, "echo why >&2; exit 3\n")
+            with self.assertRaisesRegex(measuring.MeasuringError, "fake ended with status 3: why"):
                 measuring.names_in(program)
 
     def test_that_are_not_there_are_missed(self):
@@ -90,7 +95,7 @@ class Programs(unittest.TestCase):
             program_that(folder, 'case "$*" in *list_tests*) printf "a-b/ours\\nc/ours\\n"; exit;; esac\n'
                          f'echo "$*" >{folder}/arguments; for a; do case $a in --benchmark_out=*)\n'
                          'echo \'{"benchmarks": []}\' >"${a#*=}";; esac; done\n')
-            measuring.measure(folder, "a-", measuring.QUICK, lambda text: None)
+            measuring.measure(folder, "a-", measuring.QUICK, tell=lambda text: None)
             arguments = (Path(folder) / "arguments").read_text(encoding="utf-8")
         self.assertIn("--benchmark_filter=^(a-b/ours)$ ", arguments)
 
@@ -163,8 +168,19 @@ class Growth(unittest.TestCase):
         self.assertEqual((path, sizes), ("p", [1000, 10000, 100000]))
         self.assertAlmostEqual(exponent, 2.0)
 
-    def test_needs_three_sizes_that_are_not_small(self):
-        figures = {("p", "ours", size): {goals.TIME: 1.0} for size in (1, 10, 1000, 10000)}
+    def test_leaves_out_sizes_that_tell_nothing(self):
+        figures = {("p", "ours", size): {goals.TIME: max(1e-5, 1e-8 * size)}
+                   for size in (1, 10, 1000, 10000, 100000)}
+        (_, sizes, exponent), = growth.of_each_path(figures)
+        self.assertEqual(sizes, [1000, 10000, 100000])
+        self.assertAlmostEqual(exponent, 1.0)
+
+    def test_of_short_paths_begins_early(self):
+        figures = {("p", "ours", size): {goals.TIME: 1e-6 * size} for size in (1, 10, 100, 1000)}
+        self.assertEqual(growth.of_each_path(figures)[0][1], [10, 100, 1000])
+
+    def test_needs_three_sizes(self):
+        figures = {("p", "ours", size): {goals.TIME: 1.0} for size in (1, 10, 10000)}
         self.assertEqual(growth.of_each_path(figures), [])
 
 

@@ -2,7 +2,7 @@
 
 A case is called path/role or path/role/size. All programs run on one processor, one after the other, each
 with its cases mixed at random, so that what disturbs the machine disturbs ours, floor and peer alike; a
-figure is the median of its repetitions.
+figure is the median of its repetitions. Processor time is what counts, unless a case takes another.
 """
 
 import json
@@ -48,6 +48,12 @@ def case_of(name):
     return parts[0], parts[1], int(parts[2]) if len(parts) == 3 else None
 
 
+def seconds_of(run):
+    """A case says in its name when its time is not the processor's."""
+    real = run["run_name"].endswith(("/real_time", "/manual_time"))
+    return run["real_time" if real else "cpu_time"] * SECONDS[run["time_unit"]]
+
+
 def figures_of(report):
     """The medians of each case of a program's report."""
     runs = {}
@@ -57,7 +63,7 @@ def figures_of(report):
         if run.get("error_occurred"):
             raise MeasuringError(f"{run['name']}: {run.get('error_message', 'failed')}")
         values = runs.setdefault(case_of(run["run_name"]), {})
-        values.setdefault(TIME, []).append(run["real_time"] * SECONDS[run["time_unit"]])
+        values.setdefault(TIME, []).append(seconds_of(run))
         for key in run.keys() - NO_COUNTERS:
             values.setdefault(key, []).append(run[key])
     return {case: {key: statistics.median(each) for key, each in values.items()}
@@ -72,16 +78,17 @@ def programs_in(folder):
     return found
 
 
-def run(program, arguments, **options):
-    done = subprocess.run([program, *arguments], text=True, check=False, **options)
+def run(program, arguments):
+    """What a program prints, when all goes well."""
+    done = subprocess.run([program, *arguments], text=True, check=False, capture_output=True)
     if done.returncode != 0:
-        raise MeasuringError(f"{program.name} ended with status {done.returncode}")
-    return done
+        last = (done.stderr.splitlines() or [""])[-1]
+        raise MeasuringError(f"{program.name} ended with status {done.returncode}: {last}")
+    return done.stdout
 
 
 def names_in(program):
-    done = run(program, ["--benchmark_list_tests"], stdout=subprocess.PIPE)
-    return done.stdout.splitlines()
+    return run(program, ["--benchmark_list_tests"]).splitlines()
 
 
 def filter_for(names):
@@ -95,8 +102,7 @@ def measure_program(program, names, effort):
                       "--benchmark_enable_random_interleaving",
                       f"--benchmark_repetitions={effort.repetitions}",
                       f"--benchmark_min_time={effort.seconds}",
-                      f"--benchmark_out={out}", "--benchmark_out_format=json"],
-            stdout=subprocess.DEVNULL)
+                      f"--benchmark_out={out}", "--benchmark_out_format=json"])
         return figures_of(json.loads(out.read_text(encoding="utf-8")))
 
 
