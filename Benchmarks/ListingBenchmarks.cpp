@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 // What does an entry of a folder listing cost, and does it cost the same in the listing of the
@@ -38,8 +39,17 @@ NS::Ref<NS::Dictionary> replyOf(const benchmark::State& state) {
     return Benchmarks::replyWith(Benchmarks::filesOf(countOf(state)), countOf(state) / 100);
 }
 
-NS::Ref<QVFolderListItem> listingOf(const benchmark::State& state, const char* ending = ".jpeg") {
-    return Benchmarks::listingWith(Benchmarks::filesOf(countOf(state), ending), 0);
+// Made once for each size.
+NS::Ref<QVFolderListItem> listingOf(const benchmark::State& state,
+                                    const std::string& ending = ".jpeg") {
+    static std::map<std::pair<std::size_t, std::string>, NS::Ref<QVFolderListItem>> listings;
+    const std::pair key(countOf(state), ending);
+    const auto known = listings.find(key);
+    if (known != listings.end()) {
+        return known->second;
+    }
+    const auto files = Benchmarks::filesOf(countOf(state), ending.c_str());
+    return listings.emplace(key, Benchmarks::listingWith(files, 0)).first->second;
 }
 
 NS::RefPtr<NS::MutableArray> filesIn(const QVFolderListItem& listing) {
