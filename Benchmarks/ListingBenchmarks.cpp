@@ -1,90 +1,63 @@
-#include "Benchmarks/Names.h"
 #include "Benchmarks/ResidentMemory.h"
+#include "Benchmarks/Support/Listings.h"
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Foundation/KeyedArchiver.h"
-#include "Platform/Foundation/KeyedUnarchiver.h"
-#include "Platform/Foundation/Number.h"
 #include "QVApi/Content/QVFileItem.h"
 #include "QVApi/Content/QVFolderListItem.h"
 
 #include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstddef>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
 // What does an entry of a folder listing cost, and does it cost the same in the listing of the
-// largest drive? A listing has a folder for each hundred files.
+// largest drive? Beside it, what plain structs cost that are made of the same reply as a tree of
+// JSON, and one pass over the names that an operation has to look at.
 
 namespace {
 
+using Benchmarks::File;
 using Benchmarks::MemoryMeter;
 
-std::size_t filesOf(const benchmark::State& state) {
+constexpr const char* kNotAscii = " \u00DCbersicht.jpeg";
+
+void check(bool holds, const char* what) {
+    if (!holds) {
+        NS::Exception::raise(NS::kGenericException, what);
+    }
+}
+
+std::size_t countOf(const benchmark::State& state) {
     return static_cast<std::size_t>(state.range(0));
 }
 
-std::size_t entriesOf(const benchmark::State& state) {
-    return filesOf(state) + filesOf(state) / 100;
+NS::Ref<NS::Dictionary> replyOf(const benchmark::State& state) {
+    return Benchmarks::replyWith(Benchmarks::filesOf(countOf(state)), countOf(state) / 100);
 }
 
-std::string numbered(const char* before, std::size_t number, const char* behind) {
-    std::string digits = std::to_string(number);
-    digits.insert(0, digits.size() < 7 ? 7 - digits.size() : 0, '0');
-    return before + digits + behind;
-}
-
-// One entry of a reply, as the service sends it: every value a text.
-NS::Ref<NS::Object> entry(const char* identifierKey, std::size_t number, const char* ending) {
-    static const NS::Ref<NS::String> kName = NS::str("Name");
-    static const NS::Ref<NS::String> kDate = NS::str("DateModified");
-    static const NS::Ref<NS::String> kSize = NS::str("Size");
-    std::vector<NS::Dictionary::Entry> entries;
-    entries.reserve(4);
-    entries.emplace_back(NS::str(identifierKey), NS::str(numbered("8c2e41f7", number, "")));
-    entries.emplace_back(kName, NS::str(numbered("Holiday ", number, ending)));
-    entries.emplace_back(kDate, NS::str(std::to_string(1'500'000'000 + number)));
-    entries.emplace_back(kSize, NS::str(std::to_string(number * 1021)));
-    return NS::make<NS::Dictionary>(std::move(entries));
-}
-
-NS::Ref<NS::Object> entries(const char* identifierKey, std::size_t count, const char* ending) {
-    std::vector<NS::Ref<NS::Object>> list;
-    list.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        list.push_back(entry(identifierKey, i, ending));
+// Made once for each size.
+NS::Ref<QVFolderListItem> listingOf(const benchmark::State& state,
+                                    const std::string& ending = ".jpeg") {
+    static std::map<std::pair<std::size_t, std::string>, NS::Ref<QVFolderListItem>> listings;
+    const std::pair key(countOf(state), ending);
+    const auto known = listings.find(key);
+    if (known != listings.end()) {
+        return known->second;
     }
-    return NS::make<NS::Array>(std::move(list));
+    const auto files = Benchmarks::filesOf(countOf(state), ending.c_str());
+    return listings.emplace(key, Benchmarks::listingWith(files, 0)).first->second;
 }
 
-NS::Ref<NS::Dictionary> reply(std::size_t files, const char* ending = ".jpeg") {
-    auto result = NS::make<NS::MutableDictionary>();
-    for (const char* const key : {"DirUpdateTime", "Name", "ParentFolderID", "ResponseType"}) {
-        result->setObject_forKey(NS::str("1500000000"), key);
-    }
-    result->setObject_forKey(entries("FolderID", files / 100, ""), "Folders");
-    result->setObject_forKey(entries("FileId", files, ending), "Files");
-    return result;
-}
-
-NS::Ref<QVFolderListItem> listing(std::size_t files, const char* ending = ".jpeg") {
-    const auto item = QVFolderListItem::itemWithDict_error(*reply(files, ending), nullptr);
-    if (!item) {
-        NS::Exception::raise(NS::kGenericException, "the reply makes no listing");
-    }
-    return NS::Ref<QVFolderListItem>(*item);
-}
-
-// What each entry takes of the time.
-void countTime(benchmark::State& state) {
-    state.counters["s/entry"] = benchmark::Counter(static_cast<double>(entriesOf(state)),
-                                                   benchmark::Counter::kIsIterationInvariantRate |
-                                                       benchmark::Counter::kInvert);
+NS::RefPtr<NS::MutableArray> filesIn(const QVFolderListItem& listing) {
+    return NS::cast<NS::MutableArray>(listing.files());
 }
 
 void map(benchmark::State& state) {
-    const auto source = reply(filesOf(state));
+    const auto source = replyOf(state);
     double bytes = 0;
     for (auto step : state) {
         state.PauseTiming();
@@ -92,75 +65,153 @@ void map(benchmark::State& state) {
         state.ResumeTiming();
         auto item = QVFolderListItem::itemWithDict_error(*source, nullptr);
         state.PauseTiming();
-        bytes = memory.bytesPer(entriesOf(state));
+        bytes = memory.bytesPer(countOf(state));
         item = nullptr;
         state.ResumeTiming();
     }
-    countTime(state);
     state.counters["resident B/entry"] = bytes;
 }
 
-void archive(benchmark::State& state) {
-    const auto item = listing(filesOf(state));
-    double bytes = 0;
-    for (auto step : state) {
-        const auto data = NS::KeyedArchiver::archivedDataWithRootObject(item);
-        bytes = static_cast<double>(data->length()) / static_cast<double>(entriesOf(state));
+nlohmann::json jsonOf(const char* identifierKey, const std::vector<File>& files) {
+    nlohmann::json list = nlohmann::json::array();
+    for (const File& file : files) {
+        list.push_back({
+            {identifierKey,  file.identifier              },
+            {"Name",         file.name                    },
+            {"DateModified", std::to_string(file.modified)},
+            {"Size",         std::to_string(file.size)    }
+        });
     }
-    countTime(state);
-    state.counters["archive B/entry"] = bytes;
+    return list;
 }
 
-void restore(benchmark::State& state) {
-    const auto data = NS::KeyedArchiver::archivedDataWithRootObject(listing(filesOf(state)));
-    double bytes = 0;
-    for (auto step : state) {
-        state.PauseTiming();
-        const MemoryMeter memory;
-        state.ResumeTiming();
-        auto item = NS::KeyedUnarchiver::unarchiveObjectWithData(*data);
-        state.PauseTiming();
-        bytes = memory.bytesPer(entriesOf(state));
-        item = nullptr;
-        state.ResumeTiming();
+std::vector<File> structsOf(const nlohmann::json& list, const char* identifierKey) {
+    std::vector<File> files;
+    files.reserve(list.size());
+    for (const nlohmann::json& entry : list) {
+        files.push_back({entry.at(identifierKey).get<std::string>(),
+                         entry.at("Name").get<std::string>(),
+                         std::stoll(entry.at("Size").get_ref<const std::string&>()), 0,
+                         std::stoll(entry.at("DateModified").get_ref<const std::string&>())});
     }
-    countTime(state);
-    state.counters["resident B/entry"] = bytes;
-    state.counters["resident/archive"] =
-        bytes * static_cast<double>(entriesOf(state)) / static_cast<double>(data->length());
+    return files;
 }
 
-// Every entry is looked at: nothing has the name.
-void findIn(benchmark::State& state, const NS::Ref<QVFolderListItem>& item) {
-    const auto missing = NS::str("holiday 0000001.png");
+// Of the same reply, in the same tree of values, without the decomposition of the names.
+void mapJson(benchmark::State& state) {
+    const auto files = jsonOf("FileId", Benchmarks::filesOf(countOf(state)));
+    const auto folders = jsonOf("FolderID", Benchmarks::filesOf(countOf(state) / 100, ""));
     for (auto step : state) {
-        benchmark::DoNotOptimize(item->itemNamed(*missing));
+        auto folderStructs = structsOf(folders, "FolderID");
+        auto fileStructs = structsOf(files, "FileId");
+        benchmark::DoNotOptimize(folderStructs);
+        benchmark::DoNotOptimize(fileStructs);
+        state.PauseTiming();
+        folderStructs = {};
+        fileStructs = {};
+        state.ResumeTiming();
     }
-    countTime(state);
+}
+
+// As long as all others and found nowhere: every name is looked at up to where it differs.
+NS::Ref<NS::String> missingName() {
+    return NS::str("holiday 9999999.jpeg");
+}
+
+// The names of a listing's files where they stand, in one list: what a pass has to look at.
+struct Names {
+    explicit Names(const QVFolderListItem& listing) {
+        for (const NS::Ref<NS::Object>& file : *filesIn(listing)) {
+            objects.push_back(NS::cast<NS::String>(NS::cast<QVFileItem>(file)->name()));
+        }
+    }
+
+    std::vector<NS::RefPtr<NS::String>> objects;
+};
+
+char lowered(char c) noexcept {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+bool equalsLowered(std::string_view text, std::string_view lowercase) noexcept {
+    return std::ranges::equal(text, lowercase, {}, lowered);
 }
 
 void itemNamed(benchmark::State& state) {
-    findIn(state, listing(filesOf(state)));
+    const auto listing = listingOf(state);
+    const auto missing = missingName();
+    for (auto step : state) {
+        benchmark::DoNotOptimize(listing->itemNamed(*missing));
+    }
+}
+
+void itemNamedFloor(benchmark::State& state) {
+    const Names names(*listingOf(state));
+    const auto missing = missingName();
+    for (auto step : state) {
+        benchmark::DoNotOptimize(std::ranges::find_if(names.objects, [&](const auto& name) {
+            return equalsLowered(name->ascii(), missing->ascii());
+        }));
+    }
 }
 
 void itemNamedWide(benchmark::State& state) {
-    findIn(state, listing(filesOf(state), " \u00DCbersicht.jpeg"));
+    const auto listing = listingOf(state, kNotAscii);
+    const auto missing = missingName();
+    for (auto step : state) {
+        benchmark::DoNotOptimize(listing->itemNamed(*missing));
+    }
+}
+
+void itemNames(benchmark::State& state) {
+    const auto listing = listingOf(state);
+    for (auto step : state) {
+        auto names = NS::RefPtr<NS::MutableArray>(listing->itemNames());
+        state.PauseTiming();
+        names = nullptr;
+        state.ResumeTiming();
+    }
+}
+
+void itemNamesFloor(benchmark::State& state) {
+    const Names names(*listingOf(state));
+    for (auto step : state) {
+        auto copy = names.objects;
+        benchmark::DoNotOptimize(copy);
+        state.PauseTiming();
+        copy = {};
+        state.ResumeTiming();
+    }
 }
 
 // The last file is put in once more, which takes it out of its place.
 void insert(benchmark::State& state) {
-    const auto item = listing(filesOf(state));
-    const auto files = NS::cast<NS::MutableArray>(item->files());
+    const auto listing = listingOf(state);
+    const auto files = filesIn(*listing);
     const auto last = files->objectAtIndex(files->count() - 1);
     for (auto step : state) {
-        item->insertItem(last);
+        listing->insertItem(last);
     }
-    countTime(state);
+}
+
+// Whoever has this text for a name gives way, and comes back at the end.
+template <class Position>
+void replaceInNames(benchmark::State& state, Position&& position) {
+    auto names = Names(*listingOf(state)).objects;
+    for (auto step : state) {
+        const auto wanted = names[position(names)];
+        std::erase_if(names, [&](const auto& name) { return name->ascii() == wanted->ascii(); });
+        names.push_back(wanted);
+    }
+}
+
+void insertFloor(benchmark::State& state) {
+    replaceInNames(state, [](const auto& names) { return names.size() - 1; });
 }
 
 // A listing from nothing, entry by entry.
 void fill(benchmark::State& state) {
-    const auto entries = listing(filesOf(state))->combinedItems();
+    const auto entries = listingOf(state)->combinedItems();
     double bytes = 0;
     for (auto step : state) {
         state.PauseTiming();
@@ -171,49 +222,53 @@ void fill(benchmark::State& state) {
             item->insertItem(each);
         }
         state.PauseTiming();
-        bytes = memory.bytesPer(entriesOf(state));
+        bytes = memory.bytesPer(countOf(state));
         item = NS::make<QVFolderListItem>();
         state.ResumeTiming();
     }
-    countTime(state);
     state.counters["resident B/entry"] = bytes;
 }
 
 // The first file goes, so that all others move up, and comes back at the end.
 void remove(benchmark::State& state) {
-    const auto item = listing(filesOf(state));
-    const auto files = NS::cast<NS::MutableArray>(item->files());
+    const auto listing = listingOf(state);
+    const auto files = filesIn(*listing);
     for (auto step : state) {
         const auto first = files->objectAtIndex(0);
-        item->removeItemNamed(static_cast<const NS::String&>(*NS::cast<QVFileItem>(first)->name()));
+        listing->removeItemNamed(
+            static_cast<const NS::String&>(*NS::cast<QVFileItem>(first)->name()));
         files->addObject(first);
     }
-    countTime(state);
+}
+
+void removeFloor(benchmark::State& state) {
+    replaceInNames(state, [](const auto&) { return std::size_t{0}; });
 }
 
 void compare(benchmark::State& state) {
-    const auto a = reply(filesOf(state));
-    const auto b = reply(filesOf(state));
+    const auto a = replyOf(state);
+    const auto b = replyOf(state);
     for (auto step : state) {
-        benchmark::DoNotOptimize(a->isEqual(b.get()));
+        check(a->isEqual(b.get()), "the replies differ");
     }
-    countTime(state);
 }
 
 void ofEachSize(benchmark::internal::Benchmark* benchmark) {
-    benchmark->Arg(1'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+    benchmark->RangeMultiplier(10)->Range(1'000, 1'000'000)->Unit(benchmark::kMicrosecond);
 }
 
-using namespace Benchmarks::Names;
-
-BENCHMARK(map)->Name(kListingMap)->Apply(ofEachSize);
-BENCHMARK(archive)->Name(kListingArchive)->Apply(ofEachSize);
-BENCHMARK(restore)->Name(kListingRestore)->Apply(ofEachSize);
-BENCHMARK(itemNamed)->Name(kListingItemNamed)->Apply(ofEachSize);
-BENCHMARK(itemNamedWide)->Name(kListingItemNamedWide)->Apply(ofEachSize);
-BENCHMARK(insert)->Name(kListingInsert)->Apply(ofEachSize);
-BENCHMARK(fill)->Name(kListingFill)->Apply(ofEachSize);
-BENCHMARK(remove)->Name(kListingRemove)->Apply(ofEachSize);
-BENCHMARK(compare)->Name(kListingCompare)->Apply(ofEachSize);
+BENCHMARK(map)->Name("reply-to-records/ours")->Apply(ofEachSize);
+BENCHMARK(mapJson)->Name("reply-to-records/nlohmann-json")->Apply(ofEachSize);
+BENCHMARK(itemNamed)->Name("listing-item-named/ours")->Apply(ofEachSize);
+BENCHMARK(itemNamedFloor)->Name("listing-item-named/floor")->Apply(ofEachSize);
+BENCHMARK(itemNamedWide)->Name("listing-item-named-not-ascii/ours")->Apply(ofEachSize);
+BENCHMARK(itemNames)->Name("listing-item-names/ours")->Apply(ofEachSize);
+BENCHMARK(itemNamesFloor)->Name("listing-item-names/floor")->Apply(ofEachSize);
+BENCHMARK(insert)->Name("listing-insert-item/ours")->Apply(ofEachSize);
+BENCHMARK(insertFloor)->Name("listing-insert-item/floor")->Apply(ofEachSize);
+BENCHMARK(fill)->Name("listing-fill/ours")->Apply(ofEachSize);
+BENCHMARK(remove)->Name("listing-remove-item-named/ours")->Apply(ofEachSize);
+BENCHMARK(removeFloor)->Name("listing-remove-item-named/floor")->Apply(ofEachSize);
+BENCHMARK(compare)->Name("reply-compare/ours")->Apply(ofEachSize);
 
 } // namespace

@@ -171,13 +171,13 @@ TEST_F(CommsServer, LooksAtEveryClientAlsoAfterALiveOne) {
 
 TEST_F(CommsServer, PostsTheNoticeBeforeThePortLeavesTheList) {
     const auto client = newClient("test.1");
-    const auto port =
-        NS::Ref<NS::MachPort>(*NS::cast<NS::MachPort>(server->ports()->objectAtIndex(0)));
+    const auto port = NS::cast<NS::MachPort>(server->ports()->objectAtIndex(0));
+    ASSERT_TRUE(port);
     std::size_t countAtNotice = 0;
     notices->onNotice = [&] {
         countAtNotice = server->ports()->count();
     };
-    server->removeInvalidatedPort(port);
+    server->removeInvalidatedPort(NS::Ref<NS::MachPort>(*port));
     EXPECT_EQ(countAtNotice, 1U);
     EXPECT_EQ(server->ports()->count(), 0U);
 }

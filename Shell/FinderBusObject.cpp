@@ -90,8 +90,9 @@ std::string senderOf(sd_bus_message* call) {
 
 } // namespace
 
-FinderBusObject::FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState state)
-    : extension_(extension), state_(extension, std::move(state)), folders_(extension) {}
+FinderBusObject::FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState state, Host host)
+    : extension_(extension), state_(extension, std::move(state), std::move(host)),
+      folders_(extension) {}
 
 int FinderBusObject::menu(sd_bus_message* call, sd_bus_error* error) {
     CallArguments arguments(call);
@@ -103,6 +104,7 @@ int FinderBusObject::menu(sd_bus_message* call, sd_bus_error* error) {
     if (!arguments.error().empty()) {
         return refuseArguments(error, arguments);
     }
+    noteKind(request.kind);
     return answerWithMenu(call, menuForRequest(extension_, request));
 }
 
@@ -121,6 +123,7 @@ int FinderBusObject::run(sd_bus_message* call, sd_bus_error* error) {
     const auto isTooLate = [&] {
         return isPast(deadline);
     };
+    noteKind(request.kind);
     const RunResult result =
         isTooLate() ? RunResult::kTooLate : runEntryOfMenu(extension_, request, action, isTooLate);
     switch (result) {
@@ -190,6 +193,13 @@ int FinderBusObject::guarded(Handler handler, sd_bus_message* message, sd_bus_er
         return keepRaised(error, exception.what());
     } catch (...) {
         return keepRaised(error, "exception of an unknown type");
+    }
+}
+
+// Making the toolbar's menu asks the host for its record.
+void FinderBusObject::noteKind(FI::MenuKind kind) {
+    if (kind == FI::MenuKind::kToolbarItemMenu) {
+        state_.noteAsked();
     }
 }
 

@@ -8,6 +8,7 @@
 #include <systemd/sd-bus.h>
 
 #include <exception>
+#include <optional>
 #include <utility>
 
 namespace Shell {
@@ -19,13 +20,17 @@ namespace Shell {
 // to the caller as an error and is kept for the one who serves the bus to raise again.
 class FinderBusObject {
   public:
-    FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState state);
+    FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState state, Host host);
 
     // Puts the object on a bus, and watches for callers that leave it; both last as long as the
     // bus. Zero or more, or the negative number of the system's error.
     int exportOn(sd_bus* bus);
     // Looks whether anything published has changed.
     void refresh() { state_.refresh(); }
+    // When to look also if nothing happens.
+    std::optional<HostAnswers::Clock::time_point> nextLook() const noexcept {
+        return state_.nextLook();
+    }
     // Tells the bus what has changed since it was told last.
     void publishChanges(sd_bus* bus);
     // No caller is there any more.
@@ -50,6 +55,7 @@ class FinderBusObject {
     int nameLost(sd_bus_message* signal, sd_bus_error* error);
 
     int guarded(Handler handler, sd_bus_message* message, sd_bus_error* error);
+    void noteKind(FI::MenuKind kind);
     void noteSize(const NS::Array& selection) noexcept;
     int keepRaised(sd_bus_error* error, const char* what);
 

@@ -35,6 +35,11 @@ struct FinderBusObject::Callbacks {
         return sd_bus_message_append(reply, "t",
                                      static_cast<FinderBusObject*>(object)->state_.generation());
     }
+    static int hostAnswers(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply,
+                           void* object, sd_bus_error*) {
+        const bool value = static_cast<FinderBusObject*>(object)->state_.hostAnswers();
+        return sd_bus_message_append(reply, "b", static_cast<int>(value));
+    }
     static int watchedFolders(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply,
                               void* object, sd_bus_error*) {
         int result = sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, "s");
@@ -54,6 +59,8 @@ const sd_bus_vtable FinderBusObject::Callbacks::kTable[] = {
     SD_BUS_PROPERTY(PublishedState::kWatchedFolders, "as", watchedFolders, 0,
                     SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_PROPERTY(PublishedState::kGeneration, "t", generation, 0,
+                    SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_PROPERTY(PublishedState::kHostAnswers, "b", hostAnswers, 0,
                     SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
     SD_BUS_PROPERTY("ToolbarItemName", "s", text<&PublishedState::name>, 0,
                     SD_BUS_VTABLE_PROPERTY_CONST),

@@ -7,6 +7,9 @@ inline constexpr const char* kName = "com.Quorvane.Quorvane.QVFinderExtension";
 inline constexpr const char* kObject = "/com/Quorvane/Quorvane/QVFinderExtension";
 inline constexpr const char* kInterface = "com.Quorvane.Quorvane.QVFinderExtension";
 
+// Had by an extension that does not know its drive yet, and by no other.
+inline constexpr const char* kWaitingName = "com.Quorvane.Quorvane.QVFinderExtension.Waiting";
+
 inline constexpr const char* kErrorInvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
 inline constexpr const char* kErrorLimitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 inline constexpr const char* kErrorNotInMenu =

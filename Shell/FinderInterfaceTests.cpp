@@ -44,8 +44,9 @@ TEST_F(FinderInterface, IsTheOneOnItsPage) {
 TEST_F(FinderInterface, HasItsNamesOnItsPage) {
     const std::string page = Tests::contentsOf(FINDER_BUS_PAGE);
     using namespace Shell::FinderInterface;
-    for (const char* const name : {kName, kObject, kErrorInvalidArgs, kErrorLimitsExceeded,
-                                   kErrorNotInMenu, kErrorTooLate, kErrorRaised}) {
+    for (const char* const name :
+         {kName, kWaitingName, kObject, kErrorInvalidArgs, kErrorLimitsExceeded, kErrorNotInMenu,
+          kErrorTooLate, kErrorRaised}) {
         EXPECT_NE(page.find(std::string("`") + name + "`"), std::string::npos) << name;
     }
 }

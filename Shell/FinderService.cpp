@@ -24,7 +24,7 @@ NS::Ref<NS::String> errorText(int negativeNumber) {
         std::system_category().message(-negativeNumber));
 }
 
-int nameRequested(sd_bus_message* reply, void*, sd_bus_error*) {
+int nameRequested(sd_bus_message* reply, void* onNamed, sd_bus_error*) {
     std::uint32_t answer = 0;
     if (sd_bus_message_is_method_error(reply, nullptr) > 0) {
         NS::Log("the session bus refuses the name %@: %@", NS::str(FinderInterface::kName),
@@ -33,6 +33,9 @@ int nameRequested(sd_bus_message* reply, void*, sd_bus_error*) {
         NS::Log("another process has the name %@ on the session bus; waiting for it",
                 NS::str(FinderInterface::kName));
     }
+    if (const auto& tell = *static_cast<std::function<void()>*>(onNamed)) {
+        tell();
+    }
     return 1;
 }
 
@@ -40,21 +43,22 @@ int nameRequested(sd_bus_message* reply, void*, sd_bus_error*) {
 
 class FinderService::Server final : public BusConnection::Delegate {
   public:
-    Server(NS::Ref<FI::FinderSync> extension, MenuState state)
-        : object_(std::move(extension), std::move(state)) {}
+    Server(NS::Ref<FI::FinderSync> extension, MenuState state, Host host)
+        : object_(std::move(extension), std::move(state), std::move(host)) {}
     ~Server() { connection_->close(); }
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
     // Zero or more, or the negative number of the system's error.
-    int start() {
+    int start(std::function<void()> onNamed) {
+        onNamed_ = std::move(onNamed);
         int result = connection_->open();
         if (result >= 0) {
             result = object_.exportOn(connection_->bus());
         }
         if (result >= 0) {
             result = sd_bus_request_name_async(connection_->bus(), nullptr, FinderInterface::kName,
-                                               SD_BUS_NAME_QUEUE, nameRequested, nullptr);
+                                               SD_BUS_NAME_QUEUE, nameRequested, &onNamed_);
         }
         if (result < 0) {
             connection_->close();
@@ -83,23 +87,33 @@ class FinderService::Server final : public BusConnection::Delegate {
         std::rethrow_exception(object_.takeRaised());
     }
 
+    std::uint64_t nextMoment() const override {
+        using std::chrono::ceil;
+        using std::chrono::microseconds;
+        const auto moment = object_.nextLook(); // on the bus's own clock
+        return moment ? static_cast<std::uint64_t>(
+                            ceil<microseconds>(moment->time_since_epoch()).count())
+                      : BusConnection::kNever;
+    }
+
     void busLost() override {
         NS::Log("the session bus has gone; file managers cannot ask any more");
         object_.callersGone();
     }
 
   private:
+    std::function<void()> onNamed_;
     FinderBusObject object_;
     NS::Ref<BusConnection> connection_ = NS::make<BusConnection>(*this);
 };
 
-FinderService::FinderService(NS::Ref<FI::FinderSync> extension, MenuState state)
-    : server_(std::make_unique<Server>(std::move(extension), std::move(state))) {}
+FinderService::FinderService(NS::Ref<FI::FinderSync> extension, MenuState state, Host host)
+    : server_(std::make_unique<Server>(std::move(extension), std::move(state), std::move(host))) {}
 
 FinderService::~FinderService() = default;
 
-bool FinderService::start() {
-    const int result = server_->start();
+bool FinderService::start(std::function<void()> onNamed) {
+    const int result = server_->start(std::move(onNamed));
     if (result < 0) {
         NS::Log("no session bus for file managers to ask over: %@", errorText(result));
     }

@@ -52,6 +52,14 @@ TEST_F(WithoutABus, TheServiceDoesNotStart) {
     EXPECT_FALSE(NS::RunLoop::currentRunLoop()->serveReady());
 }
 
+TEST_F(FinderServiceLife, TellsWhenTheBusHasAnsweredForTheName) {
+    peer.emplace();
+    service.emplace(extension, [] { return std::vector<NS::RefPtr<NS::Object>>(); });
+    bool wasThere = false;
+    ASSERT_TRUE(service->start([&] { wasThere = peer->nameHasOwner(kName); }));
+    EXPECT_TRUE(NS::pumpUntil([&] { return wasThere; }));
+}
+
 TEST_F(FinderServiceLife, BeginsWithStart) {
     peer.emplace();
     service.emplace(extension, [] { return std::vector<NS::RefPtr<NS::Object>>(); });

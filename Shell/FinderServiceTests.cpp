@@ -115,6 +115,28 @@ TEST_F(FinderService, TellsOfAChangeBeforeItAnswersWithIt) {
     EXPECT_EQ(changesBefore, Calls{"Generation=2"});
 }
 
+TEST_F(FinderService, TellsThatTheHostDoesNotAnswerWhenTheToolbarsMenuHasAskedIt) {
+    service.reset();
+    NS::RefPtr<NS::Object> latest = NS::str("record");
+    service.emplace(
+        extension, [] { return std::vector<NS::RefPtr<NS::Object>>(); },
+        Shell::Host{nullptr, [&] {
+                        return latest;
+                    }});
+    ASSERT_TRUE(service->start());
+    ASSERT_TRUE(waitForName());
+    peer->followProperties();
+    (void)peer->menu(0, {});
+    EXPECT_EQ(peer->property("HostAnswers"), "true");
+    (void)peer->menu(3, {});
+    ASSERT_TRUE(NS::pumpUntil([&] { return !peer->changes.empty(); }));
+    EXPECT_EQ(peer->changes, Calls{"HostAnswers=false"});
+    peer->changes.clear();
+    latest = NS::str("another");
+    ASSERT_TRUE(NS::pumpUntil([&] { return !peer->changes.empty(); }));
+    EXPECT_EQ(peer->changes, Calls{"HostAnswers=true"});
+}
+
 TEST_F(FinderService, PassesOnEachBeginAndEnd) {
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(peer->beginObserving("file:///mnt/drive", false), "");

@@ -33,11 +33,12 @@ NS::RefPtr<NS::Set> currentFolders() {
 
 } // namespace
 
-PublishedState::PublishedState(NS::Ref<FI::FinderSync> extension, MenuState state)
+PublishedState::PublishedState(NS::Ref<FI::FinderSync> extension, MenuState state, Host host)
     : extension_(std::move(extension)), state_(std::move(state)), lastState_(state_()),
       lastFolders_(currentFolders()), watchedFolders_(textsOfURLs(lastFolders_)),
       name_(textOf(extension_->toolbarItemName())),
-      toolTip_(textOf(extension_->toolbarItemToolTip())) {
+      toolTip_(textOf(extension_->toolbarItemToolTip())),
+      hostAnswers_(std::move(host), HostAnswers::Clock::now()) {
     if (const auto image = extension_->toolbarItemImage()) {
         imageName_ = image->name()->utf8();
         imageFile_ = NS::URL::fileURLWithPath(image->path())->absoluteString()->utf8();
@@ -45,6 +46,13 @@ PublishedState::PublishedState(NS::Ref<FI::FinderSync> extension, MenuState stat
 }
 
 void PublishedState::refresh() {
+    refreshMenuState();
+    if (hostAnswers_.refresh(HostAnswers::Clock::now())) {
+        noteChange(kHostAnswers);
+    }
+}
+
+void PublishedState::refreshMenuState() {
     auto state = state_();
     auto folders = currentFolders();
     if (state == lastState_ && folders == lastFolders_) {

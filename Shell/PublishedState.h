@@ -2,9 +2,11 @@
 
 #include "Platform/Finder/FinderSync.h"
 #include "Platform/Foundation/Set.h"
+#include "Shell/HostAnswers.h"
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,12 +23,19 @@ class PublishedState {
     static constexpr const char* kWatchedFolders = "WatchedFolders";
     static constexpr const char* kGeneration = "Generation";
     static constexpr const char* kToolTip = "ToolbarItemToolTip";
+    static constexpr const char* kHostAnswers = "HostAnswers";
 
     // Reads it for the first time, what never changes included.
-    PublishedState(NS::Ref<FI::FinderSync> extension, MenuState state);
+    PublishedState(NS::Ref<FI::FinderSync> extension, MenuState state, Host host = {});
 
     // Reads it again where the watched folders or the menu state are others than before.
     void refresh();
+    // The host is being asked for its record.
+    void noteAsked() { hostAnswers_.noteAsked(HostAnswers::Clock::now()); }
+    // When to refresh() also if nothing happens.
+    std::optional<HostAnswers::Clock::time_point> nextLook() const noexcept {
+        return hostAnswers_.nextLook();
+    }
     // The names of the properties that have changed since this was asked last.
     std::vector<const char*> takeChanges();
 
@@ -39,8 +48,11 @@ class PublishedState {
     const std::string& toolTip() const noexcept { return toolTip_; }
     const std::string& imageName() const noexcept { return imageName_; }
     const std::string& imageFile() const noexcept { return imageFile_; } // a file URL
+    // False while the host is not there, or since it has not answered.
+    bool hostAnswers() const noexcept { return hostAnswers_.value(); }
 
   private:
+    void refreshMenuState();
     void noteChange(const char* property);
 
     NS::Ref<FI::FinderSync> extension_;
@@ -54,6 +66,7 @@ class PublishedState {
     std::string toolTip_;
     std::string imageName_;
     std::string imageFile_;
+    HostAnswers hostAnswers_;
 };
 
 } // namespace Shell

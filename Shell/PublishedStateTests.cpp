@@ -2,6 +2,7 @@
 
 #include "Platform/Finder/FinderSyncController.h"
 #include "Shell/Testing/SampleExtension.h"
+#include "Tests/Support/Process.h"
 
 #include <gtest/gtest.h>
 
@@ -81,6 +82,26 @@ TEST_F(PublishedState, ReadsTheToolTipWithWhatItDependsOn) {
     extension->setRecord(extension->toolTip());
     EXPECT_EQ(changesAfterRefresh(), (Names{"Generation", "ToolbarItemToolTip"}));
     EXPECT_EQ(state->toolTip(), "There");
+}
+
+TEST_F(PublishedState, TellsThatTheHostAnswersAgain) {
+    NS::RefPtr<NS::Object> record;
+    state.emplace(
+        extension, [this] { return std::vector{extension->record()}; },
+        Shell::Host{nullptr, [&] {
+                        return record;
+                    }});
+    ASSERT_TRUE(state->nextLook());
+    const auto moment = *state->nextLook();
+    EXPECT_TRUE(Tests::waitUntil([&] {
+        state->refresh();
+        return !state->hostAnswers();
+    }));
+    EXPECT_GE(Shell::HostAnswers::Clock::now(), moment);
+    EXPECT_EQ(changesAfterRefresh(), Names{"HostAnswers"});
+    record = NS::str("record");
+    EXPECT_EQ(changesAfterRefresh(), Names{"HostAnswers"});
+    EXPECT_TRUE(state->hostAnswers());
 }
 
 TEST_F(PublishedState, GathersChangesUntilTheyAreTaken) {

@@ -9,6 +9,12 @@ using Shell::MenuKind;
 using Shell::Outcome;
 using Shell::Place;
 
+namespace {
+
+const std::vector<MenuEntry> kNone;
+
+} // namespace
+
 Drive::Drive(Times times) : patience_(times.patience), breaker_(times.firstPause) {
     client_.setOnChange([this] {
         noteChange();
@@ -39,6 +45,20 @@ void Drive::noteChange() {
     if (client_.isPresent()) {
         name_ = client_.toolbarItem().name;
     }
+}
+
+Drive::Presence Drive::presence() {
+    learn();
+    if (client_.isPresent()) {
+        return Presence::kThere;
+    }
+    return client_.isWaiting() ? Presence::kWaiting : Presence::kAway;
+}
+
+std::string Drive::folder() {
+    learn();
+    const std::vector<std::string>& folders = client_.watchedFolders();
+    return folders.empty() ? std::string() : folders.front();
 }
 
 bool Drive::isOnDrive(const std::string& folder) {
@@ -76,7 +96,6 @@ void Drive::note(Outcome outcome) {
 }
 
 const std::vector<MenuEntry>& Drive::entries(MenuKind kind, const Place& place) {
-    static const std::vector<MenuEntry> kNone;
     learn();
     if (!client_.isPresent()) {
         return kNone;
@@ -88,6 +107,19 @@ const std::vector<MenuEntry>& Drive::entries(MenuKind kind, const Place& place) 
     if (outcomeBeforeAsking() != Outcome::kDone || !isOffered(kind, place)) {
         return kNone;
     }
+    return keepAnswer(kind, place, generation);
+}
+
+const std::vector<MenuEntry>& Drive::freshEntries(MenuKind kind, const Place& place) {
+    if (outcomeBeforeAsking() == Outcome::kDone && isOffered(kind, place)) {
+        (void)keepAnswer(kind, place, client_.generation());
+    }
+    return entries(kind, place);
+}
+
+// In the generation that there is when it is asked.
+const std::vector<MenuEntry>& Drive::keepAnswer(MenuKind kind, const Place& place,
+                                                std::uint64_t generation) {
     auto answer = ask(kind, place);
     switch (answer.outcome) {
     case Outcome::kDone:

@@ -7,6 +7,7 @@
 #include "Shell/Client/FinderClient.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -45,6 +46,19 @@ class Drive {
         onNotDone_ = std::move(onNotDone);
     }
 
+    // What there is of the drive.
+    enum class Presence : std::uint8_t {
+        kAway,
+        kWaiting, // an extension, whose host has not told it of the drive yet
+        kThere,
+    };
+    Presence presence();
+    // While it is there: false when the extension, or its host, has left a question unanswered.
+    bool isAnswering() const noexcept { return client_.isAnswering(); }
+    bool hostAnswers() const noexcept { return client_.hostAnswers(); }
+    // Its own folder, an absolute path; empty unless it is there.
+    std::string folder();
+
     // Whether a folder, by its absolute path, is the drive's or in it, and its extension there.
     bool isOnDrive(const std::string& folder);
     const Shell::ToolbarItem& toolbarItem() const noexcept { return client_.toolbarItem(); }
@@ -53,6 +67,9 @@ class Drive {
     // where none are offered, which outside of the drive is everywhere. Each is asked for once in a
     // generation. Valid until the next call.
     const std::vector<Shell::MenuEntry>& entries(Shell::MenuKind kind, const Shell::Place& place);
+    // The same for a menu that is being opened: asked for afresh where that can be.
+    const std::vector<Shell::MenuEntry>& freshEntries(Shell::MenuKind kind,
+                                                      const Shell::Place& place);
     // The same for a menu that a user has just clicked for: asked for afresh, and what goes wrong
     // is told.
     std::vector<Shell::MenuEntry> clickedEntries(Shell::MenuKind kind, const Shell::Place& place);
@@ -74,6 +91,8 @@ class Drive {
     bool isOffered(Shell::MenuKind kind, const Shell::Place& place);
     Outcome outcomeBeforeAsking();
     Shell::FinderClient::MenuAnswer ask(Shell::MenuKind kind, const Shell::Place& place);
+    const std::vector<Shell::MenuEntry>& keepAnswer(Shell::MenuKind kind, const Shell::Place& place,
+                                                    std::uint64_t generation);
     void note(Outcome outcome);
     void tell(const std::string& title, Outcome outcome);
 

@@ -14,6 +14,9 @@ class Drive : public Tests::DriveTest {
     void SetUp() override { start(); }
 };
 
+// The same from before there is one.
+class DriveFromTheStart : public Tests::DriveTest {};
+
 // The same with an extension that is late for every answer.
 class DriveOfOneThatIsLate : public Tests::DriveTest {
   protected:
@@ -136,6 +139,53 @@ TEST_F(DriveOfOneThatIsLate, AsksAnotherOneAtOnce) {
     start();
     titles(MenuKind::kItems, item);
     EXPECT_TRUE(extension->waitForCalls(1));
+}
+
+TEST_F(DriveFromTheStart, IsAwayThenWaitsForItsHostThenIsThere) {
+    using Presence = FileManagers::Drive::Presence;
+    drive.emplace(times);
+    EXPECT_EQ(drive->presence(), Presence::kAway);
+    extension.emplace(Titles{"file:///mnt/Drive", "file:///mnt/Other"});
+    extension->wait();
+    EXPECT_TRUE(pump([&] { return drive->presence() == Presence::kWaiting; }));
+    EXPECT_EQ(drive->folder(), "");
+    extension->appear();
+    EXPECT_TRUE(pump([&] { return drive->presence() == Presence::kThere; }));
+    EXPECT_TRUE(drive->folder() == "/mnt/Drive" || drive->folder() == "/mnt/Other");
+}
+
+TEST_F(Drive, TellsThatItsHostDoesNotAnswer) {
+    start();
+    EXPECT_TRUE(drive->hostAnswers());
+    extension->changeHostAnswers(false);
+    EXPECT_TRUE(pump([&] { return !drive->hostAnswers(); }));
+    EXPECT_GE(changes, 1);
+}
+
+TEST_F(Drive, AsksAfreshForAMenuThatIsOpened) {
+    start();
+    EXPECT_EQ(titles(MenuKind::kToolbar, folder), (Titles{"Do It", "[Told]"}));
+    extension->setMenu({"Fake", {{"Other", "other", true}}});
+    EXPECT_EQ(titles(MenuKind::kToolbar, folder), (Titles{"Do It", "[Told]"}));
+    EXPECT_EQ(titlesOf(drive->freshEntries(MenuKind::kToolbar, folder)), Titles{"Other"});
+    EXPECT_EQ(titles(MenuKind::kToolbar, folder), Titles{"Other"});
+    EXPECT_EQ(asked().size(), 2U);
+}
+
+TEST_F(DriveFromTheStart, HasTheKeptEntriesForAMenuThatIsOpenedWhereNoneCanBeAsked) {
+    times = {50ms, 0s};
+    start();
+    EXPECT_TRUE(pump([&] {
+        return titles(MenuKind::kToolbar, folder) == Titles{"Do It", "[Told]"};
+    }));
+    extension->keepCalls();
+    const auto fresh = [&] {
+        return titlesOf(drive->freshEntries(MenuKind::kToolbar, folder));
+    };
+    EXPECT_EQ(fresh(), (Titles{"Do It", "[Told]"}));
+    EXPECT_FALSE(drive->isAnswering());
+    EXPECT_EQ(fresh(), (Titles{"Do It", "[Told]"}));
+    EXPECT_EQ(told, Titles{});
 }
 
 TEST_F(Drive, TellsTheExtensionWhichFoldersAreShown) {

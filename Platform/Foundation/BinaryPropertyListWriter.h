@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/ByteBuffer.h"
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/String.h"
 
@@ -16,10 +17,17 @@ class Number;
 // Puts a binary property list ("bplist00") together, an object at a time. Objects are added before
 // the collections that hold them, and each is written once, where it was added: equal objects stay
 // two. Offsets, references and UIDs take 1, 2, 4 or 8 bytes, since some readers know no others.
+//
+// What was added stands in its final form from the beginning, with references as wide as the
+// objects so far need; the few times that this changes, all of it is written anew.
 class BinaryPropertyListWriter {
   public:
     // An object that was added, by its number; the first one has the number 0.
     using Reference = std::uint32_t;
+
+    BinaryPropertyListWriter();
+
+    // Each raises NSInvalidArchiveOperationException when the list grows longer than 4 GiB.
 
     Reference addBool(bool value);
     Reference addInteger(std::int64_t value);
@@ -38,38 +46,26 @@ class BinaryPropertyListWriter {
     // As many values as keys.
     Reference addDictionary(std::span<const Reference> keys, std::span<const Reference> values);
 
-    // The whole list with this object on top. Raises NSInvalidArchiveOperationException when it
-    // would be longer than 4 GiB.
-    std::vector<std::byte> finish(Reference top) const;
+    // The whole list with this object on top. The writer is done then, and takes nothing more.
+    ByteBuffer finish(Reference top);
 
   private:
-    // A collection keeps its references on the tape in four bytes each, in this machine's order,
-    // until their number, and with it their width in the list, is known.
-    struct Collection {
-        Reference object;
-        std::uint32_t referenceCount;
-    };
-
-    struct Layout {
-        unsigned referenceWidth;
-        unsigned offsetWidth;
-        std::uint64_t tableOffset;
-    };
-
     std::byte* begin(std::size_t size);
     std::byte* beginCounted(unsigned kind, std::uint64_t count, std::size_t bodySize);
+    std::byte* beginCollection(unsigned kind, std::uint64_t count, std::size_t references);
+    std::byte* putReferences(std::byte* out, std::span<const Reference> references) const noexcept;
     Reference lastAdded() const noexcept { return static_cast<Reference>(offsets_.size() - 1); }
     Reference addEightBytes(unsigned marker, std::uint64_t bits);
-    std::uint64_t endOf(Reference object) const noexcept;
-    Layout layout() const;
-    void emitObjects(const Layout& layout, std::byte* out) const;
-    void emitOffsets(const Layout& layout, std::byte* out) const;
-    void emitTrailer(const Layout& layout, Reference top, std::byte* out) const;
+    void widen();
+    void widenObject(std::size_t object, ByteBuffer& wider, unsigned width) const;
+    std::size_t endOf(std::size_t object) const noexcept;
+    void putTrailer(std::byte* out, unsigned offsetWidth, Reference top,
+                    std::uint64_t table) const noexcept;
 
-    std::vector<std::byte> tape_;
-    std::vector<std::uint32_t> offsets_; // of each object, on the tape
-    std::vector<Collection> collections_;
-    std::uint64_t referenceCount_ = 0;
+    ByteBuffer bytes_;
+    std::vector<std::uint32_t> offsets_; // of each object
+    unsigned referenceWidth_ = 1;
+    std::size_t referenceLimit_; // with more objects than this, references are wider
 };
 
 } // namespace NS

@@ -5,6 +5,7 @@
 #include "Shell/Client/Offer.h"
 #include "Shell/Client/Question.h"
 #include "Shell/Client/ShownFolders.h"
+#include "Shell/Client/WaitingExtension.h"
 #include "Shell/Client/WatchedFolders.h"
 
 #include <algorithm>
@@ -38,6 +39,7 @@ class FinderClient::Session {
   public:
     ClientConnection connection;
     FollowedExtension extension{connection};
+    WaitingExtension waiting{connection};
     ShownFolders shown{connection, extension};
     std::function<void()> onChange;
     std::string error;
@@ -47,8 +49,8 @@ class FinderClient::Session {
     void serve() {
         connection.serve();
         takeIn();
-        if (!isTelling_ && told_ != extension.changes()) {
-            told_ = extension.changes();
+        if (!isTelling_ && told_ != changes()) {
+            told_ = changes();
             const Telling telling(isTelling_);
             if (const auto tell = onChange) { // which it may replace
                 tell();
@@ -60,7 +62,7 @@ class FinderClient::Session {
     // After each time that messages were handled.
     void handled() {
         takeIn();
-        if (told_ != extension.changes()) {
+        if (told_ != changes()) {
             connection.wake();
         }
     }
@@ -106,14 +108,17 @@ class FinderClient::Session {
         bool& flag_;
     };
 
+    std::uint64_t changes() const noexcept { return extension.changes() + waiting.changes(); }
+
     void takeIn() {
         if (connection.bus() == nullptr) {
             extension.busLost();
+            waiting.busLost();
         }
         shown.update();
     }
 
-    std::uint64_t told_ = extension.changes();
+    std::uint64_t told_ = changes();
     bool isTelling_ = false;
 };
 
@@ -142,12 +147,20 @@ bool FinderClient::isPresent() const noexcept {
     return session_->extension.isPresent();
 }
 
+bool FinderClient::isWaiting() const noexcept {
+    return session_->waiting.isThere() && !isPresent();
+}
+
 const std::string& FinderClient::owner() const noexcept {
     return session_->extension.owner();
 }
 
 bool FinderClient::isAnswering() const noexcept {
     return session_->extension.isAnswering();
+}
+
+bool FinderClient::hostAnswers() const noexcept {
+    return session_->extension.hostAnswers();
 }
 
 std::uint64_t FinderClient::generation() const noexcept {

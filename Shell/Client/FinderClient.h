@@ -80,8 +80,9 @@ class FinderClient {
     // Takes in what has come, without waiting.
     void serve();
     // Called by serve(), and by nothing else, when watched folders, toolbar item, generation or
-    // presence have changed since, or isAnswering() is true again: a question that learns of it has
-    // the descriptor readable. May ask questions, but not destroy the client.
+    // presence, or what the extension says of its host, have changed since, or isAnswering() is
+    // true again: a question that learns of it has the descriptor readable. May ask questions, but
+    // not destroy the client.
     void setOnChange(std::function<void()> onChange);
 
     // Waits until what the extension says of itself is known, or until it is known to be absent;
@@ -89,6 +90,8 @@ class FinderClient {
     bool waitUntilKnown(std::chrono::milliseconds timeout = kDefaultTimeout);
     // True when an extension is on the bus and has said what it watches.
     bool isPresent() const noexcept;
+    // True when none is, but one is there that waits for its host to tell it of the drive.
+    bool isWaiting() const noexcept;
     // The extension's own name on the bus, another one for each that is started; empty while there
     // is none.
     const std::string& owner() const noexcept;
@@ -96,6 +99,8 @@ class FinderClient {
     // again, which is told as a change. Costs nothing: who wants never to wait twice for one that
     // is stopped asks nothing meanwhile.
     bool isAnswering() const noexcept;
+    // False since its host has left it without an answer; menus show what was known before.
+    bool hostAnswers() const noexcept;
     // Changes whenever the menu of a place may have changed, also to that of another extension;
     // never 0 while present.
     std::uint64_t generation() const noexcept;

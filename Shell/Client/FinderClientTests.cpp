@@ -58,6 +58,17 @@ TEST_F(FinderClient, KnowsWhatTheExtensionSays) {
     EXPECT_EQ(client->toolbarItem().imageFile, "/icons/Fake Image.svg");
 }
 
+TEST_F(FinderClient, KnowsWhetherTheHostAnswers) {
+    start();
+    EXPECT_TRUE(client->hostAnswers());
+    countChanges();
+    extension->changeHostAnswers(false);
+    EXPECT_TRUE(pump([&] { return !client->hostAnswers(); }));
+    EXPECT_EQ(changes, 1);
+    extension->changeHostAnswers(true);
+    EXPECT_TRUE(pump([&] { return client->hostAnswers(); }));
+}
+
 TEST_F(FinderClient, LeavesOutFoldersThatAreNoFileURLs) {
     extension.emplace(std::vector<std::string>{"/mnt/a", "file:///mnt/b%", "file:///mnt/c%20d/"});
     extension->appear();

@@ -43,6 +43,15 @@ int readText(sd_bus_message* message, std::string& text) {
     return result;
 }
 
+int readFlag(sd_bus_message* message, bool& flag) {
+    int value = 0;
+    const int result = sd_bus_message_read(message, "v", "b", &value);
+    if (result >= 0) {
+        flag = value != 0;
+    }
+    return result;
+}
+
 int readFile(sd_bus_message* message, std::string& path) {
     std::string url;
     const int result = readText(message, url);
@@ -137,6 +146,7 @@ void FollowedExtension::setOwner(const char* owner) {
     isPresent_ = false;
     watchedFolders_.clear();
     toolbarItem_ = {};
+    hostAnswers_ = true;
     noteChange();
     if (!owner_.empty()) {
         askForProperties();
@@ -201,6 +211,9 @@ int FollowedExtension::takeProperty(sd_bus_message* message) {
     const std::string_view property(name);
     if (property == "WatchedFolders") {
         return takeWatchedFolders(message);
+    }
+    if (property == "HostAnswers") {
+        return readFlag(message, hostAnswers_);
     }
     if (property == "ToolbarItemImageFile") {
         return readFile(message, toolbarItem_.imageFile);

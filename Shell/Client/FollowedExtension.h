@@ -32,6 +32,7 @@ class FollowedExtension {
     // As the extension spells them, without slashes at the end.
     const std::vector<std::string>& watchedFolders() const noexcept { return watchedFolders_; }
     const ToolbarItem& toolbarItem() const noexcept { return toolbarItem_; }
+    bool hostAnswers() const noexcept { return hostAnswers_; }
     // Counted here: an extension that is started again begins with 1 again.
     std::uint64_t generation() const noexcept { return isPresent_ ? generation_ : 0; }
 
@@ -60,6 +61,7 @@ class FollowedExtension {
     BusSlot doubt_;      // the same, whether it answers
     std::vector<std::string> watchedFolders_;
     ToolbarItem toolbarItem_;
+    bool hostAnswers_ = true; // also of one that does not say
     std::uint64_t generation_ = 0;
     std::uint64_t changes_ = 0;
 };

@@ -28,7 +28,6 @@ constinit const NS::Class BusConnection::Observer::kClass{
 namespace {
 
 constexpr std::uint64_t kMicroseconds = 1'000'000;
-constexpr std::uint64_t kNever = UINT64_MAX;
 
 // Adds a descriptor, or changes what it is waited for; it leaves by being closed.
 int waitFor(int epoll, int descriptor, std::uint32_t events) noexcept {
@@ -136,7 +135,7 @@ void BusConnection::awaitEvents() {
         return;
     }
     awaitSocket(socket, events);
-    awaitMoment(moment);
+    awaitMoment(std::min(moment, delegate_.nextMoment()));
 }
 
 // The library may go on to another address, and so to another socket, while it connects.

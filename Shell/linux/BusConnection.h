@@ -19,6 +19,8 @@ namespace Shell {
 class BusConnection final : public NS::RunLoopSource {
     NS_OBJECT(BusConnection)
   public:
+    static constexpr std::uint64_t kNever = UINT64_MAX;
+
     class Delegate {
       public:
         // Before a message is served, and before the run loop waits.
@@ -27,6 +29,9 @@ class BusConnection final : public NS::RunLoopSource {
         virtual void busServed() = 0;
         // The bus has gone; the connection is closed.
         virtual void busLost() = 0;
+        // When the loop is to have a turn even if nothing happens, on the system's monotonic clock
+        // in microseconds. Asked whenever it is about to wait.
+        virtual std::uint64_t nextMoment() const { return kNever; }
 
       protected:
         ~Delegate() = default;
@@ -75,7 +80,7 @@ class BusConnection final : public NS::RunLoopSource {
     NS::RefPtr<Observer> observer_;
     int awaitedSocket_ = -1;
     int awaitedEvents_ = 0;
-    std::uint64_t awaitedMoment_ = UINT64_MAX;
+    std::uint64_t awaitedMoment_ = kNever;
 };
 
 } // namespace Shell

@@ -21,8 +21,14 @@ class BusConnection : public Tests::SessionBusTest, public Shell::BusConnection:
         ASSERT_GE(sd_bus_get_unique_name(connection->bus(), &name), 0); // connected
         connection->schedule();
     }
-    void busWillServe() override {}
+    void busWillServe() override {
+        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        if (now >= std::chrono::microseconds(std::min<std::uint64_t>(moment, INT64_MAX))) {
+            moment = kNever;
+        }
+    }
     void busServed() override { ++served; }
+    std::uint64_t nextMoment() const override { return moment; }
     void busLost() override { ++lost; }
 
     void stopBus() {
@@ -44,6 +50,8 @@ class BusConnection : public Tests::SessionBusTest, public Shell::BusConnection:
     NS::Ref<Shell::BusConnection> connection = NS::make<Shell::BusConnection>(*this);
     int served = 0;
     int lost = 0;
+    static constexpr std::uint64_t kNever = Shell::BusConnection::kNever;
+    std::uint64_t moment = kNever;
 };
 
 TEST_F(BusConnection, SendsWhatTheBusDoesNotTakeAtOnceFromTheLoop) {
@@ -68,6 +76,13 @@ TEST_F(BusConnection, FlushesNoLongerThanItIsAllowedTo) {
     EXPECT_TRUE(connection->hasUnsent());
     EXPECT_GE(taken, 100ms);
     EXPECT_LT(taken, 10s);
+}
+
+TEST_F(BusConnection, WakesAtItsDelegatesMoment) {
+    const auto distance = std::chrono::steady_clock::now().time_since_epoch() + 50ms;
+    moment = static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::microseconds>(distance).count());
+    EXPECT_TRUE(NS::pumpUntil([&] { return moment == kNever; }));
 }
 
 TEST_F(BusConnection, WakesForCallsThatAreNotAnsweredInTime) {

@@ -13,6 +13,7 @@
 namespace {
 
 using Shell::FinderInterface::kName;
+using Shell::FinderInterface::kWaitingName;
 
 // A real extension and a real host, and a file manager that asks over a session bus.
 class ExtensionOnBus : public Tests::ProcessTest {
@@ -48,6 +49,43 @@ TEST_F(ExtensionOnBus, IsThereOnceItsInitialiserHasReturned) {
     auto host = startHost();
     ASSERT_TRUE(waitForName());
     EXPECT_NE(logs().find("initial init at"), std::string::npos);
+}
+
+TEST_F(ExtensionOnBus, TellsThatItWaitsUntilItKnowsItsDrive) {
+    auto extension = startExtension();
+    ASSERT_TRUE(Tests::waitUntil([&] { return peer.nameHasOwner(kWaitingName); }));
+    auto host = startHost();
+    ASSERT_TRUE(waitForName());
+    EXPECT_TRUE(NS::pumpUntil([&] { return !peer.nameHasOwner(kWaitingName); }));
+}
+
+TEST_F(ExtensionOnBus, TellsThatTheHostHasStoppedAndGoesOn) {
+    auto host = startHost();
+    auto extension = startExtension();
+    ASSERT_TRUE(waitForName());
+    ASSERT_TRUE(
+        Tests::waitUntil([&] { return peer.menu(3, {}).find("used") != std::string::npos; }));
+    EXPECT_EQ(peer.property("HostAnswers"), "true");
+    host.signal(SIGSTOP);
+    ASSERT_TRUE(host.waitForState('T'));
+    EXPECT_TRUE(Tests::waitUntil([&] {
+        (void)peer.menu(3, {});
+        return peer.property("HostAnswers") == "false";
+    }));
+    host.signal(SIGCONT);
+    EXPECT_TRUE(Tests::waitUntil([&] { return peer.property("HostAnswers") == "true"; }));
+}
+
+TEST_F(ExtensionOnBus, TellsThatTheHostIsThereNoLonger) {
+    auto host = startHost();
+    auto extension = startExtension();
+    ASSERT_TRUE(waitForName());
+    ASSERT_TRUE(
+        Tests::waitUntil([&] { return peer.menu(3, {}).find("used") != std::string::npos; }));
+    peer.followProperties();
+    host.signal(SIGKILL);
+    EXPECT_TRUE(NS::pumpUntil([&] { return !peer.changes.empty(); }));
+    EXPECT_EQ(peer.changes.back(), "HostAnswers=false");
 }
 
 TEST_F(ExtensionOnBus, GoesWithItsProcess) {

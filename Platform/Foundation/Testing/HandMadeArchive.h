@@ -78,7 +78,7 @@ class HandMadeArchive {
     NS::Ref<NS::Data> data(Uid root) {
         Members all = top;
         all.emplace_back(rootKey, uid(root));
-        return NS::Data::dataWithVector(list.finish(dictionary({
+        return NS::Data::dataWithBuffer(list.finish(dictionary({
             {"$version",  list.addInteger(version)},
             {"$archiver", list.addAscii(archiver) },
             {"$top",      dictionary(all)         },

@@ -17,8 +17,8 @@ namespace {
 using namespace Shell::FinderInterface;
 
 constexpr const char* kPropertyNames[] = {
-    "WatchedFolders",     "Generation",       "ToolbarItemName",
-    "ToolbarItemToolTip", "ToolbarItemImage", "ToolbarItemImageFile",
+    "WatchedFolders",   "Generation",           "ToolbarItemName", "ToolbarItemToolTip",
+    "ToolbarItemImage", "ToolbarItemImageFile", "HostAnswers",
 };
 
 void require(int result, const char* what) {
@@ -90,6 +90,10 @@ void FakeExtension::perform(std::function<void()> work) {
     done.get_future().get();
 }
 
+void FakeExtension::wait() {
+    perform([this] { require(sd_bus_request_name(bus_.get(), kWaitingName, 0), "the name"); });
+}
+
 void FakeExtension::appear() {
     perform([this] { require(sd_bus_request_name(bus_.get(), kName, 0), "the name"); });
 }
@@ -117,6 +121,10 @@ void FakeExtension::refuseWith(std::string error, std::string message) {
         error_ = std::move(error);
         message_ = std::move(message);
     });
+}
+
+void FakeExtension::setImageFile(std::string url) {
+    perform([&] { imageFile_ = std::move(url); });
 }
 
 void FakeExtension::setMenu(Shell::Menu menu) {
@@ -149,6 +157,14 @@ void FakeExtension::changeToolTip(std::string toolTip) {
     perform([&] {
         toolTip_ = std::move(toolTip);
         tellChange("ToolbarItemToolTip");
+        awaitBus();
+    });
+}
+
+void FakeExtension::changeHostAnswers(bool value) {
+    perform([&] {
+        hostAnswers_ = value;
+        tellChange("HostAnswers");
         awaitBus();
     });
 }
@@ -266,14 +282,15 @@ void FakeExtension::appendProperty(sd_bus_message* message, const char* name) {
         require(sd_bus_message_open_container(message, 'v', "as"), "a value");
         require(sd_bus_message_append_strv(message, folders.data()), "folders");
         require(sd_bus_message_close_container(message), "the end of a value");
+    } else if (property == "HostAnswers") {
+        require(sd_bus_message_append(message, "v", "b", static_cast<int>(hostAnswers_)), "a flag");
     } else if (property == "Generation") {
         require(sd_bus_message_append(message, "v", "t", generation_), "a number");
     } else {
-        const char* const value = property == "ToolbarItemToolTip" ? toolTip_.c_str()
-                                  : property == "ToolbarItemImage" ? "FakeImage"
-                                  : property == "ToolbarItemImageFile"
-                                      ? "file:///icons/Fake%20Image.svg"
-                                      : "Fake Drive";
+        const char* const value = property == "ToolbarItemToolTip"     ? toolTip_.c_str()
+                                  : property == "ToolbarItemImage"     ? "FakeImage"
+                                  : property == "ToolbarItemImageFile" ? imageFile_.c_str()
+                                                                       : "Fake Drive";
         require(sd_bus_message_append(message, "v", "s", value), "a text");
     }
     require(sd_bus_message_close_container(message), "the end of a property");

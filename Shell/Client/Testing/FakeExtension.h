@@ -29,6 +29,8 @@ class FakeExtension {
     FakeExtension(const FakeExtension&) = delete;
     FakeExtension& operator=(const FakeExtension&) = delete;
 
+    // Has the name of one that waits for its host, until this object goes.
+    void wait();
     void appear();
     // Lets go of the name, but stays on the bus.
     void disappear();
@@ -38,6 +40,7 @@ class FakeExtension {
     void answerKept();
     // Answers with this error from now on; with none when its name is empty.
     void refuseWith(std::string error, std::string message);
+    void setImageFile(std::string url);
     void setMenu(Shell::Menu menu);
     // Answers Menu with a number.
     void setMenuMalformed();
@@ -46,6 +49,7 @@ class FakeExtension {
     void setWatchedFolders(std::vector<std::string> folders);
     void changeGeneration(int times = 1);
     void changeToolTip(std::string toolTip);
+    void changeHostAnswers(bool value);
 
     // "Menu 0 [file:///a file:///b] file:///t", "BeginObserving file:///a true", and so on.
     std::vector<std::string> calls();
@@ -80,6 +84,8 @@ class FakeExtension {
     std::vector<std::string> watchedFolders_;
     std::uint64_t generation_ = 1;
     std::string toolTip_ = "Fake tip";
+    std::string imageFile_ = "file:///icons/Fake%20Image.svg";
+    bool hostAnswers_ = true;
     Shell::Menu menu_{
         "Fake", {{"Do It", "doIt:", true}, {"Told", "", false}}
     };

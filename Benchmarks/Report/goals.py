@@ -1,0 +1,116 @@
+"""What is measured must come to: the rows of goals.json, and the verdict on each.
+
+A row names a path, and a size where the path has one. With "reference" the figure of ours is divided by
+that role's and may not exceed "limit". With "sizes" the figure for each entry at the last size is divided
+by that at the first, and may not exceed "perEntryWithin". With "atMost" or "atLeast" the figure of ours
+stands alone. Figures are the time in seconds unless "measure" names a counter; then "unit" says of what:
+"B", "s" or nothing.
+"""
+
+import json
+from dataclasses import dataclass
+
+KEYS = {
+    "name", "path", "size", "sizes", "reference", "limit", "perEntryWithin", "atMost", "atLeast",
+    "measure", "unit",
+}
+KINDS = ("reference", "perEntryWithin", "atMost", "atLeast")
+OURS = "ours"
+FLOOR = "floor"
+TIME = "time"
+
+
+class GoalsError(Exception):
+    """What goals.json says makes no sense, or is not measured."""
+
+
+@dataclass(frozen=True)
+class Verdict:
+    """One row's figures. Those that there are not are None."""
+
+    name: str
+    ours: float
+    floor: float | None
+    peer: float | None
+    peer_name: str | None
+    ratio: float | None
+    goal: float
+    met: bool
+    kind: str
+    unit: str
+
+    def as_json(self):
+        keys = ("name", "ours", "floor", "peer", "ratio", "goal", "met")
+        return {key: getattr(self, key) for key in keys}
+
+
+def check(row):
+    name = row.get("name", "without a name")
+    if unknown := sorted(row.keys() - KEYS):
+        raise GoalsError(f"goal “{name}”: {', '.join(unknown)} means nothing")
+    if not row.get("name") or not row.get("path"):
+        raise GoalsError(f"goal “{name}”: a name and a path are needed")
+    if sum(kind in row for kind in KINDS) != 1:
+        raise GoalsError(f"goal “{name}”: one of {', '.join(KINDS)} is needed")
+    if ("reference" in row) != ("limit" in row):
+        raise GoalsError(f"goal “{name}”: reference and limit belong together")
+    if ("perEntryWithin" in row) != ("sizes" in row):
+        raise GoalsError(f"goal “{name}”: perEntryWithin and sizes belong together")
+
+
+def load(path):
+    with open(path, encoding="utf-8") as file:
+        rows = json.load(file)
+    for row in rows:
+        check(row)
+    return rows
+
+
+def figure(measured, row, role, size):
+    """The figure of a role for a row's path, or None."""
+    values = measured.get((row["path"], role, size), {})
+    return values.get(row.get("measure", TIME))
+
+
+def needed(measured, row, role, size):
+    value = figure(measured, row, role, size)
+    if value is None:
+        what = "/".join(str(part) for part in (row["path"], role, size) if part is not None)
+        raise GoalsError(f"goal “{row['name']}”: {what} is not measured")
+    return value
+
+
+def peer_of(measured, row, size):
+    """The name and the figure of the peer that a row is shown with: its reference, or the first."""
+    reference = row.get("reference")
+    names = [role for path, role, at in measured
+             if path == row["path"] and at == size and role not in (OURS, FLOOR)]
+    for name in [reference] if reference not in (None, FLOOR) else names:
+        value = figure(measured, row, name, size)
+        if value is not None:
+            return name, value
+    return None, None
+
+
+def over(dividend, divisor, row):
+    if divisor == 0:
+        raise GoalsError(f"goal “{row['name']}”: there is nothing to divide by")
+    return dividend / divisor
+
+
+def verdict(measured, row):
+    """Raises GoalsError when a figure is missing that the row needs."""
+    kind = next(kind for kind in KINDS if kind in row)
+    size = row["sizes"][-1] if "sizes" in row else row.get("size")
+    ours = needed(measured, row, OURS, size)
+    ratio = None
+    goal = row["limit"] if kind == "reference" else row[kind]
+    if kind == "reference":
+        ratio = over(ours, needed(measured, row, row["reference"], size), row)
+    elif kind == "perEntryWithin":
+        first = row["sizes"][0]
+        ratio = over(ours / size, needed(measured, row, OURS, first) / first, row)
+    met = ours >= goal if kind == "atLeast" else (ours if ratio is None else ratio) <= goal
+    peer_name, peer = peer_of(measured, row, size)
+    return Verdict(row["name"], ours, figure(measured, row, FLOOR, size), peer, peer_name, ratio,
+                   goal, met, kind, row.get("unit", "" if "measure" in row else "s"))

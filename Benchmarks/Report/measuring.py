@@ -1,0 +1,122 @@
+"""Runs the benchmark programs and gathers their figures.
+
+A case is called path/role or path/role/size. All programs run on one processor, one after the other, each
+with its cases mixed at random, so that what disturbs the machine disturbs ours, floor and peer alike; a
+figure is the median of its repetitions. Processor time is what counts, unless a case takes another.
+"""
+
+import json
+import os
+import re
+import statistics
+import subprocess
+import tempfile
+from dataclasses import dataclass
+from pathlib import Path
+
+from goals import TIME
+
+SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
+# What Google Benchmark adds to a case's name.
+ADDED = re.compile(r"real_time|process_time|manual_time|\w+:.*")
+# What it tells of each run that is no counter.
+NO_COUNTERS = {
+    "name", "family_index", "per_family_instance_index", "run_name", "run_type", "repetitions",
+    "repetition_index", "threads", "iterations", "real_time", "cpu_time", "time_unit", "label",
+}
+
+
+class MeasuringError(Exception):
+    """A benchmark program failed."""
+
+
+@dataclass(frozen=True)
+class Effort:
+    repetitions: int
+    seconds: float
+
+
+THOROUGH = Effort(repetitions=9, seconds=0.1)
+QUICK = Effort(repetitions=3, seconds=0.02)
+
+
+def case_of(name):
+    """(path, role, size or None) of a case's name."""
+    parts = [part for part in name.split("/") if not ADDED.fullmatch(part)]
+    if len(parts) not in (2, 3) or (len(parts) == 3 and not parts[2].isdigit()):
+        raise MeasuringError(f"{name} is not called path/role/size")
+    return parts[0], parts[1], int(parts[2]) if len(parts) == 3 else None
+
+
+def seconds_of(run):
+    """A case says in its name when its time is not the processor's."""
+    real = run["run_name"].endswith(("/real_time", "/manual_time"))
+    return run["real_time" if real else "cpu_time"] * SECONDS[run["time_unit"]]
+
+
+def figures_of(report):
+    """The medians of each case of a program's report."""
+    runs = {}
+    for run in report["benchmarks"]:
+        if run.get("run_type") != "iteration":
+            continue
+        if run.get("error_occurred"):
+            raise MeasuringError(f"{run['name']}: {run.get('error_message', 'failed')}")
+        values = runs.setdefault(case_of(run["run_name"]), {})
+        values.setdefault(TIME, []).append(seconds_of(run))
+        for key in run.keys() - NO_COUNTERS:
+            values.setdefault(key, []).append(run[key])
+    return {case: {key: statistics.median(each) for key, each in values.items()}
+            for case, values in runs.items()}
+
+
+def programs_in(folder):
+    found = sorted(each for each in Path(folder).glob("quorvane-benchmarks-*")
+                   if os.access(each, os.X_OK))
+    if not found:
+        raise MeasuringError(f"there are no benchmarks in {folder}")
+    return found
+
+
+def run(program, arguments):
+    """What a program prints, when all goes well."""
+    done = subprocess.run([program, *arguments], text=True, check=False, capture_output=True)
+    if done.returncode != 0:
+        last = (done.stderr.splitlines() or [""])[-1]
+        raise MeasuringError(f"{program.name} ended with status {done.returncode}: {last}")
+    return done.stdout
+
+
+def names_in(program):
+    return run(program, ["--benchmark_list_tests"]).splitlines()
+
+
+def filter_for(names):
+    return "^(" + "|".join(re.escape(name).replace(r"\-", "-") for name in names) + ")$"
+
+
+def measure_program(program, names, effort):
+    with tempfile.TemporaryDirectory() as folder:
+        out = Path(folder) / "report.json"
+        run(program, [f"--benchmark_filter={filter_for(names)}",
+                      "--benchmark_enable_random_interleaving",
+                      f"--benchmark_repetitions={effort.repetitions}",
+                      f"--benchmark_min_time={effort.seconds}",
+                      f"--benchmark_out={out}", "--benchmark_out_format=json"])
+        return figures_of(json.loads(out.read_text(encoding="utf-8")))
+
+
+def stay_on_one_processor():
+    """The last of those that this process may use: interrupts tend to the first."""
+    os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})
+
+
+def measure(folder, wanted, effort, tell):
+    """The figures of the cases whose path contains a text, by (path, role, size)."""
+    measured = {}
+    for program in programs_in(folder):
+        names = [name for name in names_in(program) if wanted in case_of(name)[0]]
+        if names:
+            tell(f"{program.name}: {len(names)} cases")
+            measured.update(measure_program(program, names, effort))
+    return measured

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Benchmarks {
+
+// Absolute paths of items that are selected in a folder of a drive.
+std::vector<std::string> selectedPaths(std::string_view drive, std::size_t count);
+
+} // namespace Benchmarks
