@@ -25,13 +25,22 @@ class Drive:
         self._journals += 1
         self.journal_file = self.session.root / f"journal{self._journals}"
         self.journal_file.touch()
-        self.host = self.session.start([
-            self.session.programs / "quorvane-host", "--drive", self.path, "--journal", self.journal_file])
+        self.start_host()
         self.start_extension()
 
+    def start_host(self):
+        self.host = self.session.start([
+            self.session.programs / "quorvane-host", "--drive", self.path, "--journal", self.journal_file])
+
     def start_extension(self):
+        self.start_waiting_extension()
+        self.wait_for_extension()
+
+    def start_waiting_extension(self):
+        """It waits for a host."""
         self.extension = self.session.start([self.session.programs / "quorvane-finder-extension"])
 
+    def wait_for_extension(self):
         def serves():
             assert self.extension.is_running(), self.extension.errors.read_text()
             return self.finder("status", "--json", check=False)

@@ -58,10 +58,13 @@ class Nautilus(GtkFileManager):
         tree.act(self._frame(), "win.up")
         self._wait_for_window(name)
 
+    def _sidebar(self):
+        return tree.find(self._frame(), "list", "Sidebar")
+
     # Menus: one with pages, of which a submenu's is shown in the place of the first.
 
     def _popup(self):
-        menus = tree.find_all(self._view(), "menu")
+        menus = tree.find_all(self._view(), "menu") + tree.find_all(self._sidebar(), "menu")
         return next((menu for menu in menus if tree.extents(menu)), None)
 
     def _pages(self):
@@ -102,3 +105,36 @@ class Nautilus(GtkFileManager):
         self.open_menu()
         tree.press(until(self._toolbar_item, "the submenu's item"))
         until(lambda: any(tree.extents(item) for item in self._toolbar_page()), "an open submenu")
+
+    # The drive in the sidebar, where every place has a menu that begins with entries to open it.
+
+    def _account(self):
+        rows = tree.find_all(self._sidebar(), "list item")
+        return next((row for row in rows if tree.find(row, "label", TOOLBAR_ITEM)), None)
+
+    def _click_account(self, button):
+        left, top, width, height = self._on_screen(
+            tree.resting_extents(self._account, "the drive in the sidebar"))
+        # After a menu has closed, the line under the mouse gets no click before the mouse has moved.
+        tree.xdotool("mousemove", left + width // 4, top + height // 2)
+        tree.click(left + width // 2, top + height // 2, button=button)
+
+    def has_account(self):
+        return self._account() is not None
+
+    def account_tool_tip(self):
+        account = self._account()
+        return account.get_description() if account else None
+
+    def open_account(self, name):
+        self._click_account(1)
+        self._wait_for_window(name)
+
+    def open_account_menu(self):
+        self._click_account(3)
+        until(self._popup, "the menu of the drive in the sidebar")
+
+    def account_entries(self):
+        entries = same_twice(lambda: self._entries(tree.find_all(self._popup(), "menu item")),
+                             "the entries of the drive in the sidebar")
+        return [entry for entry in entries if not entry[0].startswith("Open")]
