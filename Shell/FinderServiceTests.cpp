@@ -117,6 +117,7 @@ TEST_F(FinderService, TellsOfAChangeBeforeItAnswersWithIt) {
 
 TEST_F(FinderService, TellsThatTheHostDoesNotAnswerWhenTheToolbarsMenuHasAskedIt) {
     service.reset();
+    ASSERT_TRUE(NS::pumpUntil([&] { return !peer->nameHasOwner(Shell::FinderInterface::kName); }));
     NS::RefPtr<NS::Object> latest = NS::str("record");
     service.emplace(
         extension, [] { return std::vector<NS::RefPtr<NS::Object>>(); },

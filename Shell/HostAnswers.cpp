@@ -24,7 +24,8 @@ bool HostAnswers::refresh(Clock::time_point now) {
     }
     const bool isThere = !host_.isThere || host_.isThere();
     const bool isLate = asked_ && now - *asked_ >= kPatience;
-    return std::exchange(value_, isThere && !isLate) != value_;
+    const bool before = std::exchange(value_, isThere && !isLate);
+    return value_ != before;
 }
 
 std::optional<HostAnswers::Clock::time_point> HostAnswers::nextLook() const noexcept {

@@ -1,5 +1,6 @@
 """What a user sees and does in a file manager, the same for all of them."""
 
+import signal
 import unittest
 
 from waiting import same_twice, until
@@ -153,6 +154,99 @@ class Places(FileManagerCase):
 
     def test_have_none_when_they_are_the_drive(self):
         self.assertEqual(self.menu_of_place("Drive"), [])
+
+
+class Account(FileManagerCase):
+    """The drive itself, in a sidebar."""
+
+    needs = "open_account_menu"
+    silent_host = [("The host has not answered", False)]
+
+    def setUp(self):
+        super().setUp()
+        until(self.manager.has_account, "the drive in the sidebar")
+
+    def menu_of_account(self):
+        self.manager.open_account_menu()
+        entries = self.manager.account_entries()
+        self.session.take_picture(f"{self.manager.name}-account-{self.id().split('.')[-1]}")
+        self.manager.close_menu()
+        return entries
+
+    def wait_for_entries(self, expected):
+        last = []
+
+        def fits():
+            last[:] = self.menu_of_account()
+            return last == expected
+
+        until(fits, f"a menu with {expected}, but {last}")
+
+    def entries(self):
+        return [(item["title"], item["enabled"]) for item in self.drive.toolbar_entries()]
+
+    def test_has_the_menu_of_the_toolbar(self):
+        self.assertEqual(len(self.entries()), 5)
+        self.wait_for_entries(self.entries())
+        self.manager.open_menu("a.txt", "b.txt")
+        self.manager.pick(TRASH)
+        self.wait_for_entries([("Empty Trash (3)", True)] + self.entries()[1:])
+
+    def test_opens_the_drive(self):
+        self.manager.open_account("Drive")
+        self.manager.wait_for_item("top.txt")
+
+    def test_empties_the_trash(self):
+        self.wait_for_entries(self.entries())
+        self.manager.open_account_menu()
+        self.manager.pick("Empty Trash (1)")
+        self.drive.wait_for_no_file("Trash/old.txt")
+        self.wait_for_entries(self.entries())
+
+    def test_says_that_a_stopped_host_has_not_answered(self):
+        entries = self.entries()
+        self.drive.host.signal(signal.SIGSTOP)
+        self.assertEqual(self.entries(), entries)  # which asks the host
+        self.wait_for_entries(entries + self.silent_host)
+        until(lambda: self.manager.account_tool_tip() == self.silent_host[0][0], "that in the tool tip")
+        self.drive.host.signal(signal.SIGCONT)
+        self.wait_for_entries(entries)
+
+    def test_says_that_a_killed_host_has_not_answered(self):
+        entries = self.entries()
+        self.drive.host.kill()
+        self.wait_for_entries(entries + self.silent_host)
+
+    def test_says_that_no_host_has_answered_yet(self):
+        self.drive.end()
+        until(lambda: not self.manager.has_account(), "no drive in the sidebar")
+        self.drive.start_waiting_extension()
+        until(self.manager.has_account, "the drive in the sidebar")
+        self.wait_for_entries(self.silent_host)
+        self.drive.start_host()
+        self.drive.wait_for_extension()
+        self.wait_for_entries(self.entries())
+
+    def test_is_there_while_the_extension_is(self):
+        self.drive.extension.kill()
+        until(lambda: not self.manager.has_account(), "no drive in the sidebar")
+        self.drive.start_extension()
+        until(self.manager.has_account, "the drive in the sidebar")
+        self.wait_for_entries(self.entries())
+
+    def test_does_not_do_later_what_a_stopped_extension_left_undone(self):
+        entries = self.entries()
+        self.wait_for_entries(entries)
+        self.drive.stop_extension()
+        silent = "Fennmoor Cloud does not answer"
+        self.manager.open_account_menu()
+        self.manager.pick("Empty Trash (1)")
+        until(lambda: self.manager.account_tool_tip() == silent, "that the extension does not answer")
+        self.assertEqual(self.menu_of_account(), entries + [(silent, False)])
+        self.drive.continue_extension()
+        self.wait_for_entries(entries)
+        self.assertEqual(self.drive.requests("ext_emptytrash"), [])
+        self.assertTrue((self.drive.path / "Trash/old.txt").exists())
 
 
 class ShownFolders(FileManagerCase):

@@ -25,15 +25,24 @@ class Drive:
         self._journals += 1
         self.journal_file = self.session.root / f"journal{self._journals}"
         self.journal_file.touch()
+        self.start_host()
+        self.start_extension()
+
+    def start_host(self):
         self.host = self.session.start([
             self.session.programs / "quorvane-host", "--drive", self.path, "--journal", self.journal_file])
         # The extension, when it finds none, looks for it again after a second.
         until(lambda: self.host.check_running() or self.host.said("started"), "a host that serves")
-        self.start_extension()
 
     def start_extension(self):
+        self.start_waiting_extension()
+        self.wait_for_extension()
+
+    def start_waiting_extension(self):
+        """It waits for a host."""
         self.extension = self.session.start([self.session.programs / "quorvane-finder-extension"])
 
+    def wait_for_extension(self):
         def serves():
             self.host.check_running()
             self.extension.check_running()

@@ -46,6 +46,7 @@ class Session:
         self.no_plug_ins = self.root / "no-plug-ins"
         self.no_plug_ins.mkdir()
         os.environ["GSETTINGS_BACKEND"] = "keyfile"
+        os.environ["XDG_DATA_DIRS"] = f"{self.programs.parent / 'share'}:/usr/local/share:/usr/share"
         self.pictures.mkdir(parents=True, exist_ok=True)
         os.environ["DISPLAY"] = ":" + self._told_by(
             ["Xvfb", "-displayfd", "1", "-screen", "0", SCREEN, "-nolisten", "tcp", "-noreset"])

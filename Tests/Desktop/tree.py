@@ -31,7 +31,8 @@ def walk(node):
 
 def matches(node, role, name):
     try:
-        return (role is None or node.get_role_name() == role) and (name is None or node.get_name() == name)
+        return (node is not None and (role is None or node.get_role_name() == role)
+                and (name is None or node.get_name() == name))
     except GLib.Error:
         return False
 

@@ -24,6 +24,8 @@
     has_toolbar_menu(), open_toolbar_menu()
     open_place_menu(name)
                       of a folder in the sidebar; only where sidebars can have our entries
+    has_account(), account_tool_tip(), open_account(name), open_account_menu(), account_entries()
+                      of the drive itself in the sidebar; only where sidebars show it
     wait_for_message(text)
                       until a message to the user holds a text; closes it
 """

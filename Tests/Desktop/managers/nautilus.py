@@ -13,7 +13,7 @@ class Nautilus(GtkFileManager):
 
     def __init__(self, session):
         super().__init__(session)
-        self._known = (None, None)  # the window that was asked for last, and what holds its tabs
+        self._known_frame, self._known = None, {}  # the window that was asked for last, and parts of it
 
     def _command(self, folder):
         return ["nautilus", "--new-window", folder]
@@ -25,16 +25,20 @@ class Nautilus(GtkFileManager):
 
     # All of the window, with its sidebar, takes long to go through.
 
-    def _tab_view(self):
+    def _part(self, role, name):
         frame = self._frame()
-        known, tab_view = self._known
-        if tab_view is None or frame != known or not tree.matches(tab_view, "filler", "AdwTabView"):
-            self._known = (frame, tree.find(frame, "filler", "AdwTabView"))
-        return self._known[1]
+        if frame != self._known_frame:
+            self._known_frame, self._known = frame, {}
+        if name not in self._known or not tree.matches(self._known[name], role, name):
+            self._known[name] = tree.find(frame, role, name)
+        return self._known[name]
+
+    def _sidebar(self):
+        return self._part("list", "Sidebar")
 
     def _view(self):
         """That of the last tab."""
-        pages = tree.find_all(self._tab_view(), "panel", "GtkStackPage")
+        pages = tree.find_all(self._part("filler", "AdwTabView"), "panel", "GtkStackPage")
         return tree.find(pages[-1], "filler", "Content View") if pages else None
 
     def _item(self, name):
@@ -90,8 +94,9 @@ class Nautilus(GtkFileManager):
 
     def _popup(self):
         view = self._view()
-        return next((node for node in (tree.children(view) if view else [])
-                     if tree.matches(node, "menu", None) and tree.extents(node)), None)
+        menus = [node for node in (tree.children(view) if view else []) if tree.matches(node, "menu", None)]
+        return next((menu for menu in menus + tree.find_all(self._sidebar(), "menu") if tree.extents(menu)),
+                    None)
 
     def _pages(self):
         pages = tree.find_all(self._popup(), "panel", "GtkStackPage")
@@ -131,3 +136,34 @@ class Nautilus(GtkFileManager):
         self.open_menu()
         tree.press(until(self._toolbar_item, "the submenu's item"))
         until(lambda: any(tree.extents(item) for item in self._toolbar_page()), "an open submenu")
+
+    # The drive in the sidebar, where every place has a menu that begins with entries to open it.
+
+    def _account(self):
+        rows = tree.find_all(self._sidebar(), "list item")
+        return next((row for row in rows if tree.find(row, "label", TOOLBAR_ITEM)), None)
+
+    def _click_account(self, button):
+        left, top, width, height = self._on_screen(
+            tree.resting_extents(self._account, "the drive in the sidebar"))
+        tree.click(left + width // 2, top + height // 2, button=button)
+
+    def has_account(self):
+        return self._account() is not None
+
+    def account_tool_tip(self):
+        account = self._account()
+        return account.get_description() if account else None
+
+    def open_account(self, name):
+        self._click_account(1)
+        self._wait_for_window(name)
+
+    def open_account_menu(self):
+        self._click_account(3)
+        until(self._popup, "the menu of the drive in the sidebar")
+
+    def account_entries(self):
+        entries = same_twice(lambda: self._entries(tree.find_all(self._popup(), "menu item")),
+                             "the entries of the drive in the sidebar")
+        return [entry for entry in entries if not entry[0].startswith("Open")]
