@@ -8,6 +8,7 @@ its own, with a real host and a real extension. Without names, all file managers
 
 import argparse
 import importlib
+import signal
 import subprocess
 import sys
 import tempfile
@@ -17,6 +18,8 @@ from pathlib import Path
 MANAGERS = {"caja": "Caja", "nemo": "Nemo", "nautilus": "Nautilus", "thunar": "Thunar",
             "dolphin": "Dolphin"}
 HERE = Path(__file__).resolve()
+# With the command that follows end all processes that it left.
+ISOLATED = ("unshare", "--map-root-user", "--mount", "--pid", "--fork", "--mount-proc", "--kill-child")
 
 
 def arguments():
@@ -35,6 +38,13 @@ def arguments():
 
 def run_outside(options):
     """Each file manager in namespaces of its own, with which all of its processes end."""
+    refused = subprocess.run([*ISOLATED, "true"], check=False, capture_output=True, text=True).stderr
+    if refused:
+        print("Sessions need namespaces of their own, which neither root nor another user may make here:",
+              refused.strip(), file=sys.stderr)
+        return 1
+    # As an exception, so that the session ends as well.
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     built = [name for name in MANAGERS if (options.build / "plug-ins" / f"quorvane-{name}").exists()]
     failed = [name for name in options.managers or built if run_one(options, name) != 0]
     if not built:
@@ -50,9 +60,9 @@ def run_one(options, name):
     # Taken away when no process is left that could write into it, and nothing is mounted in it.
     with tempfile.TemporaryDirectory(prefix="quorvane-desktop-") as root:
         return subprocess.run(
-            ["unshare", "--map-root-user", "--mount", "--pid", "--fork", "--mount-proc", "--kill-child",
-             sys.executable, "-B", str(HERE), "--inside", root, "--build", str(options.build.resolve()),
-             "--pictures", str(options.pictures.resolve()), *cases, name], check=False).returncode
+            [*ISOLATED, sys.executable, "-B", str(HERE), "--inside", root, "--build",
+             str(options.build.resolve()), "--pictures", str(options.pictures.resolve()), *cases, name],
+            check=False).returncode
 
 
 def chosen(suite, texts, manager):

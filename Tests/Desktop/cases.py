@@ -39,6 +39,23 @@ class FileManagerCase(unittest.TestCase):
         self.manager.close_menu()
         return entries
 
+    # An extension that is late, as on a busy machine, is not waited for, and the menu has none of our
+    # entries; opened again it has.
+
+    def filled_menu_of(self, *names):
+        return until(lambda: self.menu_of(*names), "a menu with our entries")
+
+    def open_filled_menu(self, *names):
+        def is_filled():
+            self.manager.open_menu(*names)
+            return self.manager.entries() or self.manager.close_menu()
+
+        until(is_filled, "a menu with our entries")
+
+    def open_toolbar_menu(self):
+        until(self.manager.has_toolbar_menu, "the toolbar's menu")
+        self.manager.open_toolbar_menu()
+
     def wait_for_menu(self, expected, *names):
         """For entries that come or go with the extension: until a menu that is opened has them."""
         last = []
@@ -47,10 +64,10 @@ class FileManagerCase(unittest.TestCase):
             last[:] = self.menu_of(*names)
             return last == expected
 
-        until(fits, f"a menu with {expected}, but {last}")
+        until(fits, lambda: f"a menu with {expected}, but {last}")
 
     def toolbar_menu(self):
-        self.manager.open_toolbar_menu()
+        self.open_toolbar_menu()
         entries = self.manager.all_entries()
         self.session.take_picture(f"{self.manager.name}-toolbar-{self.id().split('.')[-1]}")
         self.manager.close_menu()
@@ -60,18 +77,18 @@ class FileManagerCase(unittest.TestCase):
 class Menus(FileManagerCase):
     def test_of_a_file(self):
         expected = enabled(SHARE, PROPERTIES, TRASH)
-        self.assertEqual(self.menu_of("a.txt"), expected)
+        self.assertEqual(self.filled_menu_of("a.txt"), expected)
         self.assertEqual(self.drive.entries(self.drive.path / "Docs/a.txt"), expected)
 
     def test_of_several_files(self):
         expected = enabled(TRASH)
-        self.assertEqual(self.menu_of("a.txt", "b.txt"), expected)
+        self.assertEqual(self.filled_menu_of("a.txt", "b.txt"), expected)
         self.assertEqual(
             self.drive.entries(self.drive.path / "Docs/a.txt", self.drive.path / "Docs/b.txt"), expected)
 
     def test_of_the_background(self):
         expected = enabled(SHARE, PROPERTIES, REFRESH)
-        self.assertEqual(self.menu_of(), expected)
+        self.assertEqual(self.filled_menu_of(), expected)
         self.assertEqual(
             self.drive.entries("--kind", "container", "--target", self.drive.path / "Docs"), expected)
 
@@ -90,24 +107,24 @@ class Menus(FileManagerCase):
         self.manager.wait_for_item("Trash")
         self.assertEqual(self.menu_of("Trash"), [])
         self.assertEqual(self.menu_of("Shared Folders"), [])
-        self.assertEqual(self.menu_of("top.txt"), enabled(SHARE, PROPERTIES, TRASH))
+        self.assertEqual(self.filled_menu_of("top.txt"), enabled(SHARE, PROPERTIES, TRASH))
 
     def test_refresh_the_folder(self):
-        self.manager.open_menu()
+        self.open_filled_menu()
         self.manager.pick(REFRESH)
         until(lambda: self.drive.requests("ext_refresh_folder"), "a request to refresh")
         self.assertEqual(self.drive.requests("ext_refresh_folder")[0]["payload"], ["/Docs"])
 
     def test_move_to_the_trash_and_back(self):
-        self.manager.open_menu("a.txt")
+        self.open_filled_menu("a.txt")
         self.manager.pick(TRASH)
         self.drive.wait_for_file("Trash/a.txt")
         self.drive.wait_for_no_file("Docs/a.txt")
         self.manager.wait_for_no_item("a.txt")
         self.manager.open_window(self.drive.path / "Trash")
         self.manager.wait_for_item("a.txt")
-        self.assertEqual(self.menu_of("a.txt"), enabled(RESTORE, DELETE))
-        self.manager.open_menu("a.txt")
+        self.assertEqual(self.filled_menu_of("a.txt"), enabled(RESTORE, DELETE))
+        self.open_filled_menu("a.txt")
         self.manager.pick(RESTORE)
         self.drive.wait_for_file("Docs/a.txt")
         self.drive.wait_for_no_file("Trash/a.txt")
@@ -125,7 +142,7 @@ class ToolbarMenu(FileManagerCase):
     def test_shows_the_count_and_the_storage_before_and_after(self):
         self.assertRegex(self.storage_line(), r"^\S+ \S+ of \S+ \S+ used$")
         self.assertEqual(self.toolbar_menu(), self.expected(1))
-        self.manager.open_menu("a.txt", "b.txt")
+        self.open_filled_menu("a.txt", "b.txt")
         self.manager.pick(TRASH)
         self.drive.wait_for_file("Trash/b.txt")
         until(lambda: self.drive.toolbar_entries()[0]["title"] == "Empty Trash (3)",
@@ -133,7 +150,7 @@ class ToolbarMenu(FileManagerCase):
         self.assertEqual(self.toolbar_menu(), self.expected(3))
 
     def test_empties_the_trash(self):
-        self.manager.open_toolbar_menu()
+        self.open_toolbar_menu()
         self.manager.pick("Empty Trash (1)")
         self.drive.wait_for_no_file("Trash/old.txt")
 
@@ -149,7 +166,7 @@ class Places(FileManagerCase):
 
     def test_have_the_menu_of_the_sidebar(self):
         expected = enabled(SHARE, PROPERTIES)
-        self.assertEqual(self.menu_of_place("Docs"), expected)
+        self.assertEqual(until(lambda: self.menu_of_place("Docs"), "a menu with our entries"), expected)
         self.assertEqual(self.drive.entries("--kind", "sidebar", self.drive.path / "Docs"), expected)
 
     def test_have_none_when_they_are_the_drive(self):
@@ -180,7 +197,7 @@ class Account(FileManagerCase):
             last[:] = self.menu_of_account()
             return last == expected
 
-        until(fits, f"a menu with {expected}, but {last}")
+        until(fits, lambda: f"a menu with {expected}, but {last}")
 
     def entries(self):
         return [(item["title"], item["enabled"]) for item in self.drive.toolbar_entries()]
@@ -188,7 +205,7 @@ class Account(FileManagerCase):
     def test_has_the_menu_of_the_toolbar(self):
         self.assertEqual(len(self.entries()), 5)
         self.wait_for_entries(self.entries())
-        self.manager.open_menu("a.txt", "b.txt")
+        self.open_filled_menu("a.txt", "b.txt")
         self.manager.pick(TRASH)
         self.wait_for_entries([("Empty Trash (3)", True)] + self.entries()[1:])
 
@@ -325,7 +342,7 @@ class Extension(FileManagerCase):
 
     def test_killed_has_no_entries_until_it_is_started_again(self):
         expected = enabled(SHARE, PROPERTIES, TRASH)
-        self.assertEqual(self.menu_of("a.txt"), expected)
+        self.assertEqual(self.filled_menu_of("a.txt"), expected)
         self.drive.extension.kill()
         self.wait_for_menu([], "a.txt")
         self.wait_for_menu([])
@@ -348,7 +365,7 @@ class Extension(FileManagerCase):
         self.drive.wait_for_shown("/Docs")
 
     def test_stopped_does_not_do_later_what_the_user_was_told(self):
-        self.manager.open_menu("a.txt")
+        self.open_filled_menu("a.txt")
         self.assertEqual(self.manager.entries(), enabled(SHARE, PROPERTIES, TRASH))
         self.drive.stop_extension()
         self.manager.pick(TRASH)

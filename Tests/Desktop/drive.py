@@ -71,7 +71,8 @@ class Drive:
 
     def finder(self, *arguments, check=True):
         result = subprocess.run(
-            [str(self.session.programs / "quorvane-finder"), *map(str, arguments)],
+            [str(self.session.programs / "quorvane-finder"), *map(str, arguments), "--timeout",
+             str(int(PATIENCE * 500))],
             stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=PATIENCE, check=False)
         if result.returncode != 0:
             assert not check, result.stderr

@@ -25,14 +25,16 @@ def _value(condition):
 
 
 def until(condition, what, limit=PATIENCE):
-    """The first true value of a condition. Fails, saying what was waited for, after the limit."""
+    """The first true value of a condition. Fails after the limit, saying what, a text or a function of one,
+    was waited for."""
     deadline = time.monotonic() + limit
     while True:
         value = _value(condition)
         if value:
             return value
         if time.monotonic() > deadline:
-            raise AssertionError(f"in {limit:g} seconds there was not: {what}")
+            text = what() if callable(what) else what
+            raise AssertionError(f"in {limit:g} seconds there was not: {text}")
         _turn()
 
 

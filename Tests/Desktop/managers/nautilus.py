@@ -6,6 +6,10 @@ from managers.gtk import GtkFileManager
 from waiting import same_twice, until
 
 
+# On a display that lets nothing shine through, a menu has a black frame instead.
+WITHOUT_SHADOW = "popover > contents { margin: 0; border-radius: 0; box-shadow: none; }\n"
+
+
 class Nautilus(GtkFileManager):
     name = "nautilus"
     application_name = "org.gnome.Nautilus"
@@ -14,6 +18,9 @@ class Nautilus(GtkFileManager):
     def __init__(self, session):
         super().__init__(session)
         self._known_frame, self._known = None, {}  # the window that was asked for last, and parts of it
+
+    def prepare(self):
+        self.session.write_settings(".config/gtk-4.0/gtk.css", WITHOUT_SHADOW)
 
     def _command(self, folder):
         return ["nautilus", "--new-window", folder]

@@ -12,6 +12,7 @@ IN_ROWS = """<?xml version="1.0" encoding="UTF-8"?>
   <property name="last-window-width" type="int" value="1200"/>
   <property name="last-window-height" type="int" value="700"/>
   <property name="last-menubar-visible" type="bool" value="true"/>
+  <property name="last-location-bar" type="string" value="ThunarLocationButtons"/>
 </channel>
 """
 
