@@ -86,3 +86,20 @@ class FileManager:
         names = [name for name, _ in self.all_entries()]
         self.close_menu()
         return TOOLBAR_ITEM in names
+
+
+class ByKeys:
+    """A window that is driven by keys, where its tree has no menu bar: _press_key() has it take them."""
+
+    def _press_open_tab(self):
+        self._press_key("ctrl+t")
+
+    def _press_close_tab(self):
+        self._press_key("ctrl+w")
+
+    def split(self):
+        self._split_with(lambda: self._press_key("F3"))
+
+    def go_up(self, name):
+        self._press_key("alt+Up")
+        self._wait_for_window(name)

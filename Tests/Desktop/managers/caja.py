@@ -1,14 +1,14 @@
 """Caja, in its icon view."""
 
 import tree
-from managers.gtk import SETTINGS, GtkFileManager
+from managers.gtk import SETTINGS, GtkFileManager, InPanes
 
 WITHOUT_SIDEBAR = """[org/mate/caja/window-state]
 start-with-sidebar=false
 """
 
 
-class Caja(GtkFileManager):
+class Caja(InPanes, GtkFileManager):
     name = "caja"
 
     def prepare(self):
@@ -19,9 +19,6 @@ class Caja(GtkFileManager):
 
     def _environment(self, plug_in):
         return {"CAJA_EXTENSION_DIRS": str(plug_in)}
-
-    def split(self):
-        self._split_with(lambda: tree.press(tree.find(self._frame(), "check menu item", "Extra Pane")))
 
     def _view(self):
         return tree.find_rightmost(self._frame(), "layered pane")

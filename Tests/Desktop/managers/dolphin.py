@@ -1,12 +1,12 @@
 """Dolphin, in its icon view. Each window is a process of its own."""
 
 import tree
-from managers.base import TOOLBAR_ITEM, FileManager
+from managers.base import TOOLBAR_ITEM, ByKeys, FileManager
 from tree import Atspi, GLib
 from waiting import until
 
 
-class Dolphin(FileManager):
+class Dolphin(ByKeys, FileManager):
     name = "dolphin"
     tells_hidden_tabs = False
 
@@ -75,19 +75,9 @@ class Dolphin(FileManager):
         super().open_tab()
         self._close_warning()
 
-    def _press_open_tab(self):
-        self._press_key("ctrl+t")
-
-    def _press_close_tab(self):
-        self._press_key("ctrl+w")
-
     def split(self):
-        self._split_with(lambda: self._press_key("F3"))
+        super().split()
         self._close_warning()
-
-    def go_up(self, name):
-        self._press_key("alt+Up")
-        self._wait_for_window(name)
 
     def _press_key(self, key):
         """In the window that was opened last: without a window manager a click has it take keys."""

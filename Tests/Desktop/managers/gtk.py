@@ -137,6 +137,13 @@ class GtkFileManager(FileManager):
         until(lambda: not message(), "a closed message")
 
 
+class InPanes:
+    """A window that its menu bar splits."""
+
+    def split(self):
+        self._split_with(lambda: tree.press(tree.find(self._frame(), "check menu item", "Extra Pane")))
+
+
 class InRows:
     """A view with a row for each item, whose empty part counts as the background."""
 

@@ -1,7 +1,7 @@
 """Nemo, in its list view: the icons of its icon view are not in the accessibility tree."""
 
 import tree
-from managers.gtk import SETTINGS, GtkFileManager, InRows
+from managers.gtk import SETTINGS, GtkFileManager, InPanes, InRows
 
 IN_ROWS = """[org/nemo/preferences]
 default-folder-viewer='list-view'
@@ -12,7 +12,7 @@ geometry='1200x700+0+0'
 """
 
 
-class Nemo(InRows, GtkFileManager):
+class Nemo(InPanes, InRows, GtkFileManager):
     name = "nemo"
     extensions = ("libnemo-extension", "extensiondir")
 
@@ -23,7 +23,7 @@ class Nemo(InRows, GtkFileManager):
         return ["nemo", "--geometry=1200x700+0+0", folder]
 
     def split(self):
-        self._split_with(lambda: tree.press(tree.find(self._frame(), "check menu item", "Extra Pane")))
+        super().split()
         tree.click(*self._background())  # the first click only tells which half is meant
 
     def _view(self):

@@ -1,7 +1,7 @@
 """Thunar, in its details view: the icons of its icon view are not in the accessibility tree."""
 
 import tree
-from managers.base import TOOLBAR_ITEM, FileManager
+from managers.base import TOOLBAR_ITEM, ByKeys, FileManager
 from managers.gtk import GtkFileManager, InRows
 from waiting import same_twice, until
 
@@ -17,7 +17,7 @@ IN_ROWS = """<?xml version="1.0" encoding="UTF-8"?>
 """
 
 
-class Thunar(InRows, GtkFileManager):
+class Thunar(ByKeys, InRows, GtkFileManager):
     name = "thunar"
     extensions = ("thunarx-3", "extensionsdir")
     shows_disabled = False
@@ -41,19 +41,6 @@ class Thunar(InRows, GtkFileManager):
 
     def _press_close(self):
         self._press_key("ctrl+q")
-
-    def _press_open_tab(self):
-        self._press_key("ctrl+t")
-
-    def _press_close_tab(self):
-        self._press_key("ctrl+w")
-
-    def split(self):
-        self._split_with(lambda: self._press_key("F3"))
-
-    def go_up(self, name):
-        self._press_key("alt+Up")
-        self._wait_for_window(name)
 
     def _press_key(self, key):
         """In the window that was opened last: without a window manager it is the one below the mouse."""
