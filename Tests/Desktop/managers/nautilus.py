@@ -115,8 +115,6 @@ class Nautilus(GtkFileManager):
     def _click_account(self, button):
         left, top, width, height = self._on_screen(
             tree.resting_extents(self._account, "the drive in the sidebar"))
-        # After a menu has closed, the line under the mouse gets no click before the mouse has moved.
-        tree.xdotool("mousemove", left + width // 4, top + height // 2)
         tree.click(left + width // 2, top + height // 2, button=button)
 
     def has_account(self):
