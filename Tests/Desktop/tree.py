@@ -138,7 +138,9 @@ def click(x, y, button=1, modifier=None, repeat=1):
     xdotool("mousemove", x - 1, y)
     hold = ["keydown", modifier] if modifier else []
     release = ["keyup", modifier] if modifier else []
-    xdotool("mousemove", x, y, *hold, "click", "--repeat", repeat, "--delay", 50, button, *release)
+    # After a menu has closed, what is under the mouse may get no click before the mouse has moved there.
+    xdotool("mousemove", x - 2, y, "mousemove", x, y, *hold, "click", "--repeat", repeat, "--delay", 50,
+            button, *release)
 
 
 def resting_extents(find_node, what):
