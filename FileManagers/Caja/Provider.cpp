@@ -22,8 +22,8 @@ using Shell::MenuKind;
 
 GList* fileItems(CajaMenuProvider* provider, GtkWidget*, GList* files) {
     Drive& drive = driveOf(provider);
-    const SharedPlace place =
-        placeOfFiles(files, &caja_file_info_get_uri, &caja_file_info_get_parent_uri);
+    const SharedPlace place = placeOfFiles(files, &caja_file_info_get_uri, &caja_file_info_get_name,
+                                           &caja_file_info_get_parent_location);
     return newMenuItems(drive, MenuKind::kItems, drive.entries(MenuKind::kItems, *place), place,
                         &caja_menu_item_new);
 }

@@ -19,8 +19,8 @@ using Shell::MenuKind;
 
 GList* fileItems(NemoMenuProvider* provider, GtkWidget*, GList* files) {
     Drive& drive = driveOf(provider);
-    const SharedPlace place =
-        placeOfFiles(files, &nemo_file_info_get_uri, &nemo_file_info_get_parent_uri);
+    const SharedPlace place = placeOfFiles(files, &nemo_file_info_get_uri, &nemo_file_info_get_name,
+                                           &nemo_file_info_get_parent_location);
     return newMenuItems(drive, MenuKind::kItems, drive.entries(MenuKind::kItems, *place), place,
                         &nemo_menu_item_new);
 }
