@@ -5,7 +5,6 @@ measured here: keys go to the only window there is, and what a step brought abou
 the library in FileManagers/Measuring/.
 """
 
-import os
 import subprocess
 import time
 from pathlib import Path
@@ -16,11 +15,10 @@ from waiting import PATIENCE, until
 REST_SECONDS = 0.4
 MOST_TICKS_AT_REST = 3
 HEARTBEAT = "heartbeat"
-
-
-def microseconds():
-    """The clock of the record."""
-    return time.monotonic_ns() // 1000
+REBUILD = "rebuild"  # of its menus by the file manager, which the plug-in asked for
+NOT_ACCESSIBLE = {"NO_AT_BRIDGE": "1", "GTK_A11Y": "none"}  # GTK 3, GTK 4
+# A daemon that Caja asks for each of the selected files keeps its windows for a quarter of a minute.
+LOCAL = {"GIO_USE_VFS": "local", "GIO_USE_VOLUME_MONITOR": "unix"}
 
 
 class Call:
@@ -36,35 +34,43 @@ class Step:
     """What one step of a user cost the window's thread, in milliseconds."""
 
     def __init__(self, calls):
-        ours = [call for call in calls if call.what != HEARTBEAT and call.depth == 0]
-        self.calls = ours
-        self.ours = sum(call.duration for call in ours) / 1000
-        self.longest = max((call.duration for call in ours), default=0) / 1000
-        self.all = max((call.duration for call in calls if call.what == HEARTBEAT), default=0) / 1000
-        # Of the last time that it was asked for the entries of files.
-        self.files, self.entries = next(
-            (call.result for call in reversed(calls) if call.what == "items"), (0, 0))
+        late = [call for call in calls if call.what == HEARTBEAT]
+        calls = [call for call in calls if call.what != HEARTBEAT]
+        blocks = [block for block in calls if block.depth == 0]
+        ours = [sum(_own_part(call, block) for call in calls) / 1000 for block in blocks]
+        self.ours, self.longest = sum(ours), max(ours, default=0)
+        # Between two turns of its loop, whatever kept it.
+        self.late = max((call.duration for call in late), default=0) / 1000
+        # In the menu of files, when it was asked for.
+        self.entries = next((call.result[1] for call in reversed(calls) if call.what == "items"), None)
+
+
+def _own_part(call, block):
+    """What a call adds to a block: what the file manager does in it is not ours, but what it calls then is."""
+    if not block.start <= call.start <= call.start + call.duration <= block.start + block.duration:
+        return 0
+    return -call.duration if call.what == REBUILD else call.duration if call.depth % 2 == 0 else 0
 
 
 class MeasuredWindow:
     """Goes before a file manager's own class, whose start() it uses."""
 
+    def start(self, folder, with_plug_in=True, accessible=False):
+        self._accessible, self._has_plug_in = accessible, with_plug_in
+        super().start(folder, with_plug_in)
+
     def _start(self, folder, environment):
         self.record = self.session.root / f"{self.name}-times"
         self.record.write_text("")
         self._read = 0
+        library = self.session.programs.parent / "measuring/quorvane-plug-in-times.so"
         self.process = self.session.start(self._command(folder), environment | {
-            "LD_PRELOAD": str(self.session.programs.parent / "measuring/quorvane-plug-in-times.so"),
-            "QUORVANE_PLUG_IN_TIMES": str(self.record),
-            "NO_AT_BRIDGE": "1",  # GTK 3
-            "GTK_A11Y": "none",   # GTK 4
-            "GIO_USE_VFS": "local", "GIO_USE_VOLUME_MONITOR": "unix",
-        })
+            "LD_PRELOAD": str(library), "QUORVANE_PLUG_IN_TIMES": str(self.record),
+        } | LOCAL | ({} if self._accessible else NOT_ACCESSIBLE))
         until(lambda: self._window(folder.name), f"a window of {self.name} on {folder.name}")
         self.rest()
         # As a window manager does, so that keys go to it.
         self._xdotool("windowfocus", self._window(folder.name))
-        self.rest()
 
     def _window(self, title):
         assert self.process.is_running(), self.process.errors.read_text(errors="replace")
@@ -76,15 +82,21 @@ class MeasuredWindow:
 
     def rest(self):
         """Waits until it has done nothing for a while."""
-        last = [None, 0.0]
+        since, before = time.monotonic(), self._work()
 
         def rests():
-            seen = (self._ticks() // (MOST_TICKS_AT_REST + 1), self.record.stat().st_size)
-            if seen != last[0] or self.process.state() != "S":
-                last[:] = [seen, time.monotonic()]
-            return time.monotonic() - last[1] > REST_SECONDS
+            nonlocal since, before
+            ticks, calls = self._work()
+            if ticks > before[0] + MOST_TICKS_AT_REST or calls > before[1] or self.process.state() != "S":
+                since, before = time.monotonic(), (ticks, calls)
+            return time.monotonic() - since > REST_SECONDS
 
         until(rests, f"{self.name} at rest")
+
+    def _work(self):
+        """Time of the processor, and calls of the plug-in."""
+        lines = self.record.read_text(encoding="utf-8").splitlines()
+        return self._ticks(), sum(not line.endswith(HEARTBEAT) for line in lines)
 
     def _ticks(self):
         """Of the processor, that all of its threads have used."""
@@ -99,16 +111,27 @@ class MeasuredWindow:
             self._read = record.tell()
         return Step([Call(line) for line in lines])
 
-    def step(self, act):
-        """What it costs to do something, until the window has come to rest."""
+    def step(self, act, files=None):
+        """What it costs to do something, until the window has come to rest; and not before the plug-in was
+        asked for the menu of as many files."""
         self.seen()
         act()
+        if files is not None and self._has_plug_in:
+            until(lambda: self._was_asked_for(files), f"a question for the menu of {files} files")
         self.rest()
         return self.seen()
 
-    def press(self, *keys):
-        self._xdotool("key", *keys)
+    def _was_asked_for(self, files):
+        with open(self.record, encoding="utf-8") as record:
+            record.seek(self._read)
+            return any(f" items {files} " in line for line in record)
+
+    def press(self, key):
+        self._xdotool("key", key)
+
+    def click(self, x, y):
+        self._xdotool("mousemove", x, y, "click", 1)
 
     @staticmethod
     def _xdotool(*arguments):
-        subprocess.run(["xdotool", *arguments], check=True, timeout=PATIENCE)
+        subprocess.run(["xdotool", *map(str, arguments)], check=True, timeout=PATIENCE)

@@ -10,8 +10,8 @@ namespace {
 
 using namespace FileManagers::Measuring;
 
-constexpr guint kPeriod = 5;                   // milliseconds
-constexpr std::int64_t kWorthTelling = 10'000; // microseconds
+constexpr guint kPeriod = 10;                  // milliseconds
+constexpr std::int64_t kWorthTelling = 50'000; // microseconds
 
 gboolean beat(gpointer) {
     static std::int64_t last = g_get_monotonic_time();

@@ -34,6 +34,13 @@ GList* items(const char* name, const char* what, GList* files, gpointer provider
     return items;
 }
 
+// The file manager builds its menus anew, which is its work.
+void rebuild(const char* name, gpointer provider) {
+    auto* const tell = next<void(gpointer)>(name);
+    const TimedCall call("rebuild");
+    tell(provider);
+}
+
 } // namespace
 
 extern "C" {
@@ -67,5 +74,13 @@ GList* nautilus_menu_provider_get_file_items(gpointer provider, GList* files) {
 
 GList* nautilus_menu_provider_get_background_items(gpointer provider, gpointer folder) {
     return items(__func__, "background", nullptr, provider, folder);
+}
+
+void caja_menu_provider_emit_items_updated_signal(gpointer provider) {
+    rebuild(__func__, provider);
+}
+
+void nautilus_menu_provider_emit_items_updated_signal(gpointer provider) {
+    rebuild(__func__, provider);
 }
 }

@@ -10,8 +10,9 @@ namespace FileManagers::Measuring {
 //
 //     START DURATION DEPTH WHAT [RESULT]
 //
-// Microseconds of the monotonic clock; the depth is 0 for what the file manager calls, and more for
-// what it is brought to call meanwhile. Use on the thread that draws the windows.
+// Microseconds of the monotonic clock; the depth is 0 for what the file manager calls, 1 for what
+// that brings it to do, 2 for what it calls of the plug-in meanwhile. Use on the thread that draws
+// the windows.
 class TimedCall {
   public:
     explicit TimedCall(const char* what) noexcept;
