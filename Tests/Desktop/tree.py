@@ -10,6 +10,9 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 from waiting import PATIENCE, same_twice  # noqa: E402
 
+# It warns of each program of GTK 4, which has no cache that could be read at once.
+GLib.log_set_handler("dbind", GLib.LogLevelFlags.LEVEL_WARNING, lambda *_: None, None)
+
 MENU_ITEMS = ("menu item", "check menu item", "radio menu item", "menu")
 NOWHERE = -2**31  # where GTK 3 has what was shown once, as in another tab
 
