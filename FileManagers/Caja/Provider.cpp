@@ -21,10 +21,9 @@ using Shell::MenuKind;
 // Menus
 
 GList* fileItems(CajaMenuProvider* provider, GtkWidget*, GList* files) {
-    return newMenuItems(
-        driveOf(provider), MenuKind::kItems,
-        placeOfFiles(files, &caja_file_info_get_uri, &caja_file_info_get_parent_uri),
-        &caja_menu_item_new);
+    const SharedPlace place = placeOfFiles(files, &caja_file_info_get_uri, &caja_file_info_get_name,
+                                           &caja_file_info_get_parent_location);
+    return newMenuItems(driveOf(provider), MenuKind::kItems, place, &caja_menu_item_new);
 }
 
 GList* backgroundItems(CajaMenuProvider* provider, GtkWidget*, CajaFileInfo* folder) {

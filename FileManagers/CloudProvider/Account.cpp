@@ -1,6 +1,5 @@
 #include "FileManagers/CloudProvider/Account.h"
 
-#include <array>
 #include <string_view>
 
 namespace FileManagers {
@@ -24,10 +23,10 @@ bool isText(const std::string& bytes) {
     return g_utf8_validate(bytes.c_str(), -1, nullptr) != FALSE;
 }
 
-// Text that came over the bus is UTF-8; a path may not be.
+// Without an icon there would be no line. Text that came over the bus is UTF-8; a path may not be.
 OwnedObject<GIcon> iconOf(const std::string& icon) {
-    return OwnedObject<GIcon>(isText(icon) ? g_icon_new_for_string(icon.c_str(), nullptr)
-                                           : nullptr);
+    GIcon* const made = isText(icon) ? g_icon_new_for_string(icon.c_str(), nullptr) : nullptr;
+    return OwnedObject<GIcon>(made != nullptr ? made : g_themed_icon_new(AccountState::kIcon));
 }
 
 } // namespace
@@ -69,9 +68,7 @@ void Account::show(const AccountState& state) {
     const std::string home = g_get_home_dir();
     cloud_providers_account_exporter_set_path(
         account, accountPath(state.folder.empty() ? home : state.folder).c_str());
-    if (const auto icon = iconOf(state.icon)) {
-        cloud_providers_account_exporter_set_icon(account, icon.get());
-    }
+    cloud_providers_account_exporter_set_icon(account, iconOf(state.icon).get());
     cloud_providers_account_exporter_set_status_details(account, state.details.c_str());
     const bool isFirst = status_ == CLOUD_PROVIDERS_ACCOUNT_STATUS_INVALID;
     status_ = statusOf(state.status);

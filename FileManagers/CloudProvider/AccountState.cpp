@@ -12,7 +12,6 @@ using Status = AccountState::Status;
 
 // Of a drive whose extension has told nothing yet.
 constexpr const char* kName = "Fennmoor Cloud";
-constexpr const char* kIcon = "MainOnline-symbolic";
 
 constexpr const char* kHostSilent = "The host has not answered";
 
@@ -29,7 +28,7 @@ std::string symbolicIcon(const Shell::ToolbarItem& item) {
             return file;
         }
     }
-    return item.imageName.empty() ? kIcon : item.imageName + "-symbolic";
+    return item.imageName.empty() ? AccountState::kIcon : item.imageName + "-symbolic";
 }
 
 // What keeps the drive from being as its menu says; empty when nothing does.
@@ -41,7 +40,8 @@ std::string trouble(const Drive& drive) {
 }
 
 AccountState stateOfWaiting() {
-    return {kName, "", kIcon, Status::kWaiting, kHostSilent, {{kHostSilent, "", false}}};
+    return {
+        kName, "", AccountState::kIcon, Status::kWaiting, kHostSilent, {{kHostSilent, "", false}}};
 }
 
 AccountState stateOfDrive(Drive& drive, Look look) {

@@ -17,6 +17,9 @@ struct AccountState {
         kFailing, // something does not answer
     };
 
+    // Of a drive that has told nothing yet.
+    static constexpr const char* kIcon = "MainOnline-symbolic";
+
     std::string name;
     std::string folder; // that a click opens; empty while the drive has none
     std::string icon;   // a name in an icon theme, or an absolute path

@@ -3,7 +3,6 @@
 #include "FileManagers/Shared/Drive.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <utility>
 

@@ -9,6 +9,7 @@ namespace {
 // What the programs that show the menu put its actions under.
 constexpr const char* kActions = "cloudprovider";
 
+// Kept for ever; Account says why.
 CloudProvidersProviderExporter* newProvider(GDBusConnection* bus) {
     static auto* const providers = new std::vector<CloudProvidersProviderExporter*>;
     auto* const provider =

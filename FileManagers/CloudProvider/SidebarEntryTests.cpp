@@ -1,7 +1,11 @@
 #include "FileManagers/CloudProvider/SidebarEntry.h"
 
 #include "FileManagers/CloudProvider/Testing/BusFixture.h"
+#include "FileManagers/CloudProvider/Testing/FakeDesktop.h"
 #include "FileManagers/GLib/DriveLoop.h"
+
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -167,6 +171,30 @@ TEST_F(SidebarEntry, CarriesOutWhatIsPicked) {
     g_action_group_activate_action(actions.get(), "doIt-3a", nullptr);
     EXPECT_TRUE(
         runUntil([&] { return asked().back() == "Run 3 doIt: [] file:///mnt/Drive later"; }));
+}
+
+TEST_F(SidebarEntry, TellsWhatWasPickedAndNotDone) {
+    Tests::FakeDesktop desktop(looking.get());
+    serveWithExtension();
+    open("Drive1");
+    ASSERT_TRUE(waitForTitles({"Do It", "[Told]"}));
+    extension->refuseWith("com.Quorvane.Quorvane.QVFinderExtension.Error.NotInMenu", "none");
+    g_action_group_activate_action(actions.get(), "doIt-3a", nullptr);
+    EXPECT_TRUE(runUntil([&] { return !desktop.shown.empty(); }));
+    EXPECT_EQ(desktop.shown,
+              Titles{"Fennmoor Cloud 0 MainOnline: “Do It” could not be carried out: "
+                     "This is no longer possible here. Nothing was done."});
+}
+
+TEST_F(SidebarEntry, ShowsAnIconAlsoWhereItsFileIsNoText) {
+    extension.emplace(Titles{"file:///mnt/Drive"});
+    extension->setImageFile("file://" + folders.root().string() + "/%FF/scalable/apps/A.svg");
+    const auto symbolic = folders.root() / "\xFF" / "symbolic/apps/FakeImage-symbolic.svg";
+    std::filesystem::create_directories(symbolic.parent_path());
+    std::ofstream(symbolic) << "<svg/>";
+    extension->appear();
+    serve();
+    EXPECT_TRUE(waitForAccounts({"Drive1 Fake Drive /mnt/Drive MainOnline-symbolic 1 Fake tip"}));
 }
 
 TEST_F(SidebarEntry, TakesItsAccountWithAllOfItFromTheBus) {

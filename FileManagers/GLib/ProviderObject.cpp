@@ -1,5 +1,6 @@
 #include "FileManagers/GLib/ProviderObject.h"
 
+#include "FileManagers/GLib/ChangeNotice.h"
 #include "FileManagers/GLib/DriveLoop.h"
 
 #include <new>
@@ -13,6 +14,7 @@ struct Provider {
     // Made and destroyed by the type system's calls below.
     Drive drive;
     DriveLoop loop;
+    ChangeNotice notice;
 };
 
 struct ProviderClass {
@@ -26,11 +28,13 @@ void construct(GTypeInstance* instance, gpointer type) {
     Drive& drive = *new (&provider->drive) Drive;
     new (&provider->loop) DriveLoop(drive);
     drive.setOnNotDone(callbacks->onNotDone);
-    drive.setOnChange([provider, callbacks] { callbacks->onChange(provider); });
+    new (&provider->notice) ChangeNotice([provider, callbacks] { callbacks->onChange(provider); });
+    drive.setOnChange([provider] { provider->notice.note(); });
 }
 
 void finalize(GObject* object) {
     auto* const provider = reinterpret_cast<Provider*>(object);
+    provider->notice.~ChangeNotice();
     provider->loop.~DriveLoop();
     provider->drive.~Drive();
     G_OBJECT_CLASS(g_type_class_peek(G_TYPE_OBJECT))->finalize(object);

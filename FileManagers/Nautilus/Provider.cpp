@@ -23,9 +23,9 @@ GList* fileItems(NautilusMenuProvider* provider, GList* files) {
     if (files == nullptr) {
         return nullptr;
     }
-    return itemsFor(
-        driveOf(provider), MenuKind::kItems,
-        placeOfFiles(files, &nautilus_file_info_get_uri, &nautilus_file_info_get_parent_uri));
+    return itemsFor(driveOf(provider), MenuKind::kItems,
+                    placeOfFiles(files, &nautilus_file_info_get_uri, &nautilus_file_info_get_name,
+                                 &nautilus_file_info_get_parent_location));
 }
 
 // The toolbar's menu in the background's, as no toolbar has a place for it. None without entries.

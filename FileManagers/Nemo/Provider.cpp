@@ -18,10 +18,9 @@ namespace {
 using Shell::MenuKind;
 
 GList* fileItems(NemoMenuProvider* provider, GtkWidget*, GList* files) {
-    return newMenuItems(
-        driveOf(provider), MenuKind::kItems,
-        placeOfFiles(files, &nemo_file_info_get_uri, &nemo_file_info_get_parent_uri),
-        &nemo_menu_item_new);
+    const SharedPlace place = placeOfFiles(files, &nemo_file_info_get_uri, &nemo_file_info_get_name,
+                                           &nemo_file_info_get_parent_location);
+    return newMenuItems(driveOf(provider), MenuKind::kItems, place, &nemo_menu_item_new);
 }
 
 GList* backgroundItems(NemoMenuProvider* provider, GtkWidget*, NemoFileInfo* folder) {

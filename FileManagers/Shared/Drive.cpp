@@ -28,11 +28,20 @@ void Drive::serve() {
     client_.serve();
 }
 
+// What waits for the extension, for as long as there is patience.
+template <class Wait>
+auto Drive::waited(Wait wait) {
+    const auto from = Patience::Clock::now();
+    auto result = wait(patience_.left(from));
+    patience_.noteWait(from, Patience::Clock::now());
+    return result;
+}
+
 // Once, a window that is shown before anything is known waits for it; what is known then is kept up
 // to date by serve().
 void Drive::learn() {
     if (!std::exchange(hasLearned_, true)) {
-        (void)client_.waitUntilKnown(patience_);
+        (void)waited([this](auto patience) { return client_.waitUntilKnown(patience); });
     }
     noteChange();
 }
@@ -66,9 +75,10 @@ bool Drive::isOnDrive(const std::string& folder) {
     return client_.isPresent() && client_.watchedFolder(folder).has_value();
 }
 
-// The toolbar's menu could be had everywhere, but has no place outside of the drive.
-bool Drive::isOffered(MenuKind kind, const Place& place) {
-    return kind == MenuKind::kToolbar ? isOnDrive(place.target) : client_.isOffered(kind, place);
+// The toolbar's menu could be had everywhere, but has no place outside of the drive. Other menus
+// the client asks for only where they are offered.
+bool Drive::isOutOfPlace(MenuKind kind, const Place& place) {
+    return kind == MenuKind::kToolbar && !isOnDrive(place.target);
 }
 
 Outcome Drive::outcomeBeforeAsking() {
@@ -81,7 +91,10 @@ Outcome Drive::outcomeBeforeAsking() {
 }
 
 Shell::FinderClient::MenuAnswer Drive::ask(MenuKind kind, const Place& place) {
-    auto answer = client_.menu(kind, place, patience_);
+    if (isOutOfPlace(kind, place)) {
+        return {Outcome::kNotOffered, {}};
+    }
+    auto answer = waited([&](auto patience) { return client_.menu(kind, place, patience); });
     note(answer.outcome);
     return answer;
 }
@@ -104,14 +117,14 @@ const std::vector<MenuEntry>& Drive::entries(MenuKind kind, const Place& place) 
     if (const Shell::Menu* const kept = kept_.find(kind, place, generation)) {
         return kept->entries;
     }
-    if (outcomeBeforeAsking() != Outcome::kDone || !isOffered(kind, place)) {
+    if (outcomeBeforeAsking() != Outcome::kDone) {
         return kNone;
     }
     return keepAnswer(kind, place, generation);
 }
 
 const std::vector<MenuEntry>& Drive::freshEntries(MenuKind kind, const Place& place) {
-    if (outcomeBeforeAsking() == Outcome::kDone && isOffered(kind, place)) {
+    if (outcomeBeforeAsking() == Outcome::kDone) {
         (void)keepAnswer(kind, place, client_.generation());
     }
     return entries(kind, place);
@@ -136,8 +149,7 @@ std::vector<MenuEntry> Drive::clickedEntries(MenuKind kind, const Place& place) 
     Outcome outcome = outcomeBeforeAsking();
     Shell::FinderClient::MenuAnswer answer;
     if (outcome == Outcome::kDone) {
-        answer = isOffered(kind, place) ? ask(kind, place)
-                                        : Shell::FinderClient::MenuAnswer{Outcome::kNotOffered, {}};
+        answer = ask(kind, place);
         outcome = answer.outcome;
     }
     if (outcome != Outcome::kDone) {
@@ -149,7 +161,9 @@ std::vector<MenuEntry> Drive::clickedEntries(MenuKind kind, const Place& place) 
 void Drive::pick(MenuKind kind, const MenuEntry& entry, const Place& place) {
     Outcome outcome = outcomeBeforeAsking();
     if (outcome == Outcome::kDone) {
-        outcome = client_.run(kind, entry.action, place, patience_ * 9 / 10);
+        outcome = waited([&](auto patience) {
+            return client_.run(kind, entry.action, place, patience * 3 / 4);
+        });
         note(outcome);
     }
     if (outcome != Outcome::kDone) {

@@ -3,6 +3,7 @@
 #include "FileManagers/Shared/Breaker.h"
 #include "FileManagers/Shared/KeptMenus.h"
 #include "FileManagers/Shared/NotDone.h"
+#include "FileManagers/Shared/Patience.h"
 #include "FileManagers/Shared/ShownViews.h"
 #include "Shell/Client/FinderClient.h"
 
@@ -17,13 +18,14 @@ namespace FileManagers {
 // The drive in a file manager: all that its plug-in needs of the extension. A plug-in makes one,
 // has the file manager's loop serve it, and otherwise only translates.
 //
-// Belongs to the thread of that loop, which draws the windows, and never keeps it: a question or a
-// command waits for its answer for less than a quarter of a second, and after one that had none in
-// time there is no waiting at all until the extension takes in messages again.
+// Belongs to the thread of that loop, which draws the windows, and never keeps it: the questions of
+// one click, or a command, wait for their answers for less than a quarter of a second, and after
+// one that had none in time there is no waiting at all until the extension takes in messages again.
 class Drive {
   public:
     struct Times {
-        // For an answer; a command, to which the client adds a twentieth of a second, gets less.
+        // For the answers at one click; a command, to which the client adds a twentieth of a second
+        // and which is followed by a dialog when it fails, gets less.
         std::chrono::milliseconds patience = Shell::FinderClient::kDefaultTimeout;
         Breaker::Clock::duration firstPause = std::chrono::seconds(2); // of the breaker
     };
@@ -88,15 +90,17 @@ class Drive {
 
     void learn();
     void noteChange();
-    bool isOffered(Shell::MenuKind kind, const Shell::Place& place);
+    bool isOutOfPlace(Shell::MenuKind kind, const Shell::Place& place);
     Outcome outcomeBeforeAsking();
     Shell::FinderClient::MenuAnswer ask(Shell::MenuKind kind, const Shell::Place& place);
     const std::vector<Shell::MenuEntry>& keepAnswer(Shell::MenuKind kind, const Shell::Place& place,
                                                     std::uint64_t generation);
+    template <class Wait>
+    auto waited(Wait wait);
     void note(Outcome outcome);
     void tell(const std::string& title, Outcome outcome);
 
-    const std::chrono::milliseconds patience_;
+    Patience patience_;
     Shell::FinderClient client_;
     bool hasLearned_ = false;
     std::string owner_;

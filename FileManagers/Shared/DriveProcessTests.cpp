@@ -47,7 +47,7 @@ TEST_F(DriveProcess, WaitsOnceForAnExtensionThatIsStopped) {
     const auto before = Clock::now();
     EXPECT_EQ(count("0"), 0U);
     const auto first = Clock::now();
-    EXPECT_GE(first - before, 200ms);
+    EXPECT_GE(first - before, 20ms); // at the least, however long it was waited for just before
     for (int i = 1; i <= 1'000; ++i) {
         EXPECT_EQ(count(std::to_string(i)), 0U);
     }

@@ -50,9 +50,9 @@ ThunarxMenuItem* newSubmenu(const Shell::ToolbarItem& shown, GList* items) {
 }
 
 GList* fileItems(ThunarxMenuProvider* provider, GtkWidget* window, GList* files) {
-    return newItems(
-        keptDriveOf(provider), isMenuOfSidebar(window) ? MenuKind::kSidebar : MenuKind::kItems,
-        placeOfFiles(files, &thunarx_file_info_get_uri, &thunarx_file_info_get_parent_uri));
+    return newItems(keptDriveOf(provider),
+                    isMenuOfSidebar(window) ? MenuKind::kSidebar : MenuKind::kItems,
+                    placeOfFiles(files, &thunarx_file_info_get_uri));
 }
 
 GList* backgroundItems(ThunarxMenuProvider* provider, GtkWidget*, ThunarxFileInfo* folder) {
