@@ -1,4 +1,4 @@
-#include "FileManagers/Caja/Provider.h"
+#include "FileManagers/GLib/Provider.h"
 
 #include "FileManagers/Caja/Toolbar.h"
 #include "FileManagers/GLib/LocalPath.h"
@@ -21,18 +21,14 @@ using Shell::MenuKind;
 // Menus
 
 GList* fileItems(CajaMenuProvider* provider, GtkWidget*, GList* files) {
-    Drive& drive = driveOf(provider);
     const SharedPlace place = placeOfFiles(files, &caja_file_info_get_uri, &caja_file_info_get_name,
                                            &caja_file_info_get_parent_location);
-    return newMenuItems(drive, MenuKind::kItems, drive.entries(MenuKind::kItems, *place), place,
-                        &caja_menu_item_new);
+    return newMenuItems(driveOf(provider), MenuKind::kItems, place, &caja_menu_item_new);
 }
 
 GList* backgroundItems(CajaMenuProvider* provider, GtkWidget*, CajaFileInfo* folder) {
-    Drive& drive = driveOf(provider);
-    const SharedPlace place = placeOfFolder(folder, &caja_file_info_get_uri);
-    return newMenuItems(drive, MenuKind::kContainer, drive.entries(MenuKind::kContainer, *place),
-                        place, &caja_menu_item_new);
+    return newMenuItems(driveOf(provider), MenuKind::kContainer,
+                        placeOfFolder(folder, &caja_file_info_get_uri), &caja_menu_item_new);
 }
 
 GList* toolbarItems(CajaMenuProvider* provider, GtkWidget* window, CajaFileInfo* folder) {
@@ -81,12 +77,11 @@ constexpr ProviderCallbacks kCallbacks{&itemsChanged, &showNotDone};
 } // namespace
 
 GType registerProvider(GTypeModule* module) {
-    const GType type = registerProviderType(module, "QuorvaneCajaProvider", &kCallbacks);
-    const GInterfaceInfo menus{&initMenus, nullptr, nullptr};
-    const GInterfaceInfo locations{&initLocations, nullptr, nullptr};
-    g_type_module_add_interface(module, type, CAJA_TYPE_MENU_PROVIDER, &menus);
-    g_type_module_add_interface(module, type, CAJA_TYPE_LOCATION_WIDGET_PROVIDER, &locations);
-    return type;
+    return registerProviderType(module, "QuorvaneCajaProvider", &kCallbacks,
+                                {
+                                    {CAJA_TYPE_MENU_PROVIDER,            &initMenus    },
+                                    {CAJA_TYPE_LOCATION_WIDGET_PROVIDER, &initLocations}
+    });
 }
 
 } // namespace FileManagers

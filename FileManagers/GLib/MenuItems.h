@@ -82,4 +82,11 @@ GList* newMenuItems(Drive& drive, Shell::MenuKind kind,
     return items;
 }
 
+// The same for what a place has.
+template <class Item>
+GList* newMenuItems(Drive& drive, Shell::MenuKind kind, const SharedPlace& place,
+                    NewItem<Item> newItem) {
+    return newMenuItems(drive, kind, drive.entries(kind, *place), place, newItem);
+}
+
 } // namespace FileManagers

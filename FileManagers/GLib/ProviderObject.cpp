@@ -49,14 +49,21 @@ void initClass(gpointer type, gpointer callbacks) {
 } // namespace
 
 GType registerProviderType(GTypeModule* module, const char* name,
-                           const ProviderCallbacks* callbacks) {
+                           const ProviderCallbacks* callbacks,
+                           std::initializer_list<ProviderInterface> interfaces) {
     GTypeInfo info{};
     info.class_size = sizeof(ProviderClass);
     info.class_init = &initClass;
     info.class_data = callbacks;
     info.instance_size = sizeof(Provider);
     info.instance_init = &construct;
-    return g_type_module_register_type(module, G_TYPE_OBJECT, name, &info, GTypeFlags{});
+    const GType type =
+        g_type_module_register_type(module, G_TYPE_OBJECT, name, &info, GTypeFlags{});
+    for (const ProviderInterface& each : interfaces) {
+        const GInterfaceInfo interface { each.init, nullptr, nullptr };
+        g_type_module_add_interface(module, type, each.type, &interface);
+    }
+    return type;
 }
 
 Drive& driveOf(gpointer provider) {

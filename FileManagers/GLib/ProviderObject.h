@@ -2,6 +2,8 @@
 
 #include "FileManagers/Shared/Drive.h"
 
+#include <initializer_list>
+
 #include <glib-object.h>
 
 namespace FileManagers {
@@ -15,10 +17,17 @@ struct ProviderCallbacks {
     void (*onNotDone)(const NotDone& notDone);
 };
 
-// Registers a type without interfaces; the plug-in adds them. The name has to be another one for
-// each file manager. The callbacks outlive the process's last object.
+// An interface of a file manager, with the function that fills in what it asks for.
+struct ProviderInterface {
+    GType type;
+    GInterfaceInitFunc init;
+};
+
+// Registers a type. The name has to be another one for each file manager. The callbacks outlive the
+// process's last object.
 GType registerProviderType(GTypeModule* module, const char* name,
-                           const ProviderCallbacks* callbacks);
+                           const ProviderCallbacks* callbacks,
+                           std::initializer_list<ProviderInterface> interfaces);
 
 // The drive of an object of such a type.
 Drive& driveOf(gpointer provider);

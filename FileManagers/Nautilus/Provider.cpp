@@ -1,4 +1,4 @@
-#include "FileManagers/Nautilus/Provider.h"
+#include "FileManagers/GLib/Provider.h"
 
 #include "FileManagers/GLib/MenuItems.h"
 #include "FileManagers/GLib/ProviderObject.h"
@@ -15,7 +15,7 @@ namespace {
 using Shell::MenuKind;
 
 GList* itemsFor(Drive& drive, MenuKind kind, const SharedPlace& place) {
-    return newMenuItems(drive, kind, drive.entries(kind, *place), place, &nautilus_menu_item_new);
+    return newMenuItems(drive, kind, place, &nautilus_menu_item_new);
 }
 
 // It is asked for at each change of the selection, also to none.
@@ -69,10 +69,10 @@ constexpr ProviderCallbacks kCallbacks{&itemsChanged, &showNotDone};
 } // namespace
 
 GType registerProvider(GTypeModule* module) {
-    const GType type = registerProviderType(module, "QuorvaneNautilusProvider", &kCallbacks);
-    const GInterfaceInfo menus{&initMenus, nullptr, nullptr};
-    g_type_module_add_interface(module, type, NAUTILUS_TYPE_MENU_PROVIDER, &menus);
-    return type;
+    return registerProviderType(module, "QuorvaneNautilusProvider", &kCallbacks,
+                                {
+                                    {NAUTILUS_TYPE_MENU_PROVIDER, &initMenus}
+    });
 }
 
 } // namespace FileManagers

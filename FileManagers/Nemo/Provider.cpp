@@ -1,4 +1,4 @@
-#include "FileManagers/Nemo/Provider.h"
+#include "FileManagers/GLib/Provider.h"
 
 #include "FileManagers/GLib/LocalPath.h"
 #include "FileManagers/GLib/MenuItems.h"
@@ -18,18 +18,14 @@ namespace {
 using Shell::MenuKind;
 
 GList* fileItems(NemoMenuProvider* provider, GtkWidget*, GList* files) {
-    Drive& drive = driveOf(provider);
     const SharedPlace place = placeOfFiles(files, &nemo_file_info_get_uri, &nemo_file_info_get_name,
                                            &nemo_file_info_get_parent_location);
-    return newMenuItems(drive, MenuKind::kItems, drive.entries(MenuKind::kItems, *place), place,
-                        &nemo_menu_item_new);
+    return newMenuItems(driveOf(provider), MenuKind::kItems, place, &nemo_menu_item_new);
 }
 
 GList* backgroundItems(NemoMenuProvider* provider, GtkWidget*, NemoFileInfo* folder) {
-    Drive& drive = driveOf(provider);
-    const SharedPlace place = placeOfFolder(folder, &nemo_file_info_get_uri);
-    return newMenuItems(drive, MenuKind::kContainer, drive.entries(MenuKind::kContainer, *place),
-                        place, &nemo_menu_item_new);
+    return newMenuItems(driveOf(provider), MenuKind::kContainer,
+                        placeOfFolder(folder, &nemo_file_info_get_uri), &nemo_menu_item_new);
 }
 
 void initMenus(gpointer interface, gpointer) {
@@ -57,12 +53,11 @@ constexpr ProviderCallbacks kCallbacks{&changed, &showNotDone};
 } // namespace
 
 GType registerProvider(GTypeModule* module) {
-    const GType type = registerProviderType(module, "QuorvaneNemoProvider", &kCallbacks);
-    const GInterfaceInfo menus{&initMenus, nullptr, nullptr};
-    const GInterfaceInfo locations{&initLocations, nullptr, nullptr};
-    g_type_module_add_interface(module, type, NEMO_TYPE_MENU_PROVIDER, &menus);
-    g_type_module_add_interface(module, type, NEMO_TYPE_LOCATION_WIDGET_PROVIDER, &locations);
-    return type;
+    return registerProviderType(module, "QuorvaneNemoProvider", &kCallbacks,
+                                {
+                                    {NEMO_TYPE_MENU_PROVIDER,            &initMenus    },
+                                    {NEMO_TYPE_LOCATION_WIDGET_PROVIDER, &initLocations}
+    });
 }
 
 } // namespace FileManagers

@@ -1,7 +1,7 @@
 // What Thunar calls when it loads the plug-in.
 
+#include "FileManagers/GLib/Provider.h"
 #include "FileManagers/Thunar/Interface.h"
-#include "FileManagers/Thunar/Provider.h"
 
 #include <gmodule.h>
 

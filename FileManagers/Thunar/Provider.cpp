@@ -1,4 +1,4 @@
-#include "FileManagers/Thunar/Provider.h"
+#include "FileManagers/GLib/Provider.h"
 
 #include "FileManagers/GLib/MenuItems.h"
 #include "FileManagers/GLib/ProviderObject.h"
@@ -82,10 +82,10 @@ constexpr ProviderCallbacks kCallbacks{&changed, &showNotDone};
 } // namespace
 
 GType registerProvider(GTypeModule* module) {
-    const GType type = registerProviderType(module, "QuorvaneThunarProvider", &kCallbacks);
-    const GInterfaceInfo menus{&initMenus, nullptr, nullptr};
-    g_type_module_add_interface(module, type, THUNARX_TYPE_MENU_PROVIDER, &menus);
-    return type;
+    return registerProviderType(module, "QuorvaneThunarProvider", &kCallbacks,
+                                {
+                                    {THUNARX_TYPE_MENU_PROVIDER, &initMenus}
+    });
 }
 
 } // namespace FileManagers

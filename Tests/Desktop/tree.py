@@ -10,6 +10,9 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 from waiting import PATIENCE, same_twice  # noqa: E402
 
+# It warns of each program of GTK 4, which has no cache that could be read at once.
+GLib.log_set_handler("dbind", GLib.LogLevelFlags.LEVEL_WARNING, lambda *_: None, None)
+
 MENU_ITEMS = ("menu item", "check menu item", "radio menu item", "menu")
 NOWHERE = -2**31  # where GTK 3 has what was shown once, as in another tab
 
@@ -138,9 +141,7 @@ def click(x, y, button=1, modifier=None, repeat=1):
     xdotool("mousemove", x - 1, y)
     hold = ["keydown", modifier] if modifier else []
     release = ["keyup", modifier] if modifier else []
-    # After a menu has closed, what is under the mouse may get no click before the mouse has moved there.
-    xdotool("mousemove", x - 2, y, "mousemove", x, y, *hold, "click", "--repeat", repeat, "--delay", 50,
-            button, *release)
+    xdotool("mousemove", x, y, *hold, "click", "--repeat", repeat, "--delay", 50, button, *release)
 
 
 def resting_extents(find_node, what):
