@@ -15,23 +15,27 @@ namespace {
 
 constexpr std::string_view kMagic = "bplist00";
 constexpr std::size_t kTrailerSize = 32;
-constexpr std::size_t kTapeReference = sizeof(BinaryPropertyListWriter::Reference);
+constexpr unsigned kArray = 0xA;
+constexpr unsigned kDictionary = 0xD;
 
 // An integer's size is a power of two; its marker names the exponent.
-unsigned sizeExponent(std::uint64_t value) noexcept {
+constexpr unsigned sizeExponent(std::uint64_t value) noexcept {
     return static_cast<unsigned>(std::bit_width(BigEndian::widthOf(value) - 1));
 }
 
-// The fewest bytes for the number that are also those of an integer of a machine.
-unsigned machineWidthOf(std::uint64_t value) noexcept {
-    return std::bit_ceil(BigEndian::widthOf(value));
+constexpr std::uint64_t largestOf(unsigned width) noexcept {
+    return std::numeric_limits<std::uint64_t>::max() >> (64U - 8U * width);
+}
+
+std::byte* putNumber(std::byte* out, unsigned marker, std::uint64_t bits, unsigned width) noexcept {
+    *out = static_cast<std::byte>(marker);
+    BigEndian::storeAhead(out + 1, bits, width);
+    return out + 1 + width;
 }
 
 std::byte* putInteger(std::byte* out, std::uint64_t value) noexcept {
     const unsigned exponent = sizeExponent(value);
-    *out = static_cast<std::byte>(0x10U | exponent);
-    BigEndian::store(out + 1, value, 1U << exponent);
-    return out + 1 + (1U << exponent);
+    return putNumber(out, 0x10U | exponent, value, 1U << exponent);
 }
 
 std::size_t integerSize(std::uint64_t value) noexcept {
@@ -46,18 +50,45 @@ std::byte* putRaw(std::byte* out, std::span<const T> elements) noexcept {
     return out + elements.size_bytes();
 }
 
+// How many bytes of an object stand ahead of what its marker counts.
+std::size_t headSize(const std::byte* object) noexcept {
+    if ((object[0] & std::byte{0xF}) != std::byte{0xF}) {
+        return 1;
+    }
+    return 2 + (std::size_t{1} << std::to_integer<unsigned>(object[1] & std::byte{0xF}));
+}
+
+template <unsigned width>
+std::byte* putNumbers(std::byte* out, std::span<const std::uint32_t> numbers) noexcept {
+    for (const std::uint32_t number : numbers) {
+        BigEndian::storeAhead(out, number, width);
+        out += width;
+    }
+    return out;
+}
+
+// Numbers one behind the other, in 1, 2 or 4 bytes each.
+std::byte* putNumbers(std::byte* out, std::span<const std::uint32_t> numbers,
+                      unsigned width) noexcept {
+    switch (width) {
+    case 1:
+        return putNumbers<1>(out, numbers);
+    case 2:
+        return putNumbers<2>(out, numbers);
+    default:
+        return putNumbers<4>(out, numbers);
+    }
+}
+
 } // namespace
 
-// Begins an object and gives room for its bytes on the tape.
-std::byte* BinaryPropertyListWriter::begin(std::size_t size) {
-    const std::size_t offset = tape_.size();
-    if (size > std::numeric_limits<std::uint32_t>::max() - offset) {
-        Exception::raise(kInvalidArchiveOperationException,
-                         "a property list grew longer than 4 GiB");
-    }
-    offsets_.push_back(static_cast<std::uint32_t>(offset));
-    tape_.resize(offset + size);
-    return tape_.data() + offset;
+BinaryPropertyListWriter::BinaryPropertyListWriter() : referenceLimit_(largestOf(referenceWidth_)) {
+    putRaw(bytes_.room(kMagic.size()), std::span(kMagic));
+    bytes_.extend(kMagic.size());
+}
+
+void BinaryPropertyListWriter::raiseTooLong() {
+    Exception::raise(kInvalidArchiveOperationException, "a property list grew longer than 4 GiB");
 }
 
 std::byte* BinaryPropertyListWriter::beginCounted(unsigned kind, std::uint64_t count,
@@ -77,40 +108,19 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addBool(bool value
     return lastAdded();
 }
 
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addInteger(std::int64_t value) {
-    const auto bits = static_cast<std::uint64_t>(value);
-    putInteger(begin(integerSize(bits)), bits);
-    return lastAdded();
-}
-
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addUnsigned(std::uint64_t value) {
     if (value <= std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
         return addInteger(static_cast<std::int64_t>(value));
     }
     // Eight bytes would read as a negative number.
     std::byte* const out = begin(17);
-    *out = std::byte{0x14};
-    BigEndian::store(out + 9, value, 8);
+    putNumber(out, 0x14, 0, 8);
+    BigEndian::storeAhead(out + 9, value, 8);
     return lastAdded();
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addFloat(float value) {
-    std::byte* const out = begin(5);
-    *out = std::byte{0x22};
-    BigEndian::store(out + 1, std::bit_cast<std::uint32_t>(value), 4);
-    return lastAdded();
-}
-
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addEightBytes(unsigned marker,
-                                                                            std::uint64_t bits) {
-    std::byte* const out = begin(9);
-    *out = static_cast<std::byte>(marker);
-    BigEndian::store(out + 1, bits, 8);
-    return lastAdded();
-}
-
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addReal(double value) {
-    return addEightBytes(0x23, std::bit_cast<std::uint64_t>(value));
+    return addNumber(0x22, std::bit_cast<std::uint32_t>(value), 4);
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addNumber(const Number& number) {
@@ -126,10 +136,6 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addNumber(const Nu
     default:
         return addInteger(number.longLongValue());
     }
-}
-
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addDate(double seconds) {
-    return addEightBytes(0x33, std::bit_cast<std::uint64_t>(seconds));
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addData(Bytes bytes) {
@@ -155,104 +161,99 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addString(const St
     return lastAdded();
 }
 
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addUid(std::uint64_t value) {
-    const unsigned width = machineWidthOf(value);
-    std::byte* const out = begin(1 + width);
-    *out = static_cast<std::byte>(0x80U | (width - 1));
-    BigEndian::store(out + 1, value, width);
-    return lastAdded();
+// Widens before the references are counted in bytes.
+std::byte* BinaryPropertyListWriter::beginCollection(unsigned kind, std::uint64_t count,
+                                                     std::size_t references) {
+    if (offsets_.size() == referenceLimit_) [[unlikely]] {
+        widen();
+    }
+    return beginCounted(kind, count, references * referenceWidth_);
+}
+
+std::byte*
+BinaryPropertyListWriter::putReferences(std::byte* out,
+                                        std::span<const Reference> references) const noexcept {
+    return putNumbers(out, references, referenceWidth_);
 }
 
 BinaryPropertyListWriter::Reference
 BinaryPropertyListWriter::addArray(std::span<const Reference> elements) {
-    putRaw(beginCounted(0xA, elements.size(), elements.size_bytes()), elements);
-    collections_.push_back({lastAdded(), static_cast<std::uint32_t>(elements.size())});
-    referenceCount_ += elements.size();
+    putReferences(beginCollection(kArray, elements.size(), elements.size()), elements);
     return lastAdded();
 }
 
 BinaryPropertyListWriter::Reference
 BinaryPropertyListWriter::addDictionary(std::span<const Reference> keys,
                                         std::span<const Reference> values) {
-    std::byte* const out = beginCounted(0xD, keys.size(), keys.size_bytes() + values.size_bytes());
-    putRaw(putRaw(out, keys), values);
-    const std::size_t count = keys.size() + values.size();
-    collections_.push_back({lastAdded(), static_cast<std::uint32_t>(count)});
-    referenceCount_ += count;
+    std::byte* const out = beginCollection(kDictionary, keys.size(), keys.size() + values.size());
+    putReferences(putReferences(out, keys), values);
     return lastAdded();
 }
 
-std::uint64_t BinaryPropertyListWriter::endOf(Reference object) const noexcept {
-    return object + std::size_t{1} < offsets_.size() ? offsets_[object + 1] : tape_.size();
+std::size_t BinaryPropertyListWriter::endOf(std::size_t object) const noexcept {
+    return object + 1 < offsets_.size() ? offsets_[object + 1] : bytes_.size();
+}
+
+// Writes all that was added anew, with the next width of references. It happens twice at most, for
+// the 256th object and the 65,536th.
+void BinaryPropertyListWriter::widen() {
+    const unsigned width = referenceWidth_ * 2;
+    ByteBuffer wider;
+    putRaw(wider.room(kMagic.size()), std::span(kMagic));
+    wider.extend(kMagic.size());
+    GrowingBuffer<std::uint32_t> offsets;
+    for (std::size_t object = 0; object < offsets_.size(); ++object) {
+        offsets.add(static_cast<std::uint32_t>(wider.size()));
+        widenObject(object, wider, width);
+        if (wider.size() > kLongest) {
+            raiseTooLong();
+        }
+    }
+    bytes_ = std::move(wider);
+    offsets_ = std::move(offsets);
+    referenceWidth_ = width;
+    referenceLimit_ = largestOf(width);
+}
+
+void BinaryPropertyListWriter::widenObject(std::size_t object, ByteBuffer& wider,
+                                           unsigned width) const {
+    const std::byte* const begin = bytes_.data() + offsets_[object];
+    const std::byte* const end = bytes_.data() + endOf(object);
+    const auto kind = std::to_integer<unsigned>(*begin >> 4);
+    const bool isCollection = kind == kArray || kind == kDictionary;
+    const std::byte* const references = isCollection ? begin + headSize(begin) : end;
+    const auto headLength = static_cast<std::size_t>(references - begin);
+    const auto count = static_cast<std::size_t>(end - references) / referenceWidth_;
+    std::byte* out = wider.room(headLength + count * width + kAhead);
+    out = putRaw(out, std::span(begin, headLength));
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::byte* const reference = references + i * referenceWidth_;
+        BigEndian::storeAhead(out, BigEndian::load(reference, referenceWidth_), width);
+        out += width;
+    }
+    wider.extend(headLength + count * width);
 }
 
 // Readers want the widths to hold the number of objects and the offset table's own offset, not
 // merely the largest reference and the last object's offset.
-BinaryPropertyListWriter::Layout BinaryPropertyListWriter::layout() const {
-    Layout layout{};
-    layout.referenceWidth = machineWidthOf(offsets_.size());
-    layout.tableOffset = kMagic.size() + tape_.size() - referenceCount_ * kTapeReference +
-                         referenceCount_ * layout.referenceWidth;
-    layout.offsetWidth = machineWidthOf(layout.tableOffset);
-    return layout;
+ByteBuffer BinaryPropertyListWriter::finish(Reference top) {
+    static_assert(kTrailerSize >= kAhead); // the trailer follows whatever is written ahead of it
+    const std::size_t table = bytes_.size();
+    const unsigned width = machineWidthOf(table);
+    std::byte* const out = bytes_.room(offsets_.size() * width + kTrailerSize);
+    putTrailer(putNumbers(out, offsets_, width), width, top, table);
+    bytes_.extend(offsets_.size() * width + kTrailerSize);
+    return std::move(bytes_);
 }
 
-std::vector<std::byte> BinaryPropertyListWriter::finish(Reference top) const {
-    const Layout list = layout();
-    const std::size_t trailer = list.tableOffset + offsets_.size() * list.offsetWidth;
-    std::vector<std::byte> bytes(trailer + kTrailerSize);
-    putRaw(bytes.data(), std::span(kMagic));
-    emitObjects(list, bytes.data() + kMagic.size());
-    emitOffsets(list, bytes.data() + list.tableOffset);
-    emitTrailer(list, top, bytes.data() + trailer);
-    return bytes;
-}
-
-// The trailer follows whatever is emitted ahead of it.
-static_assert(kTrailerSize >= sizeof(std::uint64_t));
-
-// Copies the tape, giving the collections' references their final width on the way.
-void BinaryPropertyListWriter::emitObjects(const Layout& layout, std::byte* out) const {
-    std::size_t copied = 0;
-    for (const Collection& collection : collections_) {
-        const std::size_t end = endOf(collection.object);
-        const std::size_t references = end - collection.referenceCount * kTapeReference;
-        out = putRaw(out, std::span(tape_).subspan(copied, references - copied));
-        for (std::size_t at = references; at < end; at += kTapeReference) {
-            Reference reference;
-            std::memcpy(&reference, tape_.data() + at, kTapeReference);
-            BigEndian::storeAhead(out, reference, layout.referenceWidth);
-            out += layout.referenceWidth;
-        }
-        copied = end;
-    }
-    putRaw(out, std::span(tape_).subspan(copied));
-}
-
-void BinaryPropertyListWriter::emitOffsets(const Layout& layout, std::byte* out) const {
-    std::uint64_t moved = kMagic.size(); // how far the list is ahead of the tape, modulo 2^64
-    std::size_t object = 0;
-    const auto emitUpTo = [&](std::size_t end) {
-        for (; object < end; ++object) {
-            BigEndian::storeAhead(out, offsets_[object] + moved, layout.offsetWidth);
-            out += layout.offsetWidth;
-        }
-    };
-    for (const Collection& collection : collections_) {
-        emitUpTo(collection.object + std::size_t{1});
-        moved += std::uint64_t{collection.referenceCount} * layout.referenceWidth -
-                 std::uint64_t{collection.referenceCount} * kTapeReference;
-    }
-    emitUpTo(offsets_.size());
-}
-
-void BinaryPropertyListWriter::emitTrailer(const Layout& layout, Reference top,
-                                           std::byte* out) const {
-    out[6] = static_cast<std::byte>(layout.offsetWidth);
-    out[7] = static_cast<std::byte>(layout.referenceWidth);
+void BinaryPropertyListWriter::putTrailer(std::byte* out, unsigned offsetWidth, Reference top,
+                                          std::uint64_t table) const noexcept {
+    std::memset(out, 0, kTrailerSize);
+    out[6] = static_cast<std::byte>(offsetWidth);
+    out[7] = static_cast<std::byte>(referenceWidth_);
     BigEndian::store(out + 8, offsets_.size(), 8);
     BigEndian::store(out + 16, top, 8);
-    BigEndian::store(out + 24, layout.tableOffset, 8);
+    BigEndian::store(out + 24, table, 8);
 }
 
 } // namespace NS

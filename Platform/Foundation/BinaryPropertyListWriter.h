@@ -1,13 +1,16 @@
 #pragma once
 
+#include "Platform/Foundation/BigEndian.h"
+#include "Platform/Foundation/ByteBuffer.h"
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/String.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <string_view>
-#include <vector>
 
 namespace NS {
 
@@ -16,60 +19,96 @@ class Number;
 // Puts a binary property list ("bplist00") together, an object at a time. Objects are added before
 // the collections that hold them, and each is written once, where it was added: equal objects stay
 // two. Offsets, references and UIDs take 1, 2, 4 or 8 bytes, since some readers know no others.
+//
+// What was added stands in its final form from the beginning, with references as wide as the
+// objects so far need; the few times that this changes, all of it is written anew.
 class BinaryPropertyListWriter {
   public:
     // An object that was added, by its number; the first one has the number 0.
     using Reference = std::uint32_t;
 
+    BinaryPropertyListWriter();
+
+    // Each raises NSInvalidArchiveOperationException when the list grows longer than 4 GiB.
+
     Reference addBool(bool value);
-    Reference addInteger(std::int64_t value);
+    Reference addInteger(std::int64_t value) {
+        const auto bits = static_cast<std::uint64_t>(value);
+        const unsigned width = machineWidthOf(bits);
+        return addNumber(0x10U | static_cast<unsigned>(std::countr_zero(width)), bits, width);
+    }
     Reference addUnsigned(std::uint64_t value);
     Reference addFloat(float value);
-    Reference addReal(double value);
+    Reference addReal(double value) {
+        return addNumber(0x23, std::bit_cast<std::uint64_t>(value), 8);
+    }
     // As the number's type has it.
     Reference addNumber(const Number& number);
     // Seconds since 2001-01-01 00:00:00 UTC.
-    Reference addDate(double seconds);
+    Reference addDate(double seconds) {
+        return addNumber(0x33, std::bit_cast<std::uint64_t>(seconds), 8);
+    }
     Reference addData(Bytes bytes);
     Reference addString(const String& text);
     Reference addAscii(std::string_view text);
-    Reference addUid(std::uint64_t value);
+    Reference addUid(std::uint64_t value) {
+        const unsigned width = machineWidthOf(value);
+        return addNumber(0x80U | (width - 1), value, width);
+    }
     Reference addArray(std::span<const Reference> elements);
     // As many values as keys.
     Reference addDictionary(std::span<const Reference> keys, std::span<const Reference> values);
 
-    // The whole list with this object on top. Raises NSInvalidArchiveOperationException when it
-    // would be longer than 4 GiB.
-    std::vector<std::byte> finish(Reference top) const;
+    // The whole list with this object on top. The writer is done then, and takes nothing more.
+    ByteBuffer finish(Reference top);
 
   private:
-    // A collection keeps its references on the tape in four bytes each, in this machine's order,
-    // until their number, and with it their width in the list, is known.
-    struct Collection {
-        Reference object;
-        std::uint32_t referenceCount;
-    };
+    // Numbers are written with the bytes behind them, which what comes next is written over.
+    static constexpr std::size_t kAhead = sizeof(std::uint64_t);
+    static constexpr std::uint64_t kLongest = std::numeric_limits<std::uint32_t>::max();
 
-    struct Layout {
-        unsigned referenceWidth;
-        unsigned offsetWidth;
-        std::uint64_t tableOffset;
-    };
+    // The fewest bytes for the number that are also those of an integer of a machine.
+    static constexpr unsigned machineWidthOf(std::uint64_t value) noexcept {
+        return std::bit_ceil(BigEndian::widthOf(value));
+    }
 
-    std::byte* begin(std::size_t size);
+    // Begins an object and gives room for its bytes, and some more.
+    std::byte* begin(std::size_t size) {
+        if (offsets_.size() == referenceLimit_) [[unlikely]] {
+            widen();
+        }
+        if (size > kLongest - bytes_.size()) [[unlikely]] {
+            raiseTooLong();
+        }
+        std::byte* const out = bytes_.room(size + kAhead);
+        offsets_.add(static_cast<std::uint32_t>(bytes_.size()));
+        bytes_.extend(size);
+        return out;
+    }
+
+    // Adds a marker with a number behind it.
+    Reference addNumber(unsigned marker, std::uint64_t bits, unsigned width) {
+        std::byte* const out = begin(1 + width);
+        *out = static_cast<std::byte>(marker);
+        BigEndian::storeAhead(out + 1, bits, width);
+        return lastAdded();
+    }
+
+    [[noreturn]] static void raiseTooLong();
     std::byte* beginCounted(unsigned kind, std::uint64_t count, std::size_t bodySize);
+    std::byte* beginCollection(unsigned kind, std::uint64_t count, std::size_t references);
+    std::byte* putReferences(std::byte* out, std::span<const Reference> references) const noexcept;
     Reference lastAdded() const noexcept { return static_cast<Reference>(offsets_.size() - 1); }
-    Reference addEightBytes(unsigned marker, std::uint64_t bits);
-    std::uint64_t endOf(Reference object) const noexcept;
-    Layout layout() const;
-    void emitObjects(const Layout& layout, std::byte* out) const;
-    void emitOffsets(const Layout& layout, std::byte* out) const;
-    void emitTrailer(const Layout& layout, Reference top, std::byte* out) const;
+    void widen();
+    void widenObject(std::size_t object, ByteBuffer& wider, unsigned width) const;
+    std::size_t endOf(std::size_t object) const noexcept;
+    void putTrailer(std::byte* out, unsigned offsetWidth, Reference top,
+                    std::uint64_t table) const noexcept;
 
-    std::vector<std::byte> tape_;
-    std::vector<std::uint32_t> offsets_; // of each object, on the tape
-    std::vector<Collection> collections_;
-    std::uint64_t referenceCount_ = 0;
+    ByteBuffer bytes_;
+    GrowingBuffer<std::uint32_t> offsets_; // of each object
+    unsigned referenceWidth_ = 1;
+    std::size_t referenceLimit_; // with more objects than this, references are wider
 };
 
 } // namespace NS

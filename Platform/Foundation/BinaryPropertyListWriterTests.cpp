@@ -17,7 +17,7 @@ using Reference = NS::BinaryPropertyListWriter::Reference;
 class BinaryPropertyListWriter : public testing::Test {
   protected:
     // The bytes of the only object of the list.
-    std::string object() const {
+    std::string object() {
         const auto bytes = list.finish(0);
         const std::string all(NS::charactersOf(bytes));
         return all.substr(8, all.size() - 8 - 1 - 32);
@@ -126,6 +126,25 @@ TEST_F(BinaryPropertyListWriter, WidensReferencesAndOffsetsInTime) {
             ASSERT_EQ(reader.element(array, i).bits, i % 2 == 0 ? 1U : 0U);
         }
     }
+}
+
+// References that stand in a list already are widened with it, behind whatever head they have.
+TEST_F(BinaryPropertyListWriter, WidensTheReferencesOfCollectionsThatItHas) {
+    const Reference text = list.addAscii("text");
+    const std::vector<Reference> many(20, text);
+    const Reference array = list.addArray(many);
+    const Reference dictionary = list.addDictionary({&text, 1}, {&array, 1});
+    for (int i = 0; i < 65'536; ++i) {
+        list.addBool(true);
+    }
+    const auto bytes = list.finish(dictionary);
+    const char* reason = nullptr;
+    const auto reader = NS::BinaryPropertyListReader::open(bytes, reason).value();
+    const auto top = reader.item(reader.topObject());
+    ASSERT_EQ(NS::charactersOf(reader.element(top, 0).bytes()), "text");
+    const auto elements = reader.element(top, 1);
+    ASSERT_EQ(elements.count, many.size());
+    EXPECT_EQ(NS::charactersOf(reader.element(elements, 19).bytes()), "text");
 }
 
 } // namespace

@@ -16,13 +16,15 @@ constinit const Class MutableData::kClass{.name = "NSMutableData", .superclass =
 
 namespace {
 
-class VectorOwner final : public Object {
+// A vector or buffer that data stand in.
+template <class Container>
+class Owner final : public Object {
   public:
-    explicit VectorOwner(std::vector<std::byte> bytes) : bytes_(std::move(bytes)) {}
+    explicit Owner(Container bytes) : bytes_(std::move(bytes)) {}
     Bytes bytes() const noexcept { return bytes_; }
 
   private:
-    std::vector<std::byte> bytes_;
+    Container bytes_;
 };
 
 void appendHex(StringBuilder& builder, Bytes bytes) {
@@ -62,7 +64,12 @@ Ref<Data> Data::dataWithBytesNoCopy(Bytes bytes, Ref<Object> owner) {
 }
 
 Ref<Data> Data::dataWithVector(std::vector<std::byte> bytes) {
-    const auto owner = make<VectorOwner>(std::move(bytes));
+    const auto owner = make<Owner<std::vector<std::byte>>>(std::move(bytes));
+    return dataWithBytesNoCopy(owner->bytes(), owner);
+}
+
+Ref<Data> Data::dataWithBuffer(ByteBuffer bytes) {
+    const auto owner = make<Owner<ByteBuffer>>(std::move(bytes));
     return dataWithBytesNoCopy(owner->bytes(), owner);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/ByteBuffer.h"
 #include "Platform/Foundation/Object.h"
 
 #include <cstddef>
@@ -30,6 +31,7 @@ class Data : public Object {
     static Ref<Data> dataWithBytesNoCopy(Bytes bytes, Ref<Object> owner);
     // Takes the bytes over without copying them.
     static Ref<Data> dataWithVector(std::vector<std::byte> bytes);
+    static Ref<Data> dataWithBuffer(ByteBuffer bytes);
 
     // Another object with the bytes as they are now, which it shares where it can.
     Ref<Data> twin() const;

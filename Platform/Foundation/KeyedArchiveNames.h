@@ -18,6 +18,8 @@ inline constexpr std::string_view kNull = "$null";
 
 // In the dictionary of an object.
 inline constexpr std::string_view kClassKey = "$class";
+// In that of a date: seconds since 2001.
+inline constexpr std::string_view kTimeKey = "NS.time";
 // In the dictionary of a class.
 inline constexpr std::string_view kClassName = "$classname";
 inline constexpr std::string_view kClasses = "$classes";

@@ -1,11 +1,13 @@
 #include "Platform/Foundation/KeyedArchiver.h"
 
 #include "Platform/Foundation/ArchiveNesting.h"
+#include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Format.h"
 #include "Platform/Foundation/KeyedArchiveNames.h"
 #include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/String.h"
 
 #include <algorithm>
@@ -31,18 +33,9 @@ bool isPlainValue(const Object& object) noexcept {
            (objectClass == &String::kClass && isPlainText(static_cast<const String&>(object)));
 }
 
-// Adds an object that stands in the archive as a plain value; nothing for any other.
-std::optional<Reference> addPlainValue(BinaryPropertyListWriter& list, const Object& object) {
-    if (!isPlainValue(object)) {
-        return std::nullopt;
-    }
-    if (const auto* const text = as<String>(&object)) {
-        return list.addString(*text);
-    }
-    if (const auto* const number = as<Number>(&object)) {
-        return list.addNumber(*number);
-    }
-    return list.addData(static_cast<const Data&>(object).bytes());
+// Whether an object refers to nothing else and is written where it is first met.
+bool isLeaf(const Object& object) noexcept {
+    return isPlainValue(object) || &object.objectClass() == &Date::kClass;
 }
 
 [[noreturn]] void raiseUnreadable(const char* reason) {
@@ -53,6 +46,12 @@ std::optional<Reference> addPlainValue(BinaryPropertyListWriter& list, const Obj
 // The UID of nil, 0, is the second object of every archive's property list, after "$null".
 constexpr Reference kNilReference = 1;
 
+void checkLevel(std::size_t level) {
+    if (level > Limits::kDepth) {
+        raiseUnreadable("objects stand too deep within one another");
+    }
+}
+
 } // namespace
 
 KeyedArchiver::KeyedArchiver() {
@@ -61,13 +60,35 @@ KeyedArchiver::KeyedArchiver() {
 
 Ref<Data> KeyedArchiver::archivedDataWithRootObject(const RefPtr<Object>& root) {
     KeyedArchiver archiver;
-    const Reference top = archiver.referenceTo(root);
+    const Reference top = archiver.referenceToRoot(root);
     archiver.writePending();
     return archiver.finish(top);
 }
 
-void KeyedArchiver::encodeObject_forKey(RefPtr<Object> object, std::string_view key) {
-    put(key, referenceTo(std::move(object)));
+// The object that is being written may hand out one that nobody else holds, or the same one again.
+void KeyedArchiver::encodeObject_forKey(const RefPtr<Object>& object, std::string_view key) {
+    if (!object) {
+        return put(key, kNilReference);
+    }
+    keep(*object);
+    put(key, referenceToShared(*object));
+}
+
+void KeyedArchiver::encodeProperty_of(const Property& property, const Object& object) {
+    if (property.whileHeld == nullptr) {
+        return encodeObject_forKey(property.get(object), property.key);
+    }
+    struct Context {
+        KeyedArchiver& archiver;
+        Reference reference;
+    };
+    Context context{*this, kNilReference};
+    const auto look = [](void* opaque, const Object* value) {
+        auto& [archiver, reference] = *static_cast<Context*>(opaque);
+        reference = archiver.referenceToPropertys(value);
+    };
+    property.whileHeld(object, look, &context);
+    put(property.key, &property, context.reference);
 }
 
 void KeyedArchiver::encodeDouble_forKey(double value, std::string_view key) {
@@ -93,52 +114,117 @@ void KeyedArchiver::encodeText_forKey(const String& text, std::string_view key) 
 // Adds an entry to "$objects" and returns the reference of the UID that leads there.
 Reference KeyedArchiver::addEntry(Reference contents) {
     const auto uid = entries_.size();
-    entries_.push_back(contents);
+    entries_.add(contents);
     return list_.addUid(uid);
 }
 
-Reference KeyedArchiver::referenceTo(RefPtr<Object> object) {
-    if (!object) {
+void KeyedArchiver::keep(const Object& object) {
+    kept_.emplace_back(const_cast<Object&>(object));
+}
+
+Reference KeyedArchiver::referenceToRoot(const RefPtr<Object>& root) {
+    return root ? referenceToShared(*root) : kNilReference;
+}
+
+// An object that nobody holds but its holder, which is written once, is not met again: it needs no
+// place among those that are. Most objects are such ones.
+Reference KeyedArchiver::referenceToHeld(const Object& object) {
+    return object.referenceCount() == 1 ? addObject(object) : referenceToShared(object);
+}
+
+// The same for what a property has while it is locked, and may lose afterwards.
+Reference KeyedArchiver::referenceToPropertys(const Object* value) {
+    if (value == nullptr) {
         return kNilReference;
     }
-    Reference& known = identities_.numberOf(object.get());
+    const bool isHeldOnce = value->referenceCount() == 1;
+    if (const auto leaf = isHeldOnce ? addLeaf(*value) : std::nullopt) {
+        return *leaf;
+    }
+    keep(*value);
+    return isHeldOnce ? addPending(*value) : referenceToShared(*value);
+}
+
+Reference KeyedArchiver::referenceToShared(const Object& object) {
+    Reference& known = identities_.numberOf(&object);
     if (known != 0) {
-        isTree_ = isTree_ && isPlainValue(*object);
+        isTree_ = isTree_ && isLeaf(object);
     } else {
-        known = addObject(Ref<Object>(*object.leak(), kAdopt));
+        known = addObject(object);
     }
     return known;
 }
 
-Reference KeyedArchiver::addObject(Ref<Object> object) {
-    if (const auto contents = addPlainValue(list_, *object)) {
-        plain_.push_back(std::move(object));
-        return addEntry(*contents);
-    }
-    pending_.push_back({std::move(object), static_cast<std::uint32_t>(entries_.size())});
+Reference KeyedArchiver::addObject(const Object& object) {
+    const auto leaf = addLeaf(object);
+    return leaf ? *leaf : addPending(object);
+}
+
+Reference KeyedArchiver::addPending(const Object& object) {
+    pending_.add({&object, static_cast<std::uint32_t>(entries_.size())});
     return addEntry(0);
+}
+
+// Nothing for an object that is no leaf.
+std::optional<Reference> KeyedArchiver::addLeaf(const Object& object) {
+    const Class* const objectClass = &object.objectClass();
+    if (objectClass == &String::kClass) {
+        const auto& text = static_cast<const String&>(object);
+        return isPlainText(text) ? std::optional(addEntry(list_.addString(text))) : std::nullopt;
+    }
+    if (objectClass == &Number::kClass) {
+        return addEntry(list_.addNumber(static_cast<const Number&>(object)));
+    }
+    if (objectClass == &Date::kClass) {
+        return addDate(static_cast<const Date&>(object));
+    }
+    if (objectClass == &Data::kClass) {
+        return addEntry(list_.addData(static_cast<const Data&>(object).bytes()));
+    }
+    return std::nullopt;
+}
+
+// The record of a date, a level below the object being written.
+Reference KeyedArchiver::addDate(const Date& date) {
+    checkLevel(level_ + 1);
+    const Reference uid = addEntry(0);
+    const std::size_t entry = entries_.size() - 1;
+    if (dateClass_ == 0) {
+        dateClass_ = archivedClass(Date::kClass).reference;
+        timeKey_ = nameReference(kTimeKey);
+    }
+    const std::array keys{classKey(), timeKey_};
+    const std::array values{dateClass_, list_.addReal(date.timeIntervalSinceReferenceDate())};
+    entries_[entry] = list_.addDictionary(keys, values);
+    return uid;
 }
 
 // Writes what waits, level by level: what an object of one level adds stands on the next.
 void KeyedArchiver::writePending() {
-    std::size_t level = 0;
     std::size_t next = 0;
     while (next < pending_.size()) {
-        if (++level > Limits::kDepth) {
-            raiseUnreadable("objects stand too deep within one another");
-        }
+        checkLevel(++level_);
         for (const std::size_t end = pending_.size(); next < end; ++next) {
-            writeRecord(*pending_[next].object, pending_[next].uid);
+            const Pending pending = pending_[next];
+            writeRecord(*pending.object, pending.uid);
         }
     }
 }
 
 void KeyedArchiver::writeRecord(const Object& object, std::uint32_t uid) {
     class_ = &archivedClass(object.objectClass());
-    keys_.assign(1, nameReference(kClassKey));
+    hasUsualKeys_ = true;
+    keys_.assign(1, classKey());
     values_.assign(1, class_->reference);
     object.encodeWithCoder(*this);
     entries_[uid] = list_.addDictionary(keys_, values_);
+}
+
+Reference KeyedArchiver::classKey() {
+    if (classKey_ == 0) {
+        classKey_ = nameReference(kClassKey);
+    }
+    return classKey_;
 }
 
 KeyedArchiver::ArchivedClass& KeyedArchiver::archivedClass(const Class& objectClass) {
@@ -166,31 +252,36 @@ Reference KeyedArchiver::addClass(const Class& objectClass) {
     return addEntry(list_.addDictionary(keys, values));
 }
 
-void KeyedArchiver::put(std::string_view key, Reference value) {
-    const Reference reference = keyReference(key);
+// What the previous objects of the class had at the same place is most often the key.
+void KeyedArchiver::put(std::string_view key, const Property* property, Reference value) {
+    const std::size_t place = keys_.size() - 1;
+    const std::vector<ArchivedKey>& usual = class_->keys;
+    if (hasUsualKeys_ && place < usual.size() && usual[place].is(key, property)) {
+        keys_.push_back(usual[place].reference);
+        values_.push_back(value);
+    } else {
+        putUnusual(key, property, value);
+    }
+}
+
+void KeyedArchiver::putUnusual(std::string_view key, const Property* property, Reference value) {
+    const Reference reference =
+        nameReference(key.starts_with('$') ? '$' + std::string(key) : std::string(key));
     const auto earlier = std::ranges::find(keys_, reference);
     if (earlier != keys_.end()) {
         values_[static_cast<std::size_t>(earlier - keys_.begin())] = value;
+        hasUsualKeys_ = false;
         return;
+    }
+    std::vector<ArchivedKey>& usual = class_->keys;
+    const bool isNext = hasUsualKeys_ && keys_.size() - 1 == usual.size();
+    if (isNext && usual.size() < Limits::kRememberedKeys) {
+        usual.push_back({std::string(key), property, reference});
+    } else {
+        hasUsualKeys_ = false;
     }
     keys_.push_back(reference);
     values_.push_back(value);
-}
-
-// The reference of a key's text. What the previous object of the class had at the same place is
-// most often it.
-Reference KeyedArchiver::keyReference(std::string_view key) {
-    std::vector<ArchivedKey>& expected = class_->keys;
-    const std::size_t place = keys_.size() - 1;
-    if (place < expected.size() && expected[place].text == key) {
-        return expected[place].reference;
-    }
-    const Reference reference =
-        nameReference(key.starts_with('$') ? '$' + std::string(key) : std::string(key));
-    if (place == expected.size() && place < Limits::kRememberedKeys) {
-        expected.push_back({std::string(key), reference});
-    }
-    return reference;
 }
 
 // Keys and class names are texts of the property list, not objects of the archive: one of each.
@@ -206,12 +297,12 @@ Reference KeyedArchiver::nameReference(std::string_view name) {
 
 Ref<Data> KeyedArchiver::finish(Reference root) {
     const std::array rootKey{nameReference(kRootKey)};
-    const std::array keys{nameReference(kVersionKey), nameReference(kArchiverKey),
-                          nameReference(kTopKey), nameReference(kObjectsKey)};
+    const std::array keys{list_.addAscii(kVersionKey), list_.addAscii(kArchiverKey),
+                          list_.addAscii(kTopKey), list_.addAscii(kObjectsKey)};
     const std::array values{list_.addInteger(kVersion), list_.addAscii(kArchiverName),
                             list_.addDictionary(rootKey, std::span(&root, 1)),
                             list_.addArray(entries_)};
-    auto data = Data::dataWithVector(list_.finish(list_.addDictionary(keys, values)));
+    auto data = Data::dataWithBuffer(list_.finish(list_.addDictionary(keys, values)));
     if (!isTree_) {
         checkReadable(data->bytes());
     }

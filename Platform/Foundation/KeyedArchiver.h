@@ -10,11 +10,15 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace NS {
+
+class Date;
+struct Property;
 
 // Writes an object, and whatever it refers to, into one keyed archive (Docs/keyed-archives.md).
 //
@@ -25,7 +29,9 @@ namespace NS {
 // object; a second value under a key replaces the first.
 //
 // Objects are written one after another and never from within each other, so that a long chain of
-// them takes no stack. Use on one thread; the objects must not change meanwhile.
+// them takes no stack. Use on one thread; the objects must not change meanwhile. What another
+// thread does to a record's properties all the same leaves an archive of what stood in each when it
+// was looked at.
 class KeyedArchiver {
   public:
     // Nil is archived as a nil root. Raises NSInvalidArgumentException when an object's class is
@@ -41,20 +47,22 @@ class KeyedArchiver {
     // The rest is for encodeWithCoder().
 
     // Nil is kept as nil.
-    void encodeObject_forKey(RefPtr<Object> object, std::string_view key);
+    void encodeObject_forKey(const RefPtr<Object>& object, std::string_view key);
+    // What a property of the object has, under the property's key.
+    void encodeProperty_of(const Property& property, const Object& object);
     void encodeDouble_forKey(double value, std::string_view key);
     void encodeInt64_forKey(std::int64_t value, std::string_view key);
     void encodeBool_forKey(bool value, std::string_view key);
     // Contents without an identity of their own.
     void encodeBytes_forKey(Bytes bytes, std::string_view key);
     void encodeText_forKey(const String& text, std::string_view key);
-    // A list of references: objectAt(i) for every i below the count.
+    // A list of references: objectAt(i), a const Object&, for every i below the count. The object
+    // that is being written holds each of them by a reference for each time that it hands it out.
     template <class ObjectAt>
     void encodeObjects_forKey(std::size_t count, ObjectAt&& objectAt, std::string_view key) {
-        elements_.clear();
-        elements_.reserve(count);
+        elements_.resize(count);
         for (std::size_t i = 0; i < count; ++i) {
-            elements_.push_back(referenceTo(objectAt(i)));
+            elements_[i] = referenceToHeld(objectAt(i));
         }
         put(key, list_.addArray(elements_));
     }
@@ -64,7 +72,12 @@ class KeyedArchiver {
 
     struct ArchivedKey {
         std::string text;
+        const Property* property; // whose key it is, or null
         Reference reference;
+
+        bool is(std::string_view key, const Property* itsProperty) const noexcept {
+            return property == itsProperty && (property != nullptr || text == key);
+        }
     };
 
     // A class that was met, with the keys that its objects used, in order: most use the same ones.
@@ -76,36 +89,51 @@ class KeyedArchiver {
 
     // An object that has its place in the archive and waits for being written there.
     struct Pending {
-        Ref<Object> object;
+        const Object* object;
         std::uint32_t uid;
     };
 
     KeyedArchiver();
 
-    Reference referenceTo(RefPtr<Object> object);
-    Reference addObject(Ref<Object> object);
+    Reference referenceToRoot(const RefPtr<Object>& root);
+    Reference referenceToHeld(const Object& object);
+    Reference referenceToPropertys(const Object* value);
+    Reference referenceToShared(const Object& object);
+    Reference addObject(const Object& object);
+    std::optional<Reference> addLeaf(const Object& object);
+    Reference addDate(const Date& date);
+    Reference addPending(const Object& object);
     Reference addEntry(Reference contents);
+    void keep(const Object& object);
     void writePending();
     void writeRecord(const Object& object, std::uint32_t uid);
     ArchivedClass& archivedClass(const Class& objectClass);
     Reference addClass(const Class& objectClass);
-    void put(std::string_view key, Reference value);
-    Reference keyReference(std::string_view key);
+    Reference classKey();
+    void put(std::string_view key, Reference value) { put(key, nullptr, value); }
+    void put(std::string_view key, const Property* property, Reference value);
+    void putUnusual(std::string_view key, const Property* property, Reference value);
     Reference nameReference(std::string_view name);
     Ref<Data> finish(Reference root);
     void checkReadable(Bytes archive) const;
 
     BinaryPropertyListWriter list_;
-    IdentityMap identities_;         // the reference of each object's UID
-    std::vector<Reference> entries_; // "$objects"
-    std::vector<Ref<Object>> plain_; // kept, so that no other object gets their address
-    std::vector<Pending> pending_;   // kept as well, when written; by UID
-    bool isTree_ = true;             // no record was met twice
+    IdentityMap identities_;           // the reference of each UID of what may be met again
+    GrowingBuffer<Reference> entries_; // "$objects"
+    std::vector<Ref<Object>> kept_;    // what may be let go of before all is written
+    GrowingBuffer<Pending> pending_;   // by UID
+    std::size_t level_ = 0;            // of the object being written, the root's being 1
+    bool isTree_ = true;               // nothing that refers to something was met twice
     std::map<std::string, Reference, std::less<>> names_;
     std::vector<std::unique_ptr<ArchivedClass>> classes_;
+    // The keys and the class that stand in most objects' records; 0 for one that no object had yet.
+    Reference classKey_ = 0;
+    Reference timeKey_ = 0;
+    Reference dateClass_ = 0;
 
     // The object being written.
     ArchivedClass* class_ = nullptr;
+    bool hasUsualKeys_ = true; // those so far are the first of its class's
     std::vector<Reference> keys_;
     std::vector<Reference> values_;
     std::vector<Reference> elements_;

@@ -6,6 +6,7 @@
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Error.h"
+#include "Platform/Foundation/KeyedArchiveNames.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Platform/Foundation/KeyedUnarchiver.h"
 #include "Platform/Foundation/Null.h"
@@ -70,7 +71,7 @@ RefPtr<Object> decodeMutableData(KeyedUnarchiver& coder) {
 }
 
 RefPtr<Object> decodeDate(KeyedUnarchiver& coder) {
-    return make<Date>(coder.decodeDoubleForKey("NS.time"));
+    return make<Date>(coder.decodeDoubleForKey(KeyedArchiveNames::kTimeKey));
 }
 
 RefPtr<Object> decodeNull(KeyedUnarchiver&) {
@@ -145,8 +146,9 @@ void Data::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeBytes_forKey(bytes(), "NS.data");
 }
 
+// The archiver writes dates itself; this is for whoever asks.
 void Date::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeDouble_forKey(seconds_, "NS.time");
+    coder.encodeDouble_forKey(seconds_, KeyedArchiveNames::kTimeKey);
 }
 
 // There is one null and nothing to tell of it.
@@ -154,7 +156,7 @@ void Null::encodeWithCoder(KeyedArchiver&) const {}
 
 void Array::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeObjects_forKey(
-        count(), [this](std::size_t i) { return objects_[i]; }, "NS.objects");
+        count(), [this](std::size_t i) -> const Object& { return objects_[i]; }, "NS.objects");
 }
 
 void Array::initWithCoder(KeyedUnarchiver& coder) {
@@ -163,7 +165,7 @@ void Array::initWithCoder(KeyedUnarchiver& coder) {
 
 void Set::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeObjects_forKey(
-        count(), [this](std::size_t i) { return objects_[i]; }, "NS.objects");
+        count(), [this](std::size_t i) -> const Object& { return objects_[i]; }, "NS.objects");
 }
 
 void Set::initWithCoder(KeyedUnarchiver& coder) {
@@ -172,9 +174,10 @@ void Set::initWithCoder(KeyedUnarchiver& coder) {
 
 void Dictionary::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeObjects_forKey(
-        count(), [this](std::size_t i) { return entries_[i].first; }, "NS.keys");
+        count(), [this](std::size_t i) -> const Object& { return entries_[i].first; }, "NS.keys");
     coder.encodeObjects_forKey(
-        count(), [this](std::size_t i) { return entries_[i].second; }, "NS.objects");
+        count(), [this](std::size_t i) -> const Object& { return entries_[i].second; },
+        "NS.objects");
 }
 
 void Dictionary::initWithCoder(KeyedUnarchiver& coder) {

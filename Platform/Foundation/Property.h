@@ -52,8 +52,32 @@ class AtomicRef {
         return RefPtr<T>(pointer(old), kAdopt);
     }
 
+    // Calls look(const T*) with what it refers to, or null, which is not let go of before look()
+    // returns. For what takes no longer than to write a text down: other threads wait meanwhile.
+    template <class Look>
+    void whileHeld(Look&& look) const {
+        const Held held(*this);
+        look(static_cast<const T*>(held.object()));
+    }
+
   private:
     static constexpr std::uintptr_t kLocked = 1;
+
+    // The lock, until the end of the block.
+    class Held {
+      public:
+        explicit Held(const AtomicRef& reference) noexcept
+            : reference_(reference), bits_(reference.lock()) {}
+        ~Held() { reference_.bits_.store(bits_, std::memory_order_release); }
+        Held(const Held&) = delete;
+        Held& operator=(const Held&) = delete;
+
+        T* object() const noexcept { return pointer(bits_); }
+
+      private:
+        const AtomicRef& reference_;
+        std::uintptr_t bits_;
+    };
 
     static T* pointer(std::uintptr_t bits) noexcept { return reinterpret_cast<T*>(bits); }
 
@@ -73,9 +97,15 @@ class AtomicRef {
 
 // One property as key-value coding sees it.
 struct Property {
+    // Looks at the object that a property refers to, or null, which is held meanwhile.
+    using Look = void (*)(void* context, const Object* value);
+
     std::string_view key;
     RefPtr<Object> (*get)(const Object& object);
     void (*set)(Object& object, RefPtr<Object> value);
+    // Calls look(context, value) with what stands there, without taking a reference to it: as
+    // AtomicRef::whileHeld(). Null for a scalar.
+    void (*whileHeld)(const Object& object, Look look, void* context);
     bool isScalar;
 };
 
@@ -131,7 +161,7 @@ struct Scalar<double> {
 
 } // namespace NS
 
-#define NS_PROPERTY_ENTRY(name, scalar, getExpression, setExpression)                              \
+#define NS_PROPERTY_ENTRY(name, scalar, getExpression, setExpression, whileHeldFunction)           \
     static constexpr NS::Property propertyAt(NS::PropertyLine<Self_, __LINE__>) {                  \
         static_assert(__LINE__ - kFirstPropertyLine < NS::kPropertyLines,                          \
                       "a property stands too far below its class's NS_OBJECT");                    \
@@ -144,7 +174,7 @@ struct Scalar<double> {
                     auto& self = static_cast<Self_&>(object);                                      \
                     setExpression;                                                                 \
                 },                                                                                 \
-                scalar};                                                                           \
+                whileHeldFunction, scalar};                                                        \
     }
 
 // A strong, atomic property of a record. The type is what its owner expects to find there; a reply
@@ -152,7 +182,7 @@ struct Scalar<double> {
 #define NS_RECORD_PROPERTY(Type, name, setName)                                                    \
     NS_RECORD_PROPERTY_IN(NS::AtomicRef<NS::Object>, Type, name, setName)
 
-// The same in a storage of the record's own, which has load() and store() as AtomicRef does.
+// The same in a storage of the record's own, which has what AtomicRef has.
 #define NS_RECORD_PROPERTY_IN(Storage, Type, name, setName)                                        \
   public:                                                                                          \
     NS::RefPtr<NS::Object> name() const {                                                          \
@@ -161,7 +191,11 @@ struct Scalar<double> {
     void setName(NS::RefPtr<Type> value) {                                                         \
         name##_.store(std::move(value));                                                           \
     }                                                                                              \
-    NS_PROPERTY_ENTRY(name, false, self.name##_.load(), self.name##_.store(std::move(value)))      \
+    NS_PROPERTY_ENTRY(name, false, self.name##_.load(), self.name##_.store(std::move(value)),      \
+                      [](const NS::Object& object, NS::Property::Look look, void* context) {       \
+                          static_cast<const Self_&>(object).name##_.whileHeld(                     \
+                              [&](const NS::Object* value) { look(context, value); });             \
+                      })                                                                           \
                                                                                                    \
   private:                                                                                         \
     Storage name##_;                                                                               \
@@ -177,12 +211,15 @@ struct Scalar<double> {
     void setName(Type value) {                                                                     \
         name##_.store(value);                                                                      \
     }                                                                                              \
-    NS_PROPERTY_ENTRY(name, true, NS::Scalar<Type>::box(self.name##_.load()), {                    \
-        if (!value) {                                                                              \
-            NS::raiseNilForScalar(object, #name);                                                  \
-        }                                                                                          \
-        self.name##_.store(NS::Scalar<Type>::unbox(value));                                        \
-    })                                                                                             \
+    NS_PROPERTY_ENTRY(                                                                             \
+        name, true, NS::Scalar<Type>::box(self.name##_.load()),                                    \
+        {                                                                                          \
+            if (!value) {                                                                          \
+                NS::raiseNilForScalar(object, #name);                                              \
+            }                                                                                      \
+            self.name##_.store(NS::Scalar<Type>::unbox(value));                                    \
+        },                                                                                         \
+        nullptr)                                                                                   \
                                                                                                    \
   private:                                                                                         \
     std::atomic<Type> name##_{};                                                                   \

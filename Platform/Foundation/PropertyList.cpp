@@ -54,7 +54,7 @@ class Writing {
         return addValue(object);
     }
 
-    Ref<Data> finish(Reference top) const { return Data::dataWithVector(list_.finish(top)); }
+    Ref<Data> finish(Reference top) { return Data::dataWithBuffer(list_.finish(top)); }
 
   private:
     Reference addArray(const Array& array, std::size_t depth) {

@@ -94,6 +94,10 @@ class DoubleStorage {
   public:
     NS::RefPtr<NS::Object> load() const { return object_; }
     void store(const NS::RefPtr<NS::Object>& object) { object_ = copy_ = object; }
+    template <class Look>
+    void whileHeld(Look&& look) const {
+        look(static_cast<const NS::Object*>(object_.get()));
+    }
 
   private:
     NS::RefPtr<NS::Object> object_;
@@ -121,6 +125,26 @@ TEST(Property, CanHaveAStorageOfItsOwn) {
     EXPECT_EQ(title->referenceCount(), 1U);
     record->setTitle(title);
     EXPECT_EQ(title->referenceCount(), 3U);
+}
+
+// What looks at a property's object without a reference to it must find it alive.
+TEST(Property, ShowsWhatItHoldsWithoutAnotherReference) {
+    struct Seen {
+        const NS::Object* object = nullptr;
+        std::uint32_t references = 0;
+    };
+    const auto look = [](void* context, const NS::Object* value) {
+        *static_cast<Seen*>(context) = {value, value == nullptr ? 0 : value->referenceCount()};
+    };
+    const auto record = NS::make<Record>();
+    Seen seen;
+    kRecordProperties[0].whileHeld(*record, look, &seen);
+    EXPECT_EQ(seen.object, nullptr);
+    record->setTitle(NS::str("Docs"));
+    kRecordProperties[0].whileHeld(*record, look, &seen);
+    EXPECT_EQ(seen.references, 1U);
+    EXPECT_EQ(record->title().get(), seen.object);
+    EXPECT_EQ(kRecordProperties[1].whileHeld, nullptr);
 }
 
 TEST(Property, HoldsWhateverObjectItIsGivenByItsKey) {

@@ -115,7 +115,7 @@ class Translation {
         }
     }
 
-    std::vector<std::byte> finish() const { return list_.finish(top_.value()); }
+    ByteBuffer finish() { return list_.finish(top_.value()); }
 
   private:
     // An element that is open, with what it holds so far.
@@ -278,7 +278,7 @@ class Document {
         XML_SetSkippedEntityHandler(parser_.get(), &skipEntity);
     }
 
-    std::optional<std::vector<std::byte>> parse(Bytes xml, std::string& reason) {
+    std::optional<ByteBuffer> parse(Bytes xml, std::string& reason) {
         const auto status = XML_Parse(parser_.get(), charactersOf(xml).data(),
                                       static_cast<int>(xml.size()), XML_TRUE);
         try {
@@ -356,7 +356,7 @@ bool isXMLPropertyList(Bytes bytes) noexcept {
     return first != std::string_view::npos && text[first] == '<';
 }
 
-std::optional<std::vector<std::byte>> binaryListOfXML(Bytes xml, std::string& reason) {
+std::optional<ByteBuffer> binaryListOfXML(Bytes xml, std::string& reason) {
     if (xml.size() > std::size_t{std::numeric_limits<int>::max()}) {
         reason = "it is longer than 2 GiB";
         return std::nullopt;

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace NS {
 
@@ -23,6 +22,6 @@ bool isXMLPropertyList(Bytes bytes) noexcept;
 // The list in the binary form. Nothing, and why and on which line, when the bytes are no XML, no
 // property list, longer than 2 GiB, or nested deeper than Limits::kDepth. Memory is in proportion
 // to the bytes.
-std::optional<std::vector<std::byte>> binaryListOfXML(Bytes xml, std::string& reason);
+std::optional<ByteBuffer> binaryListOfXML(Bytes xml, std::string& reason);
 
 } // namespace NS

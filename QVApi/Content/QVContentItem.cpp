@@ -111,7 +111,7 @@ bool QVContentItem::isEqualTo(const NS::Object* other) const {
 void QVContentItem::encodeWithCoder(NS::KeyedArchiver& coder) const {
     coder.encodeDouble_forKey(timeReceived(), "timeReceived");
     for (const NS::Property* const property : contentClass().resolved().archived) {
-        coder.encodeObject_forKey(property->get(*this), property->key);
+        coder.encodeProperty_of(*property, *this);
     }
 }
 

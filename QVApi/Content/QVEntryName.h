@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Property.h"
 
 #include <cstdint>
+#include <utility>
 
 // Where a file or folder keeps its name. Any thread.
 //
@@ -16,6 +17,10 @@ class QVEntryName {
 
     NS::RefPtr<NS::Object> load() const noexcept { return name_.load(); }
     void store(NS::RefPtr<NS::Object> name) noexcept;
+    template <class Look>
+    void whileHeld(Look&& look) const {
+        name_.whileHeld(std::forward<Look>(look));
+    }
 
   private:
     NS::AtomicRef<NS::Object> name_;
