@@ -1,4 +1,3 @@
-#include "Benchmarks/ResidentMemory.h"
 #include "Benchmarks/Support/FlatArchive.h"
 #include "Benchmarks/Support/ListWalk.h"
 #include "Benchmarks/Support/Listings.h"
@@ -170,26 +169,6 @@ void encodeProtobuf(benchmark::State& state) {
     measureMaking(state, [&] { return message.SerializeAsString(); });
 }
 
-constexpr const char* kResident = "resident B/record";
-
-void residentOurs(benchmark::State& state) {
-    const Listing& listing = listingOf(state);
-    for (auto step : state) {
-        const Benchmarks::MemoryMeter memory;
-        const auto item = NS::KeyedUnarchiver::unarchiveObjectWithData(*listing.archive);
-        state.counters[kResident] = memory.bytesPer(listing.files.size());
-    }
-}
-
-// The archive itself.
-void residentFloor(benchmark::State& state) {
-    const Listing& listing = listingOf(state);
-    for (auto step : state) {
-        state.counters[kResident] = static_cast<double>(listing.archive->length()) /
-                                    static_cast<double>(listing.files.size());
-    }
-}
-
 // What a message carries most often: one path.
 NS::Ref<NS::String> path() {
     return NS::str("/Documents/Holidays 2026/holiday picture 0001.jpg");
@@ -233,10 +212,6 @@ void ofTheSmallest(benchmark::internal::Benchmark* benchmark) {
     benchmark->Arg(1'000)->Unit(benchmark::kMicrosecond);
 }
 
-void ofMemory(benchmark::internal::Benchmark* benchmark) {
-    benchmark->Arg(1'000)->Arg(100'000)->Iterations(1);
-}
-
 BENCHMARK(decodeOurs)->Name("archive-decode/ours")->Apply(ofEachSize);
 BENCHMARK(decodeFloor)->Name("archive-decode/floor")->Apply(ofEachSize);
 BENCHMARK(decodePlist)->Name("archive-decode/libplist")->Apply(ofEachSize);
@@ -245,8 +220,6 @@ BENCHMARK(encodeOurs)->Name("archive-encode/ours")->Apply(ofEachSize);
 BENCHMARK(encodeFloor)->Name("archive-encode/floor")->Apply(ofEachSize);
 BENCHMARK(encodePlist)->Name("archive-encode/libplist")->Apply(ofTheSmallest);
 BENCHMARK(encodeProtobuf)->Name("archive-encode/protobuf")->Apply(ofEachSize);
-BENCHMARK(residentOurs)->Name("archive-resident-memory/ours")->Apply(ofMemory);
-BENCHMARK(residentFloor)->Name("archive-resident-memory/floor")->Apply(ofMemory);
 BENCHMARK(encodePathOurs)->Name("archive-path-encode/ours");
 BENCHMARK(encodePathPlist)->Name("archive-path-encode/libplist");
 BENCHMARK(decodePathOurs)->Name("archive-path-decode/ours");

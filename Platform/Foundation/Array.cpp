@@ -124,13 +124,19 @@ void Array::setValue_forKey(RefPtr<Object> value, const String& key) {
     }
 }
 
-void MutableArray::addObject(const RefPtr<Object>& object) {
+Ref<MutableArray> MutableArray::arrayWithCapacity(std::size_t capacity) {
+    auto array = make<MutableArray>();
+    array->objects_.reserve(capacity);
+    return array;
+}
+
+void MutableArray::addObject(RefPtr<Object> object) {
     if (!object) {
         Exception::raise(kInvalidArgumentException,
                          "*** -[NSMutableArray addObject:]: object cannot be nil");
     }
     revision_ = 0;
-    objects_.emplace_back(*object);
+    objects_.emplace_back(*object.leak(), kAdopt);
 }
 
 // Tests first and moves then, so that an exception leaves the array as it was. What is removed is

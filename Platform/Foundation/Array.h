@@ -66,9 +66,11 @@ class MutableArray final : public Array {
     NS_OBJECT(MutableArray)
   public:
     using Array::Array;
+    // An empty one with room for as many.
+    static Ref<MutableArray> arrayWithCapacity(std::size_t capacity);
 
     // Raises NSInvalidArgumentException for nil.
-    void addObject(const RefPtr<Object>& object);
+    void addObject(RefPtr<Object> object);
     // Removes every element that equals the object.
     void removeObject(const Object& object);
     // Removes every occurrence of this very object.

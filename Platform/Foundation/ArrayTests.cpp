@@ -259,6 +259,13 @@ TEST(MutableArray, IsWholeAgainWhenARemovedObjectEnds) {
     EXPECT_EQ(seen, "abc;abc;;");
 }
 
+TEST(MutableArray, BeginsEmptyWhateverItHasRoomFor) {
+    const auto array = MutableArray::arrayWithCapacity(3);
+    EXPECT_EQ(array->count(), 0U);
+    array->addObject(NS::str("a"));
+    EXPECT_EQ(joined(*array), "a");
+}
+
 TEST(MutableArray, IsMadeByItsClass) {
     EXPECT_TRUE(MutableArray::kClass.create()->isKindOfClass(MutableArray::kClass));
 }

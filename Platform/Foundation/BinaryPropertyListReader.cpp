@@ -103,13 +103,13 @@ bool BinaryPropertyListReader::fits(std::uint64_t offset, std::uint64_t count,
     return rangeFits(offset, count, width, tableOffset_);
 }
 
-Item BinaryPropertyListReader::item(std::uint64_t object) const noexcept {
+Item BinaryPropertyListReader::anyItem(std::uint64_t object) const noexcept {
     if (object >= objectCount_) {
         return damaged("a reference to an object that is not there");
     }
     const std::uint64_t offset =
         BigEndian::load(bytes_ + tableOffset_ + object * offsetWidth_, offsetWidth_);
-    if (offset < kMagic.size() || offset >= tableOffset_) {
+    if (offset < kObjectsOffset || offset >= tableOffset_) {
         return damaged("an object's offset is outside of the list");
     }
     const auto marker = std::to_integer<unsigned>(bytes_[offset]);
@@ -219,20 +219,12 @@ Item BinaryPropertyListReader::sizedItem(unsigned marker, std::uint64_t bodyOffs
     return item;
 }
 
-Item BinaryPropertyListReader::withUid(const Item& dictionary) const noexcept {
-    if (dictionary.kind != Kind::kDictionary || dictionary.count != 1) {
-        return dictionary;
-    }
+Item BinaryPropertyListReader::withUidOfOneKey(const Item& dictionary) const noexcept {
     const Item key = element(dictionary, 0);
     const Item value = element(dictionary, 1);
     const bool isUid = key.kind == Kind::kAscii && charactersOf(key.bytes()) == "CF$UID" &&
                        value.kind == Kind::kInteger && value.bits >> 63U == 0;
     return isUid ? valueItem(Kind::kUid, value.bits) : dictionary;
-}
-
-std::uint64_t BinaryPropertyListReader::reference(const Item& collection,
-                                                  std::uint64_t position) const noexcept {
-    return BigEndian::load(collection.body + position * referenceWidth_, referenceWidth_);
 }
 
 } // namespace NS

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/BigEndian.h"
 #include "Platform/Foundation/Data.h"
 
 #include <cstddef>
@@ -61,7 +62,9 @@ class BinaryPropertyListReader {
 
     // The number at a position of a collection, which must be below its count. A dictionary has its
     // keys at these positions and its values as many positions further on.
-    std::uint64_t reference(const Item& collection, std::uint64_t position) const noexcept;
+    std::uint64_t reference(const Item& collection, std::uint64_t position) const noexcept {
+        return BigEndian::load(collection.body + position * referenceWidth_, referenceWidth_);
+    }
     // The object at a position of a collection.
     Item element(const Item& collection, std::uint64_t position) const noexcept {
         return item(reference(collection, position));
@@ -69,11 +72,18 @@ class BinaryPropertyListReader {
 
     // A UID for the dictionary that XML has for one, which some converters to the binary form leave
     // as it is; anything else as it stands.
-    Item withUid(const Item& item) const noexcept;
+    Item withUid(const Item& item) const noexcept {
+        return item.kind == Kind::kDictionary && item.count == 1 ? withUidOfOneKey(item) : item;
+    }
 
   private:
+    // What objects begin with.
+    static constexpr std::uint64_t kObjectsOffset = 8;
+
     BinaryPropertyListReader() = default;
 
+    Item anyItem(std::uint64_t object) const noexcept;
+    Item withUidOfOneKey(const Item& dictionary) const noexcept;
     Item numberItem(unsigned marker, const std::byte* body) const noexcept;
     Item integerItem(unsigned sizeExponent, const std::byte* body) const noexcept;
     Item sizedItem(unsigned marker, std::uint64_t bodyOffset) const noexcept;
@@ -87,5 +97,54 @@ class BinaryPropertyListReader {
     unsigned offsetWidth_ = 0;
     unsigned referenceWidth_ = 0;
 };
+
+// Most objects of an archive are of one of these kinds, and short; for any other, and for whatever
+// does not fit, this leaves the decision to anyItem().
+inline BinaryPropertyListReader::Item
+BinaryPropertyListReader::item(std::uint64_t object) const noexcept {
+    const std::uint64_t offset =
+        object < objectCount_
+            ? BigEndian::load(bytes_ + tableOffset_ + object * offsetWidth_, offsetWidth_)
+            : 0;
+    if (offset < kObjectsOffset || offset >= tableOffset_) {
+        return anyItem(object);
+    }
+    const std::byte* const marker = bytes_ + offset;
+    const unsigned low = std::to_integer<unsigned>(*marker) & 0xFU;
+    const std::uint64_t left = tableOffset_ - offset - 1; // bytes behind the marker
+    Item item;
+    item.count = low;
+    item.body = marker + 1;
+    switch (std::to_integer<unsigned>(*marker >> 4)) {
+    case 0x1:
+        item.kind = Kind::kInteger;
+        if (low > 3 || (1U << low) > left) {
+            return anyItem(object);
+        }
+        item.bits = BigEndian::load(marker + 1, 1U << low);
+        return item;
+    case 0x5:
+        item.kind = Kind::kAscii;
+        if (low == 0xF && left >= 2 && marker[1] == std::byte{0x10}) { // up to 255 characters
+            item.count = std::to_integer<std::uint64_t>(marker[2]);
+            item.body = marker + 3;
+            return item.count <= left - 2 ? item : anyItem(object);
+        }
+        return low < 0xF && low <= left ? item : anyItem(object);
+    case 0x8:
+        item.kind = Kind::kUid;
+        if (low >= 8 || low >= left) {
+            return anyItem(object);
+        }
+        item.bits = BigEndian::load(marker + 1, low + 1);
+        return item;
+    case 0xD:
+        item.kind = Kind::kDictionary;
+        return low < 0xF && std::uint64_t{2} * low * referenceWidth_ <= left ? item
+                                                                             : anyItem(object);
+    default:
+        return anyItem(object);
+    }
+}
 
 } // namespace NS

@@ -173,10 +173,26 @@ TEST_F(BinaryPropertyListReader, TakesACountOfEveryWidth) {
 }
 
 TEST_F(BinaryPropertyListReader, RefusesWhatEndsOutsideOfTheList) {
-    for (const char* const object :
-         {"1101", "140000", "220000", "3300", "8100", "44616263", "536162", "62000000", "A30000",
-          "C200", "D100", "4F", "4F10", "4F0901", "4F1400000000000000000000000000000000",
-          "4F13FFFFFFFFFFFFFFFF", "AF138000000000000000", "DF137FFFFFFFFFFFFFFF"}) {
+    for (const char* const object : {"1101",
+                                     "140000",
+                                     "5F10",
+                                     "5F1014616263",
+                                     "220000",
+                                     "3300",
+                                     "8100",
+                                     "44616263",
+                                     "536162",
+                                     "62000000",
+                                     "A30000",
+                                     "C200",
+                                     "D100",
+                                     "4F",
+                                     "4F10",
+                                     "4F0901",
+                                     "4F1400000000000000000000000000000000",
+                                     "4F13FFFFFFFFFFFFFFFF",
+                                     "AF138000000000000000",
+                                     "DF137FFFFFFFFFFFFFFF"}) {
         const auto item = itemOf(Tests::bytesFromHex(object));
         EXPECT_TRUE(item.isDamaged()) << object;
     }

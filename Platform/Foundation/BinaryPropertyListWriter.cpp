@@ -15,20 +15,12 @@ namespace {
 
 constexpr std::string_view kMagic = "bplist00";
 constexpr std::size_t kTrailerSize = 32;
-// Numbers are written with the bytes behind them, which what comes next is written over.
-constexpr std::size_t kAhead = sizeof(std::uint64_t);
-constexpr std::uint64_t kLongest = std::numeric_limits<std::uint32_t>::max();
 constexpr unsigned kArray = 0xA;
 constexpr unsigned kDictionary = 0xD;
 
 // An integer's size is a power of two; its marker names the exponent.
 constexpr unsigned sizeExponent(std::uint64_t value) noexcept {
     return static_cast<unsigned>(std::bit_width(BigEndian::widthOf(value) - 1));
-}
-
-// The fewest bytes for the number that are also those of an integer of a machine.
-constexpr unsigned machineWidthOf(std::uint64_t value) noexcept {
-    return std::bit_ceil(BigEndian::widthOf(value));
 }
 
 constexpr std::uint64_t largestOf(unsigned width) noexcept {
@@ -48,10 +40,6 @@ std::byte* putInteger(std::byte* out, std::uint64_t value) noexcept {
 
 std::size_t integerSize(std::uint64_t value) noexcept {
     return 1 + (std::size_t{1} << sizeExponent(value));
-}
-
-[[noreturn]] void raiseTooLong() {
-    Exception::raise(kInvalidArchiveOperationException, "a property list grew longer than 4 GiB");
 }
 
 template <class T>
@@ -99,18 +87,8 @@ BinaryPropertyListWriter::BinaryPropertyListWriter() : referenceLimit_(largestOf
     bytes_.extend(kMagic.size());
 }
 
-// Begins an object and gives room for its bytes, and some more.
-std::byte* BinaryPropertyListWriter::begin(std::size_t size) {
-    if (offsets_.size() == referenceLimit_) [[unlikely]] {
-        widen();
-    }
-    if (size > kLongest - bytes_.size()) [[unlikely]] {
-        raiseTooLong();
-    }
-    std::byte* const out = bytes_.room(size + kAhead);
-    offsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
-    bytes_.extend(size);
-    return out;
+void BinaryPropertyListWriter::raiseTooLong() {
+    Exception::raise(kInvalidArchiveOperationException, "a property list grew longer than 4 GiB");
 }
 
 std::byte* BinaryPropertyListWriter::beginCounted(unsigned kind, std::uint64_t count,
@@ -130,12 +108,6 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addBool(bool value
     return lastAdded();
 }
 
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addInteger(std::int64_t value) {
-    const auto bits = static_cast<std::uint64_t>(value);
-    putInteger(begin(integerSize(bits)), bits);
-    return lastAdded();
-}
-
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addUnsigned(std::uint64_t value) {
     if (value <= std::uint64_t{std::numeric_limits<std::int64_t>::max()}) {
         return addInteger(static_cast<std::int64_t>(value));
@@ -148,18 +120,7 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addUnsigned(std::u
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addFloat(float value) {
-    putNumber(begin(5), 0x22, std::bit_cast<std::uint32_t>(value), 4);
-    return lastAdded();
-}
-
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addEightBytes(unsigned marker,
-                                                                            std::uint64_t bits) {
-    putNumber(begin(9), marker, bits, 8);
-    return lastAdded();
-}
-
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addReal(double value) {
-    return addEightBytes(0x23, std::bit_cast<std::uint64_t>(value));
+    return addNumber(0x22, std::bit_cast<std::uint32_t>(value), 4);
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addNumber(const Number& number) {
@@ -175,10 +136,6 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addNumber(const Nu
     default:
         return addInteger(number.longLongValue());
     }
-}
-
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addDate(double seconds) {
-    return addEightBytes(0x33, std::bit_cast<std::uint64_t>(seconds));
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addData(Bytes bytes) {
@@ -201,12 +158,6 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addString(const St
         BigEndian::store(out, unit, 2);
         out += 2;
     }
-    return lastAdded();
-}
-
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addUid(std::uint64_t value) {
-    const unsigned width = machineWidthOf(value);
-    putNumber(begin(1 + width), 0x80U | (width - 1), value, width);
     return lastAdded();
 }
 
@@ -250,10 +201,9 @@ void BinaryPropertyListWriter::widen() {
     ByteBuffer wider;
     putRaw(wider.room(kMagic.size()), std::span(kMagic));
     wider.extend(kMagic.size());
-    std::vector<std::uint32_t> offsets;
-    offsets.reserve(offsets_.capacity());
+    GrowingBuffer<std::uint32_t> offsets;
     for (std::size_t object = 0; object < offsets_.size(); ++object) {
-        offsets.push_back(static_cast<std::uint32_t>(wider.size()));
+        offsets.add(static_cast<std::uint32_t>(wider.size()));
         widenObject(object, wider, width);
         if (wider.size() > kLongest) {
             raiseTooLong();
@@ -287,6 +237,7 @@ void BinaryPropertyListWriter::widenObject(std::size_t object, ByteBuffer& wider
 // Readers want the widths to hold the number of objects and the offset table's own offset, not
 // merely the largest reference and the last object's offset.
 ByteBuffer BinaryPropertyListWriter::finish(Reference top) {
+    static_assert(kTrailerSize >= kAhead); // the trailer follows whatever is written ahead of it
     const std::size_t table = bytes_.size();
     const unsigned width = machineWidthOf(table);
     std::byte* const out = bytes_.room(offsets_.size() * width + kTrailerSize);
@@ -294,9 +245,6 @@ ByteBuffer BinaryPropertyListWriter::finish(Reference top) {
     bytes_.extend(offsets_.size() * width + kTrailerSize);
     return std::move(bytes_);
 }
-
-// The trailer follows whatever is written ahead of it.
-static_assert(kTrailerSize >= kAhead);
 
 void BinaryPropertyListWriter::putTrailer(std::byte* out, unsigned offsetWidth, Reference top,
                                           std::uint64_t table) const noexcept {

@@ -1,14 +1,16 @@
 #pragma once
 
+#include "Platform/Foundation/BigEndian.h"
 #include "Platform/Foundation/ByteBuffer.h"
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/String.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <string_view>
-#include <vector>
 
 namespace NS {
 
@@ -30,18 +32,29 @@ class BinaryPropertyListWriter {
     // Each raises NSInvalidArchiveOperationException when the list grows longer than 4 GiB.
 
     Reference addBool(bool value);
-    Reference addInteger(std::int64_t value);
+    Reference addInteger(std::int64_t value) {
+        const auto bits = static_cast<std::uint64_t>(value);
+        const unsigned width = machineWidthOf(bits);
+        return addNumber(0x10U | static_cast<unsigned>(std::countr_zero(width)), bits, width);
+    }
     Reference addUnsigned(std::uint64_t value);
     Reference addFloat(float value);
-    Reference addReal(double value);
+    Reference addReal(double value) {
+        return addNumber(0x23, std::bit_cast<std::uint64_t>(value), 8);
+    }
     // As the number's type has it.
     Reference addNumber(const Number& number);
     // Seconds since 2001-01-01 00:00:00 UTC.
-    Reference addDate(double seconds);
+    Reference addDate(double seconds) {
+        return addNumber(0x33, std::bit_cast<std::uint64_t>(seconds), 8);
+    }
     Reference addData(Bytes bytes);
     Reference addString(const String& text);
     Reference addAscii(std::string_view text);
-    Reference addUid(std::uint64_t value);
+    Reference addUid(std::uint64_t value) {
+        const unsigned width = machineWidthOf(value);
+        return addNumber(0x80U | (width - 1), value, width);
+    }
     Reference addArray(std::span<const Reference> elements);
     // As many values as keys.
     Reference addDictionary(std::span<const Reference> keys, std::span<const Reference> values);
@@ -50,12 +63,42 @@ class BinaryPropertyListWriter {
     ByteBuffer finish(Reference top);
 
   private:
-    std::byte* begin(std::size_t size);
+    // Numbers are written with the bytes behind them, which what comes next is written over.
+    static constexpr std::size_t kAhead = sizeof(std::uint64_t);
+    static constexpr std::uint64_t kLongest = std::numeric_limits<std::uint32_t>::max();
+
+    // The fewest bytes for the number that are also those of an integer of a machine.
+    static constexpr unsigned machineWidthOf(std::uint64_t value) noexcept {
+        return std::bit_ceil(BigEndian::widthOf(value));
+    }
+
+    // Begins an object and gives room for its bytes, and some more.
+    std::byte* begin(std::size_t size) {
+        if (offsets_.size() == referenceLimit_) [[unlikely]] {
+            widen();
+        }
+        if (size > kLongest - bytes_.size()) [[unlikely]] {
+            raiseTooLong();
+        }
+        std::byte* const out = bytes_.room(size + kAhead);
+        offsets_.add(static_cast<std::uint32_t>(bytes_.size()));
+        bytes_.extend(size);
+        return out;
+    }
+
+    // Adds a marker with a number behind it.
+    Reference addNumber(unsigned marker, std::uint64_t bits, unsigned width) {
+        std::byte* const out = begin(1 + width);
+        *out = static_cast<std::byte>(marker);
+        BigEndian::storeAhead(out + 1, bits, width);
+        return lastAdded();
+    }
+
+    [[noreturn]] static void raiseTooLong();
     std::byte* beginCounted(unsigned kind, std::uint64_t count, std::size_t bodySize);
     std::byte* beginCollection(unsigned kind, std::uint64_t count, std::size_t references);
     std::byte* putReferences(std::byte* out, std::span<const Reference> references) const noexcept;
     Reference lastAdded() const noexcept { return static_cast<Reference>(offsets_.size() - 1); }
-    Reference addEightBytes(unsigned marker, std::uint64_t bits);
     void widen();
     void widenObject(std::size_t object, ByteBuffer& wider, unsigned width) const;
     std::size_t endOf(std::size_t object) const noexcept;
@@ -63,7 +106,7 @@ class BinaryPropertyListWriter {
                     std::uint64_t table) const noexcept;
 
     ByteBuffer bytes_;
-    std::vector<std::uint32_t> offsets_; // of each object
+    GrowingBuffer<std::uint32_t> offsets_; // of each object
     unsigned referenceWidth_ = 1;
     std::size_t referenceLimit_; // with more objects than this, references are wider
 };

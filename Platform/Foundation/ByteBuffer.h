@@ -4,64 +4,79 @@
 #include <cstddef>
 #include <cstdlib>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace NS {
 
-// Bytes that are put together from the front to the back. Unlike a vector's, they are not cleared
+// Values that are put together from the front to the back. Unlike a vector's, they are not cleared
 // before they are written, and many of them move to a larger place without being copied, since the
 // machine moves their pages.
-class ByteBuffer {
+template <class T>
+class GrowingBuffer {
+    static_assert(std::is_trivially_copyable_v<T>);
+
   public:
-    ByteBuffer() noexcept = default;
-    ByteBuffer(ByteBuffer&& other) noexcept { swap(other); }
-    ByteBuffer& operator=(ByteBuffer&& other) noexcept {
-        ByteBuffer(std::move(other)).swap(*this);
+    GrowingBuffer() noexcept = default;
+    GrowingBuffer(GrowingBuffer&& other) noexcept { swap(other); }
+    GrowingBuffer& operator=(GrowingBuffer&& other) noexcept {
+        GrowingBuffer(std::move(other)).swap(*this);
         return *this;
     }
-    ByteBuffer(const ByteBuffer&) = delete;
-    ByteBuffer& operator=(const ByteBuffer&) = delete;
-    ~ByteBuffer() { std::free(bytes_); }
+    GrowingBuffer(const GrowingBuffer& other) {
+        std::copy(other.begin(), other.end(), room(other.size()));
+        extend(other.size());
+    }
+    GrowingBuffer& operator=(const GrowingBuffer&) = delete;
+    ~GrowingBuffer() { std::free(values_); }
 
-    const std::byte* data() const noexcept { return bytes_; }
+    const T* data() const noexcept { return values_; }
     std::size_t size() const noexcept { return size_; }
-    const std::byte& operator[](std::size_t index) const noexcept { return bytes_[index]; }
-    const std::byte* begin() const noexcept { return bytes_; }
-    const std::byte* end() const noexcept { return bytes_ + size_; }
+    T& operator[](std::size_t index) noexcept { return values_[index]; }
+    const T& operator[](std::size_t index) const noexcept { return values_[index]; }
+    const T* begin() const noexcept { return values_; }
+    const T* end() const noexcept { return values_ + size_; }
 
-    // The place behind the last byte, with room for this many more, whose contents are anything.
+    void add(T value) {
+        *room(1) = value;
+        ++size_;
+    }
+
+    // The place behind the last value, with room for this many more, whose contents are anything.
     // Valid until the next call.
-    std::byte* room(std::size_t count) {
+    T* room(std::size_t count) {
         if (capacity_ - size_ < count) [[unlikely]] {
             grow(count);
         }
-        return bytes_ + size_;
+        return values_ + size_;
     }
-    // Takes so many bytes in that were written to the room.
+    // Takes so many values in that were written to the room.
     void extend(std::size_t count) noexcept { size_ += count; }
 
   private:
-    static constexpr std::size_t kFirstCapacity = 512;
+    static constexpr std::size_t kFirstCapacity = 512 / sizeof(T);
 
     void grow(std::size_t count) {
         const std::size_t capacity = std::max({capacity_ * 2, size_ + count, kFirstCapacity});
-        void* const bytes = std::realloc(bytes_, capacity);
-        if (bytes == nullptr) {
+        void* const values = std::realloc(values_, capacity * sizeof(T));
+        if (values == nullptr) {
             throw std::bad_alloc();
         }
-        bytes_ = static_cast<std::byte*>(bytes);
+        values_ = static_cast<T*>(values);
         capacity_ = capacity;
     }
 
-    void swap(ByteBuffer& other) noexcept {
-        std::swap(bytes_, other.bytes_);
+    void swap(GrowingBuffer& other) noexcept {
+        std::swap(values_, other.values_);
         std::swap(size_, other.size_);
         std::swap(capacity_, other.capacity_);
     }
 
-    std::byte* bytes_ = nullptr;
+    T* values_ = nullptr;
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;
 };
+
+using ByteBuffer = GrowingBuffer<std::byte>;
 
 } // namespace NS

@@ -56,4 +56,13 @@ TEST(ByteBuffer, LeavesItsBytesToTheOneThatTakesItOver) {
     EXPECT_EQ(NS::charactersOf(buffer), "bytes!");
 }
 
+TEST(ByteBuffer, IsCopiedWithWhatItHas) {
+    NS::ByteBuffer buffer;
+    append(buffer, "bytes");
+    NS::ByteBuffer copy(buffer);
+    append(copy, "!");
+    EXPECT_EQ(NS::charactersOf(buffer), "bytes");
+    EXPECT_EQ(NS::charactersOf(copy), "bytes!");
+}
+
 } // namespace

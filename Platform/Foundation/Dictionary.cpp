@@ -52,9 +52,17 @@ Ref<Dictionary> Dictionary::dictionaryWithEntries(
     return make<Dictionary>(std::move(pairs));
 }
 
+// A text is compared with the keys that are texts first of all: most keys are.
 std::size_t Dictionary::positionOfKey(const Object& key) const {
+    const bool isText = &key.objectClass() == &String::kClass;
+    const auto isKey = [&](const Object& each) {
+        return isText && &each.objectClass() == &String::kClass
+                   ? static_cast<const String&>(each).isEqualToString(
+                         static_cast<const String&>(key))
+                   : each.isEqual(&key);
+    };
     return index_.find([&] { return key.hash(); }, entries_.size(),
-                       [&](std::size_t p) { return entries_[p].first->isEqual(&key); });
+                       [&](std::size_t p) { return isKey(*entries_[p].first); });
 }
 
 // Finds what the same text as a String would find, without making one.

@@ -46,9 +46,6 @@ bool isLeaf(const Object& object) noexcept {
 // The UID of nil, 0, is the second object of every archive's property list, after "$null".
 constexpr Reference kNilReference = 1;
 
-// What most messages have, so that their entries' list does not grow.
-constexpr std::size_t kFirstEntries = 16;
-
 void checkLevel(std::size_t level) {
     if (level > Limits::kDepth) {
         raiseUnreadable("objects stand too deep within one another");
@@ -58,7 +55,6 @@ void checkLevel(std::size_t level) {
 } // namespace
 
 KeyedArchiver::KeyedArchiver() {
-    entries_.reserve(kFirstEntries);
     (void)addEntry(list_.addAscii(kNull));
 }
 
@@ -118,7 +114,7 @@ void KeyedArchiver::encodeText_forKey(const String& text, std::string_view key) 
 // Adds an entry to "$objects" and returns the reference of the UID that leads there.
 Reference KeyedArchiver::addEntry(Reference contents) {
     const auto uid = entries_.size();
-    entries_.push_back(contents);
+    entries_.add(contents);
     return list_.addUid(uid);
 }
 
@@ -165,7 +161,7 @@ Reference KeyedArchiver::addObject(const Object& object) {
 }
 
 Reference KeyedArchiver::addPending(const Object& object) {
-    pending_.push_back({&object, static_cast<std::uint32_t>(entries_.size())});
+    pending_.add({&object, static_cast<std::uint32_t>(entries_.size())});
     return addEntry(0);
 }
 

@@ -60,10 +60,9 @@ class KeyedArchiver {
     // that is being written holds each of them by a reference for each time that it hands it out.
     template <class ObjectAt>
     void encodeObjects_forKey(std::size_t count, ObjectAt&& objectAt, std::string_view key) {
-        elements_.clear();
-        elements_.reserve(count);
+        elements_.resize(count);
         for (std::size_t i = 0; i < count; ++i) {
-            elements_.push_back(referenceToHeld(objectAt(i)));
+            elements_[i] = referenceToHeld(objectAt(i));
         }
         put(key, list_.addArray(elements_));
     }
@@ -119,12 +118,12 @@ class KeyedArchiver {
     void checkReadable(Bytes archive) const;
 
     BinaryPropertyListWriter list_;
-    IdentityMap identities_;         // the reference of each UID of what may be met again
-    std::vector<Reference> entries_; // "$objects"
-    std::vector<Ref<Object>> kept_;  // what may be let go of before all is written
-    std::vector<Pending> pending_;   // by UID
-    std::size_t level_ = 0;          // of the object being written, the root's being 1
-    bool isTree_ = true;             // nothing that refers to something was met twice
+    IdentityMap identities_;           // the reference of each UID of what may be met again
+    GrowingBuffer<Reference> entries_; // "$objects"
+    std::vector<Ref<Object>> kept_;    // what may be let go of before all is written
+    GrowingBuffer<Pending> pending_;   // by UID
+    std::size_t level_ = 0;            // of the object being written, the root's being 1
+    bool isTree_ = true;               // nothing that refers to something was met twice
     std::map<std::string, Reference, std::less<>> names_;
     std::vector<std::unique_ptr<ArchivedClass>> classes_;
     // The keys and the class that stand in most objects' records; 0 for one that no object had yet.

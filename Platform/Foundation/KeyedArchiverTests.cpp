@@ -94,6 +94,30 @@ TEST_F(KeyedArchiver, WritesOneObjectOnceHoweverOftenItIsMet) {
               "$classes=[\"NSArray\", \"NSObject\"]}, \"a\"");
 }
 
+// An array that is held once only, and what it holds, are not looked for among what was met.
+TEST_F(KeyedArchiver, WritesAnObjectOnceThatIsReachedFromTwoPlaces) {
+    const NS::Ref<NS::Object> shared = NS::make<NS::Date>(1.0);
+    const auto inner = [&] {
+        return NS::Array::arrayWithObjects({shared});
+    };
+    EXPECT_EQ(entries(NS::Array::arrayWithObjects({inner(), inner()})),
+              "{$class=#2, NS.objects=[#3, #4]}, {$classname=\"NSArray\", "
+              "$classes=[\"NSArray\", \"NSObject\"]}, {$class=#2, NS.objects=[#5]}, "
+              "{$class=#2, NS.objects=[#5]}, {$class=#6, NS.time=1}, {$classname=\"NSDate\", "
+              "$classes=[\"NSDate\", \"NSObject\"]}");
+}
+
+TEST_F(KeyedArchiver, WritesADateWhereItIsMet) {
+    const auto date = [](double seconds) -> NS::Ref<NS::Object> {
+        return NS::make<NS::Date>(seconds);
+    };
+    EXPECT_EQ(entries(NS::Array::arrayWithObjects({date(1), date(2), NS::str("a")})),
+              "{$class=#2, NS.objects=[#3, #5, #6]}, {$classname=\"NSArray\", "
+              "$classes=[\"NSArray\", \"NSObject\"]}, {$class=#4, NS.time=1}, "
+              "{$classname=\"NSDate\", $classes=[\"NSDate\", \"NSObject\"]}, "
+              "{$class=#4, NS.time=2}, \"a\"");
+}
+
 TEST_F(KeyedArchiver, DoublesTheDollarOfARecordsKey) {
     const auto record = NS::make<Tests::ArchivedRecord>();
     record->setSecond(NS::str("s"));
@@ -134,6 +158,17 @@ TEST_F(KeyedArchiver, RaisesForAClassThatDoesNotEncode) {
 
 TEST_F(KeyedArchiver, RaisesForObjectsTooDeepWithinOneAnother) {
     NS::Ref<NS::Array> nested = NS::make<NS::Array>();
+    for (int i = 1; i < 512; ++i) {
+        nested = NS::Array::arrayWithObjects({nested});
+    }
+    EXPECT_EQ(Tests::nameOfException([&] { archive(nested); }), "none");
+    nested = NS::Array::arrayWithObjects({nested});
+    EXPECT_EQ(Tests::nameOfException([&] { archive(nested); }),
+              NS::kInvalidArchiveOperationException);
+}
+
+TEST_F(KeyedArchiver, CountsADateAmongTheObjectsTooDeep) {
+    NS::Ref<NS::Object> nested = NS::make<NS::Date>(1.0);
     for (int i = 1; i < 512; ++i) {
         nested = NS::Array::arrayWithObjects({nested});
     }

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/KeyedUnarchiver.h"
 
 #include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Dictionary.h"
 #include "Platform/Foundation/KeyedArchiveErrors.h"
 #include "Platform/Foundation/KeyedArchiveNames.h"
@@ -92,6 +93,14 @@ KeyedUnarchiver::KeyedUnarchiver(Bytes bytes)
     : list_(openList(bytes)), values_(bytes.size()), equalityBudget_(bytes.size()),
       elementsLeft_(Limits::kSharedElements + bytes.size()), classKeyNumber_(list_.objectCount()) {}
 
+KeyedUnarchiver::~KeyedUnarchiver() {
+    for (const Made& made : made_) {
+        if (made.isKept) {
+            made.object->release();
+        }
+    }
+}
+
 RefPtr<Object> KeyedUnarchiver::decodeRoot() {
     const Member whole{list_.topObject(), list_.item(list_.topObject()), true};
     if (!isText(memberOf(whole, kArchiverKey).item, kArchiverName)) {
@@ -107,7 +116,7 @@ RefPtr<Object> KeyedUnarchiver::decodeRoot() {
         raiseIncomprehensible("it has no list of objects");
     }
     slots_.resize(static_cast<std::size_t>(objects_.count));
-    return objectOf(memberOf(memberOf(whole, kTopKey), kRootKey), kRootKey);
+    return objectOf(memberOf(memberOf(whole, kTopKey), kRootKey), kRootKey, Keeper::kReceiver);
 }
 
 // A key or member that refers to a collection above it was hashed by what that held so far.
@@ -116,20 +125,22 @@ void KeyedUnarchiver::indexAgain() {
         return;
     }
     for (const Made& made : made_) {
-        if (auto* const set = const_cast<Set*>(as<Set>(made.object.get()))) {
-            set->indexAgain(equalityBudget_);
-        } else if (auto* const dictionary =
-                       const_cast<Dictionary*>(as<Dictionary>(made.object.get()))) {
-            dictionary->indexAgain(equalityBudget_);
+        if (!made.isKept) {
+            continue;
+        }
+        if (made.object->isKindOfClass(Set::kClass)) {
+            static_cast<Set*>(made.object)->indexAgain(equalityBudget_);
+        } else if (made.object->isKindOfClass(Dictionary::kClass)) {
+            static_cast<Dictionary*>(made.object)->indexAgain(equalityBudget_);
         }
     }
 }
 
-// What was made of the objects of a failed archive may hold each other in circles. All of it is
-// still held here, so that nothing is released from within anything else.
+// What was made of the objects of a failed archive may hold each other in circles. All that can is
+// still held here, so that none of it is released from within anything else.
 void KeyedUnarchiver::breakCycles() {
     for (const Made& made : made_) {
-        if (!made.object) {
+        if (!made.isKept) {
             continue;
         }
         Object& object = *made.object;
@@ -160,80 +171,130 @@ std::uint32_t KeyedUnarchiver::slotOf(std::uint64_t uid) const {
     return slots_[static_cast<std::size_t>(uid)];
 }
 
-RefPtr<Object> KeyedUnarchiver::objectForUid(std::uint64_t uid) {
+RefPtr<Object> KeyedUnarchiver::objectForUid(std::uint64_t uid, Keeper keeper) {
     const std::uint32_t slot = slotOf(uid);
+    if (slot == 0) {
+        return makeObject(uid, keeper);
+    }
     if ((slot & kClassSlot) != 0) {
         raiseIncomprehensible("a class where an object should be");
     }
-    const Made& made = made_[slot == 0 ? makeObject(uid) : slot - 1];
+    const Made& made = made_[slot - 1];
     record_.height = std::max(record_.height, made.height);
     metIncomplete_ = metIncomplete_ || (!made.isComplete && isCollection(*made.object));
     return made.object;
 }
 
-RefPtr<Object> KeyedUnarchiver::keyForUid(std::uint64_t uid) {
-    RefPtr<Object> object = objectForUid(uid);
+RefPtr<Object> KeyedUnarchiver::keyForUid(std::uint64_t uid, Keeper keeper) {
+    RefPtr<Object> object = objectForUid(uid, keeper);
     if (object && isCollection(*object) && !made_[slotOf(uid) - 1].isComplete) {
         raiseRefused("it is its own key or member");
     }
     return object;
 }
 
-// Makes the object of a UID and returns its position among those made.
-std::size_t KeyedUnarchiver::makeObject(std::uint64_t uid) {
+RefPtr<Object> KeyedUnarchiver::makeObject(std::uint64_t uid, Keeper keeper) {
     const std::uint64_t number = list_.reference(objects_, uid);
     const Item item = list_.item(number);
     if (item.kind == Kind::kDictionary) {
-        return makeRecord(uid, item);
+        return makeRecord(uid, item, keeper);
     }
     if (isText(item, kNull)) {
-        return note(uid, nullptr, true); // nil has this name at any UID
+        return note(uid, nullptr, true, keeper); // nil has this name at any UID
     }
     const char* reason = nullptr;
     RefPtr<Object> value = values_.value(item, number, reason);
     if (!value) {
         raiseIncomprehensible(reason);
     }
-    return note(uid, std::move(value), true);
+    return note(uid, std::move(value), true, keeper);
 }
 
-std::size_t KeyedUnarchiver::makeRecord(std::uint64_t uid, const Item& item) {
+RefPtr<Object> KeyedUnarchiver::makeRecord(std::uint64_t uid, const Item& item, Keeper keeper) {
     spendElements(item.count);
-    const Nesting nesting(*this, item);
-    record_.classIndex = classIndexForUid(classUidOf(item));
-    const std::size_t position = fillRecord(uid);
-    // Objects can be archived so that few stand within one another while they are decoded, and many
-    // do afterwards.
-    if (record_.height >= Limits::kDepth) {
-        raiseIncomprehensible("objects stand too deep within one another");
+    if (RefPtr<Object> date = usualDate(item)) {
+        return noteDate(uid, std::move(date), keeper);
     }
-    made_[position].height = static_cast<std::uint16_t>(record_.height + 1);
-    made_[position].isComplete = true;
-    return position;
+    std::uint16_t height = 0;
+    RefPtr<Object> object;
+    {
+        const Nesting nesting(*this, item);
+        record_.classIndex = classIndexForUid(classUidOf(item));
+        learnDates(item);
+        object = fillRecord(uid, keeper);
+        // Objects can be archived so that few stand within one another while they are decoded, and
+        // many do afterwards.
+        if (record_.height >= Limits::kDepth) {
+            raiseIncomprehensible("objects stand too deep within one another");
+        }
+        height = static_cast<std::uint16_t>(record_.height + 1);
+    }
+    Made& made = made_[slots_[static_cast<std::size_t>(uid)] - 1];
+    made.height = height;
+    made.isComplete = true;
+    record_.height = std::max(record_.height, height);
+    return object;
 }
 
-std::size_t KeyedUnarchiver::fillRecord(std::uint64_t uid) {
+// The date of a record that looks like those of dates before: class and time, in this order. Nil
+// for any other record, and for one at a depth that is to be refused.
+RefPtr<Object> KeyedUnarchiver::usualDate(const Item& item) const {
+    if (dateClassSlot_ == 0 || item.count != 2 || depth_ == Limits::kDepth ||
+        list_.reference(item, 0) != classKeyNumber_ || list_.reference(item, 1) != timeKeyNumber_) {
+        return nullptr;
+    }
+    const Item uid = list_.element(item, 2);
+    const Item time = list_.element(item, 3);
+    const bool isDate = uid.kind == Kind::kUid && uid.bits < slots_.size() &&
+                        slots_[static_cast<std::size_t>(uid.bits)] == dateClassSlot_ &&
+                        time.kind == Kind::kReal;
+    return isDate ? RefPtr<Object>(make<Date>(time.real)) : nullptr;
+}
+
+void KeyedUnarchiver::learnDates(const Item& item) {
+    if (classes_[record_.classIndex].objectClass == &Date::kClass && item.count == 2 &&
+        isText(list_.element(item, 1), kTimeKey)) {
+        dateClassSlot_ = kClassSlot | static_cast<std::uint32_t>(record_.classIndex);
+        timeKeyNumber_ = list_.reference(item, 1);
+    }
+}
+
+RefPtr<Object> KeyedUnarchiver::noteDate(std::uint64_t uid, RefPtr<Object> date, Keeper keeper) {
+    constexpr std::uint16_t kHeight = 1;
+    RefPtr<Object> noted = note(uid, std::move(date), true, keeper);
+    made_[made_.size() - 1].height = kHeight;
+    record_.height = std::max(record_.height, kHeight);
+    return noted;
+}
+
+RefPtr<Object> KeyedUnarchiver::fillRecord(std::uint64_t uid, Keeper keeper) {
     if (const ValueDecoder decode = classes_[record_.classIndex].decodeValue) {
-        return note(uid, decode(*this), true);
+        return note(uid, decode(*this), true, keeper);
     }
-    const Ref<Object> object = classes_[record_.classIndex].objectClass->createForCoder();
-    const std::size_t position = note(uid, object, false);
+    RefPtr<Object> object = note(uid, classes_[record_.classIndex].objectClass->createForCoder(),
+                                 false, Keeper::kCoder);
     object->initWithCoder(*this);
-    return position;
+    return object;
 }
 
-std::size_t KeyedUnarchiver::note(std::uint64_t uid, RefPtr<Object> object, bool isComplete) {
-    made_.push_back({std::move(object), 0, isComplete});
+RefPtr<Object> KeyedUnarchiver::note(std::uint64_t uid, RefPtr<Object> object, bool isComplete,
+                                     Keeper keeper) {
+    const bool isKept = object && keeper == Keeper::kCoder;
+    made_.add({object.get(), 0, isComplete, isKept});
+    if (isKept) {
+        object->retain();
+    }
     slots_[static_cast<std::size_t>(uid)] = static_cast<std::uint32_t>(made_.size());
-    return made_.size() - 1;
+    return object;
 }
 
-RefPtr<Object> KeyedUnarchiver::objectOf(const Member& member, std::string_view key) {
+RefPtr<Object> KeyedUnarchiver::objectOf(const Member& member, std::string_view key,
+                                         Keeper keeper) {
     if (!member.isPresent) {
         return nullptr;
     }
     if (member.item.kind == Kind::kUid) {
-        return objectForUid(member.item.bits);
+        return objectForUid(member.item.bits, keeper);
     }
     const char* reason = nullptr;
     RefPtr<Object> value = values_.value(member.item, member.number, reason);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/BinaryPropertyListReader.h"
+#include "Platform/Foundation/ByteBuffer.h"
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Object.h"
@@ -15,6 +16,8 @@
 #include <vector>
 
 namespace NS {
+
+struct Property;
 
 // Reads a keyed archive (Docs/keyed-archives.md), its own or another implementation's, in the
 // binary form or in XML, and gives back the object that it holds with whatever that refers to.
@@ -43,6 +46,10 @@ class KeyedUnarchiver {
     // another kind raises NSInvalidUnarchiveOperationException. Each value may stand in the
     // object's dictionary or behind a UID.
 
+    // Reads what is archived under a property's key into the object that is being decoded, which
+    // lets go of it no sooner than the whole archive is decoded.
+    void decodeProperty_of(const Property& property, Object& object);
+
     bool containsValueForKey(std::string_view key);
     RefPtr<Object> decodeObjectForKey(std::string_view key);
     double decodeDoubleForKey(std::string_view key);
@@ -63,6 +70,9 @@ class KeyedUnarchiver {
     // A list of references and plain values. A list that is missing, or has nil in it, raises as
     // above.
     std::vector<Ref<Object>> decodeObjectsForKey(std::string_view key);
+    // The same for the object that is being decoded, which lets go of none of them before the whole
+    // archive is decoded.
+    std::vector<Ref<Object>> decodeElementsForKey(std::string_view key);
     // The same for objects that are to be told apart by isEqual(): a collection that is not
     // complete yet, because it holds what is being decoded, raises as above. A record is told from
     // others by its identity, which it has from the beginning.
@@ -77,16 +87,22 @@ class KeyedUnarchiver {
   private:
     using Item = BinaryPropertyListReader::Item;
 
+    // Who keeps an object that is made, so that further references to it find it: the coder, or,
+    // for one that refers to nothing, whoever asked, who holds it until the archive is decoded.
+    enum class Keeper : std::uint8_t { kCoder, kReceiver };
+
     // An object that was made. Its height is one more than that of the highest object below it.
     struct Made {
-        RefPtr<Object> object; // nil for an entry that stands for nil
+        Object* object; // null for an entry that stands for nil
         std::uint16_t height;
         bool isComplete;
+        bool isKept; // by a reference of the coder's
     };
 
     struct RememberedKey {
         std::uint64_t number;
         std::string_view text;
+        const Property* property; // whose key it is; null for one that is not known
     };
 
     // A class of the archive and the keys of its objects by position: most have the same ones.
@@ -113,25 +129,31 @@ class KeyedUnarchiver {
 
     class Nesting;
 
+    static constexpr std::uint64_t kNowhere = ~std::uint64_t{0};
+
     // A slot holds the position of what was made of the UID plus one; a class's has the highest
     // bit.
     static constexpr std::uint32_t kClassSlot = std::uint32_t{1} << 31U;
 
     explicit KeyedUnarchiver(Bytes bytes);
+    ~KeyedUnarchiver();
     static RefPtr<Object> unarchive(Bytes list);
 
     RefPtr<Object> decodeRoot();
-    RefPtr<Object> objectOf(const Member& member, std::string_view key);
-    RefPtr<Object> objectForUid(std::uint64_t uid);
-    RefPtr<Object> keyForUid(std::uint64_t uid);
-    std::size_t makeObject(std::uint64_t uid);
-    std::size_t makeRecord(std::uint64_t uid, const Item& item);
-    std::size_t fillRecord(std::uint64_t uid);
-    std::size_t note(std::uint64_t uid, RefPtr<Object> object, bool isComplete);
+    RefPtr<Object> objectOf(const Member& member, std::string_view key, Keeper keeper);
+    RefPtr<Object> objectForUid(std::uint64_t uid, Keeper keeper);
+    RefPtr<Object> keyForUid(std::uint64_t uid, Keeper keeper);
+    RefPtr<Object> makeObject(std::uint64_t uid, Keeper keeper);
+    RefPtr<Object> makeRecord(std::uint64_t uid, const Item& item, Keeper keeper);
+    RefPtr<Object> fillRecord(std::uint64_t uid, Keeper keeper);
+    RefPtr<Object> usualDate(const Item& item) const;
+    void learnDates(const Item& item);
+    RefPtr<Object> noteDate(std::uint64_t uid, RefPtr<Object> date, Keeper keeper);
+    RefPtr<Object> note(std::uint64_t uid, RefPtr<Object> object, bool isComplete, Keeper keeper);
     std::uint32_t slotOf(std::uint64_t uid) const;
-    using LookUp = RefPtr<Object> (KeyedUnarchiver::*)(std::uint64_t uid);
-    std::vector<Ref<Object>> decodeList(std::string_view key, LookUp lookUp);
-    RefPtr<Object> elementOf(const Member& member, LookUp lookUp);
+    using LookUp = RefPtr<Object> (KeyedUnarchiver::*)(std::uint64_t uid, Keeper keeper);
+    std::vector<Ref<Object>> decodeList(std::string_view key, LookUp lookUp, Keeper keeper);
+    RefPtr<Object> elementOf(const Member& member, LookUp lookUp, Keeper keeper);
 
     std::uint64_t classUidOf(const Item& record);
     std::size_t classIndexForUid(std::uint64_t uid);
@@ -139,8 +161,10 @@ class KeyedUnarchiver {
     const Class* hintedClass(const Member& hints);
 
     Member find(std::string_view key);
-    Member findPlain(std::string_view key);
-    std::optional<Item> findNumber(std::string_view key);
+    std::uint64_t positionOfProperty(const Property& property);
+    RememberedKey* rememberedAt(std::uint64_t position);
+    Member plainOf(const Member& member) const;
+    std::optional<Item> numberOf(const Member& found);
     Member findArchived(std::string_view archivedKey);
     bool hasKeyAt(std::uint64_t position, std::string_view archivedKey);
     Member memberOf(const Member& dictionary, std::string_view key) const;
@@ -159,9 +183,12 @@ class KeyedUnarchiver {
 
     Item objects_;                     // "$objects"
     std::vector<std::uint32_t> slots_; // by UID: what was made of it
-    std::vector<Made> made_;
+    GrowingBuffer<Made> made_;
     std::vector<ArchivedClass> classes_;
     std::uint64_t classKeyNumber_; // of the "$class" that was met last
+    // How dates that were met stand in the archive; no class yet.
+    std::uint32_t dateClassSlot_ = 0;
+    std::uint64_t timeKeyNumber_ = 0;
     Record record_;
     std::size_t depth_ = 0;
     bool metIncomplete_ = false; // something refers to a collection that was not complete then

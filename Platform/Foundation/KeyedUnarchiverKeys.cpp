@@ -4,6 +4,7 @@
 #include "Platform/Foundation/KeyedUnarchiver.h"
 #include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/Property.h"
 
 // What the object being decoded has under its keys.
 namespace NS {
@@ -62,11 +63,30 @@ bool KeyedUnarchiver::containsValueForKey(std::string_view key) {
 }
 
 RefPtr<Object> KeyedUnarchiver::decodeObjectForKey(std::string_view key) {
-    return objectOf(find(key), key);
+    return objectOf(find(key), key, Keeper::kCoder);
+}
+
+// A scalar takes what its object says, and not the object.
+void KeyedUnarchiver::decodeProperty_of(const Property& property, Object& object) {
+    const Keeper keeper = property.isScalar ? Keeper::kCoder : Keeper::kReceiver;
+    const std::uint64_t position = positionOfProperty(property);
+    if (position == kNowhere) {
+        return property.set(object, nullptr);
+    }
+    const Item& record = record_.item;
+    const std::uint64_t number = list_.reference(record, record.count + position);
+    const Item item = list_.item(number);
+    property.set(object, item.kind == Kind::kUid
+                             ? objectForUid(item.bits, keeper)
+                             : objectOf({number, list_.withUid(item), true}, property.key, keeper));
 }
 
 double KeyedUnarchiver::decodeDoubleForKey(std::string_view key) {
-    const std::optional<Item> number = findNumber(key);
+    const Member member = find(key);
+    if (member.item.kind == Kind::kReal) {
+        return member.item.real;
+    }
+    const std::optional<Item> number = numberOf(member);
     if (!number) {
         return 0;
     }
@@ -84,7 +104,7 @@ double KeyedUnarchiver::decodeDoubleForKey(std::string_view key) {
 }
 
 std::int64_t KeyedUnarchiver::decodeInt64ForKey(std::string_view key) {
-    const std::optional<Item> number = findNumber(key);
+    const std::optional<Item> number = numberOf(find(key));
     if (number && number->kind != Kind::kInteger) {
         raiseWrongKind(key, "no integer of 64 bits");
     }
@@ -92,7 +112,7 @@ std::int64_t KeyedUnarchiver::decodeInt64ForKey(std::string_view key) {
 }
 
 bool KeyedUnarchiver::decodeBoolForKey(std::string_view key) {
-    const std::optional<Item> number = findNumber(key);
+    const std::optional<Item> number = numberOf(find(key));
     if (number && number->kind != Kind::kBoolean && number->kind != Kind::kInteger) {
         raiseWrongKind(key, "no boolean");
     }
@@ -100,7 +120,7 @@ bool KeyedUnarchiver::decodeBoolForKey(std::string_view key) {
 }
 
 RefPtr<String> KeyedUnarchiver::decodeTextOfUtf8ForKey(std::string_view key) {
-    const Member member = findPlain(key);
+    const Member member = plainOf(find(key));
     if (!member.isPresent) {
         return nullptr;
     }
@@ -114,14 +134,19 @@ RefPtr<String> KeyedUnarchiver::decodeTextOfUtf8ForKey(std::string_view key) {
 }
 
 std::vector<Ref<Object>> KeyedUnarchiver::decodeObjectsForKey(std::string_view key) {
-    return decodeList(key, &KeyedUnarchiver::objectForUid);
+    return decodeList(key, &KeyedUnarchiver::objectForUid, Keeper::kCoder);
+}
+
+std::vector<Ref<Object>> KeyedUnarchiver::decodeElementsForKey(std::string_view key) {
+    return decodeList(key, &KeyedUnarchiver::objectForUid, Keeper::kReceiver);
 }
 
 std::vector<Ref<Object>> KeyedUnarchiver::decodeKeysForKey(std::string_view key) {
-    return decodeList(key, &KeyedUnarchiver::keyForUid);
+    return decodeList(key, &KeyedUnarchiver::keyForUid, Keeper::kCoder);
 }
 
-std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, LookUp lookUp) {
+std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, LookUp lookUp,
+                                                     Keeper keeper) {
     const Member member = find(key);
     const Item& list = member.item;
     if (list.kind != Kind::kArray) {
@@ -134,7 +159,7 @@ std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, LookU
     for (std::uint64_t i = 0; i < list.count; ++i) {
         const std::uint64_t number = list_.reference(list, i);
         RefPtr<Object> object =
-            elementOf({number, list_.withUid(list_.item(number)), true}, lookUp);
+            elementOf({number, list_.withUid(list_.item(number)), true}, lookUp, keeper);
         if (!object) {
             raiseWrongKind(key, "an element that is no object");
         }
@@ -144,9 +169,9 @@ std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, LookU
 }
 
 // Nil for what is no object.
-RefPtr<Object> KeyedUnarchiver::elementOf(const Member& member, LookUp lookUp) {
+RefPtr<Object> KeyedUnarchiver::elementOf(const Member& member, LookUp lookUp, Keeper keeper) {
     if (member.item.kind == Kind::kUid) {
-        return (this->*lookUp)(member.item.bits);
+        return (this->*lookUp)(member.item.bits, keeper);
     }
     checkIntact(member.item);
     const char* reason = nullptr;
@@ -157,9 +182,37 @@ KeyedUnarchiver::Member KeyedUnarchiver::find(std::string_view key) {
     return key.starts_with('$') ? findArchived('$' + std::string(key)) : findArchived(key);
 }
 
+// A property's key most often stands where it stood in the record before.
+std::uint64_t KeyedUnarchiver::positionOfProperty(const Property& property) {
+    const std::uint64_t count = record_.item.count;
+    const std::uint64_t position = record_.cursor;
+    if (position < count) {
+        RememberedKey* const key = rememberedAt(position);
+        if (key != nullptr && key->property == &property) {
+            record_.cursor = position + 1 == count ? 0 : position + 1;
+            return position;
+        }
+    }
+    if (!find(property.key).isPresent) {
+        return kNowhere;
+    }
+    const std::uint64_t found = record_.cursor == 0 ? count - 1 : record_.cursor - 1;
+    if (RememberedKey* const key = rememberedAt(found)) {
+        key->property = &property;
+    }
+    return found;
+}
+
+// What is known of the key at a position below the record's count; null for one that is not.
+KeyedUnarchiver::RememberedKey* KeyedUnarchiver::rememberedAt(std::uint64_t position) {
+    std::vector<RememberedKey>& keys = classes_[record_.classIndex].keys;
+    const bool isKnown =
+        position < keys.size() && keys[position].number == list_.reference(record_.item, position);
+    return isKnown ? &keys[position] : nullptr;
+}
+
 // The entry in the place of its UID where that is a plain value; nothing for nil.
-KeyedUnarchiver::Member KeyedUnarchiver::findPlain(std::string_view key) {
-    const Member member = find(key);
+KeyedUnarchiver::Member KeyedUnarchiver::plainOf(const Member& member) const {
     if (member.item.kind != Kind::kUid) {
         return member;
     }
@@ -175,8 +228,8 @@ KeyedUnarchiver::Member KeyedUnarchiver::findPlain(std::string_view key) {
 
 // What the list has for a truth value or number, also where that is an object of its own; any other
 // item for what is none of them; nothing for nil.
-std::optional<Item> KeyedUnarchiver::findNumber(std::string_view key) {
-    const Member member = findPlain(key);
+std::optional<Item> KeyedUnarchiver::numberOf(const Member& found) {
+    const Member member = plainOf(found);
     if (!member.isPresent) {
         return std::nullopt;
     }
@@ -184,7 +237,7 @@ std::optional<Item> KeyedUnarchiver::findNumber(std::string_view key) {
     if (member.item.kind != Kind::kUid) {
         return member.item;
     }
-    const RefPtr<Object> object = objectForUid(member.item.bits);
+    const RefPtr<Object> object = objectForUid(member.item.bits, Keeper::kCoder);
     const auto* const number = as<Number>(object.get());
     return number != nullptr ? itemOf(*number) : member.item;
 }
@@ -212,7 +265,7 @@ bool KeyedUnarchiver::hasKeyAt(std::uint64_t position, std::string_view archived
     const Item key = list_.item(number);
     checkIntact(key);
     if (key.kind == Kind::kAscii) {
-        const RememberedKey entry{number, charactersOf(key.bytes())};
+        const RememberedKey entry{number, charactersOf(key.bytes()), nullptr};
         if (position < remembered.size()) {
             remembered[position] = entry;
         } else if (position == remembered.size() && position < Limits::kRememberedKeys) {

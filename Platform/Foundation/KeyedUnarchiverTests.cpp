@@ -483,6 +483,37 @@ TEST_F(KeyedUnarchiver, ReadsAPlainDateOfTheList) {
     EXPECT_EQ(as<NS::Date>(unarchive(*archive.data(root)))->timeIntervalSinceReferenceDate(), 1.5);
 }
 
+// What dates looked like before does not decide on the next one.
+TEST_F(KeyedUnarchiver, ReadsDatesWhateverTheirRecordsLookLike) {
+    const auto date = archive.addClass("NSDate");
+    const auto text = archive.addClass("NSString");
+    const auto classKey = archive.list.addAscii("$class");
+    const auto timeKey = archive.list.addAscii("NS.time");
+    const auto record = [&](HandMade::Reference firstKey, HandMade::Reference first,
+                            HandMade::Reference secondKey, HandMade::Reference second) {
+        const HandMade::Reference keys[] = {firstKey, secondKey};
+        const HandMade::Reference values[] = {first, second};
+        return archive.add(archive.list.addDictionary(keys, values));
+    };
+    const auto dateUid = archive.uid(date);
+    const auto one = archive.list.addReal(1);
+    const auto two = archive.uid(archive.add(archive.list.addReal(2)));
+    const std::vector<HandMade::Uid> elements = {
+        record(classKey, dateUid, timeKey, one), record(classKey, dateUid, timeKey, one),
+        record(timeKey, one, classKey, dateUid), record(classKey, dateUid, timeKey, two),
+        record(classKey, archive.uid(text), archive.list.addAscii("NS.string"),
+               archive.list.addAscii("no date"))};
+    const auto back = as<NS::Array>(
+        unarchive(*archive.data(archive.addCollection(archive.addClass("NSArray"), elements))));
+    std::vector<double> times;
+    for (std::size_t i = 0; i < 4; ++i) {
+        times.push_back(as<NS::Date>(NS::RefPtr<NS::Object>(back->objectAtIndex(i)))
+                            ->timeIntervalSinceReferenceDate());
+    }
+    EXPECT_EQ(times, (std::vector<double>{1, 1, 1, 2}));
+    EXPECT_EQ(back->objectAtIndex(4)->description()->utf8(), "no date");
+}
+
 TEST_F(KeyedUnarchiver, RefusesElementsUnderKeysOfTheirOwn) {
     const auto text = archive.uid(archive.add(archive.list.addAscii("x")));
     EXPECT_EQ(nameOf(archive.addRecord(archive.addClass("NSArray"),

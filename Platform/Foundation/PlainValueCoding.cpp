@@ -160,7 +160,7 @@ void Array::encodeWithCoder(KeyedArchiver& coder) const {
 }
 
 void Array::initWithCoder(KeyedUnarchiver& coder) {
-    objects_ = coder.decodeObjectsForKey("NS.objects");
+    objects_ = coder.decodeElementsForKey("NS.objects");
 }
 
 void Set::encodeWithCoder(KeyedArchiver& coder) const {

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/Utf8.h"
 
-#include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 namespace NS::Utf8 {
 
@@ -31,8 +32,26 @@ Lead leadOf(unsigned byte) noexcept {
 
 } // namespace
 
+// Eight bytes at a time, the last ones once more where they are no eight.
 bool isAscii(std::string_view bytes) noexcept {
-    return std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    std::uint64_t all = 0;
+    constexpr std::size_t kStep = sizeof all;
+    const auto look = [&](std::size_t at) {
+        std::uint64_t eight;
+        std::memcpy(&eight, bytes.data() + at, kStep);
+        all |= eight;
+    };
+    if (bytes.size() < kStep) {
+        for (const char c : bytes) {
+            all |= static_cast<unsigned char>(c);
+        }
+        return (all & 0x80U) == 0;
+    }
+    for (std::size_t at = 0; at + kStep <= bytes.size(); at += kStep) {
+        look(at);
+    }
+    look(bytes.size() - kStep);
+    return (all & 0x8080808080808080ULL) == 0;
 }
 
 Decoded decodeFirst(std::string_view bytes) noexcept {

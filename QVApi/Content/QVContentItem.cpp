@@ -118,6 +118,6 @@ void QVContentItem::encodeWithCoder(NS::KeyedArchiver& coder) const {
 void QVContentItem::initWithCoder(NS::KeyedUnarchiver& coder) {
     setTimeReceived(coder.decodeDoubleForKey("timeReceived"));
     for (const NS::Property* const property : contentClass().resolved().archived) {
-        property->set(*this, coder.decodeObjectForKey(property->key));
+        coder.decodeProperty_of(*property, *this);
     }
 }

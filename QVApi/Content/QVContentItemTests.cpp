@@ -7,6 +7,7 @@
 #include "Platform/Foundation/Testing/HandMadeArchive.h"
 #include "Platform/Foundation/Testing/RaisedException.h"
 #include "QVApi/Content/QVConversions.h"
+#include "QVApi/Content/Testing/ContentRecords.h"
 
 #include <gtest/gtest.h>
 
@@ -307,6 +308,52 @@ TEST_F(ContentItem, CanBeReadWhileAnotherThreadSetsIt) {
     writer.join();
     EXPECT_GE(characters, 5000U);
     EXPECT_EQ(item->timeReceived(), 4999);
+}
+
+TEST_F(ContentItem, IsArchivedWithOneObjectWhereTwoPropertiesHaveOne) {
+    const auto item = NS::make<SampleItem>();
+    const auto value = NS::str("value");
+    item->setTitle(value);
+    item->setValue_forKey(value, *NS::str("size"));
+    const auto back = Tests::restored(item);
+    EXPECT_EQ(back->title(), back->size());
+    EXPECT_EQ(text(back->title()), "value");
+}
+
+// A scalar lets go of the object that it is read from, which another property may have as well.
+TEST_F(ContentItem, IsRestoredWhereAScalarAndAPropertyShareAValue) {
+    Tests::HandMadeArchive archive;
+    const auto itsClass = archive.addClass("SampleItem");
+    const auto shared = archive.uid(archive.add(archive.list.addBool(true)));
+    const auto first = archive.addRecord(itsClass, {
+                                                       {"marked", shared}
+    });
+    const auto second = archive.addRecord(itsClass, {
+                                                        {"title",  shared},
+                                                        {"marked", shared}
+    });
+    const auto list = archive.addCollection(archive.addClass("NSArray"), {first, second});
+    const auto back =
+        NS::cast<NS::Array>(NS::KeyedUnarchiver::unarchiveObjectWithData(*archive.data(list)));
+    const auto last = NS::cast<SampleItem>(back->objectAtIndex(1));
+    EXPECT_TRUE(last->marked());
+    EXPECT_EQ(text(last->title()), "1");
+}
+
+TEST_F(ContentItem, CanBeArchivedWhileAnotherThreadSetsIt) {
+    const auto item = NS::make<SampleItem>();
+    item->setTitle(NS::str("0"));
+    std::thread writer([&] {
+        for (int i = 0; i < 2000; ++i) {
+            item->setTitle(NS::str(std::to_string(i % 10)));
+            item->setSize(NS::Number::numberWithInt(i));
+        }
+    });
+    for (int i = 0; i < 500; ++i) {
+        EXPECT_EQ(text(Tests::restored(item)->title()).size(), 1U);
+    }
+    writer.join();
+    EXPECT_EQ(text(Tests::restored(item)->size()), "1999");
 }
 
 } // namespace

@@ -170,10 +170,14 @@ bool QVFolderListItem::containsItemNamed(const NS::String& name) const {
 }
 
 NS::Ref<NS::MutableArray> QVFolderListItem::itemNames() const {
-    const auto items = combinedItems();
-    auto names = NS::make<NS::MutableArray>();
-    for (const NS::Ref<NS::Object>& entry : *items) {
-        names->addObject(nameOf(*entry));
+    const auto allFolders = NS::cast<NS::Array>(folders());
+    const auto allFiles = NS::cast<NS::Array>(files());
+    auto names = NS::MutableArray::arrayWithCapacity(countOf(allFolders) + countOf(allFiles));
+    for (const NS::Array* const list : {allFolders.get(), allFiles.get()}) {
+        if (list != nullptr) {
+            std::ranges::for_each(*list,
+                                  [&](const auto& each) { names->addObject(nameOf(*each)); });
+        }
     }
     return names;
 }

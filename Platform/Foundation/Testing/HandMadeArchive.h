@@ -78,12 +78,13 @@ class HandMadeArchive {
     NS::Ref<NS::Data> data(Uid root) {
         Members all = top;
         all.emplace_back(rootKey, uid(root));
-        return NS::Data::dataWithBuffer(list.finish(dictionary({
+        const Reference whole = dictionary({
             {"$version",  list.addInteger(version)},
             {"$archiver", list.addAscii(archiver) },
             {"$top",      dictionary(all)         },
             {"$objects",  list.addArray(entries)  }
-        })));
+        });
+        return NS::Data::dataWithBuffer(NS::BinaryPropertyListWriter(list).finish(whole));
     }
 };
 
