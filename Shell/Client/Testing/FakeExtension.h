@@ -39,7 +39,7 @@ class FakeExtension {
     // Answers with this error from now on; with none when its name is empty.
     void refuseWith(std::string error, std::string message);
     void setMenu(Shell::Menu menu);
-    // Answers Menu with a number.
+    // Answers a menu with a number.
     void setMenuMalformed();
 
     // Tell their change; the bus has it when they return.
@@ -47,10 +47,10 @@ class FakeExtension {
     void changeGeneration(int times = 1);
     void changeToolTip(std::string toolTip);
 
-    // "Menu 0 [file:///a file:///b] file:///t", "BeginObserving file:///a true", and so on.
+    // "MenuOfPaths 0 [/a /b] /t", "BeginObserving file:///a true", and so on.
     std::vector<std::string> calls();
     bool waitForCalls(std::size_t count);
-    // What the last Run had, in microseconds.
+    // What the last command had, in microseconds.
     std::uint64_t deadline();
 
   private:
