@@ -24,7 +24,8 @@ bool isNewer(const Entry& a, const Entry& b) noexcept {
 }
 
 NS::Ref<NS::String> nameAt(const NS::FileFolder& folder, std::size_t position) {
-    return NS::Ref<NS::String>(*NS::cast<NS::String>(folder.names().objectAtIndex(position)));
+    const NS::Ref<NS::Object> name = folder.names().objectAtIndex(position);
+    return NS::Ref<NS::String>(static_cast<NS::String&>(*name));
 }
 
 // In the order of the listing. An entry without a creation date is not passed over: the missing

@@ -19,7 +19,7 @@ class FileFolder {
     FileFolder(const FileFolder&) = delete;
     FileFolder& operator=(const FileFolder&) = delete;
 
-    // What FileManager::contentsOfDirectoryAtPath() gave when the folder was opened.
+    // Strings: what FileManager::contentsOfDirectoryAtPath() gave when the folder was opened.
     virtual const Array& names() const noexcept = 0;
     // FileAttributes::creationDate, in seconds since 2001. Nothing when there is no such entry.
     virtual std::optional<double> creationTimeOfItem(const String& name) = 0;
