@@ -1,10 +1,11 @@
 #include "CustomConsoleLogging/LoggingFolders.h"
 #include "CustomConsoleLogging/QVLogging.h"
 #include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/FileManager.h"
 
 #include <algorithm>
-#include <numeric>
+#include <cstddef>
 #include <vector>
 
 namespace {
@@ -12,33 +13,52 @@ namespace {
 constexpr std::int32_t kOwnEntries = 18;
 constexpr std::int32_t kExtensionEntries = 2;
 
-NS::Ref<NS::String> entryPath(const NS::String& folder, const NS::Ref<NS::Object>& name) {
-    return folder.stringByAppendingPathComponent(*NS::cast<NS::String>(name));
+struct Entry {
+    double created;
+    std::size_t position; // in the listing
+};
+
+// Of entries of the same date the first that was listed counts as the newest.
+bool isNewer(const Entry& a, const Entry& b) noexcept {
+    return a.created != b.created ? a.created > b.created : a.position < b.position;
 }
 
-// The entries' creation dates, in the order of the names. An entry without one is not passed over:
-// its nil raises. QVLoggingPruning.IsLeftByAnEntryWithoutACreationDate holds it.
-NS::Ref<NS::Array> creationDates(const NS::String& folder, const NS::Array& names) {
-    NS::FileManager& files = NS::FileManager::defaultManager();
-    const auto dates = NS::make<NS::MutableArray>();
-    for (const NS::Ref<NS::Object>& name : names) {
-        const auto attributes = files.attributesOfItemAtPath(*entryPath(folder, name));
-        dates->addObject(attributes ? attributes->creationDate : nullptr);
+NS::Ref<NS::String> nameAt(const NS::FileFolder& folder, std::size_t position) {
+    const NS::Ref<NS::Object> name = folder.names().objectAtIndex(position);
+    return NS::Ref<NS::String>(static_cast<NS::String&>(*name));
+}
+
+// In the order of the listing. An entry without a creation date is not passed over: the missing
+// date raises. QVLoggingPruning.IsLeftByAnEntryWithoutACreationDate holds it.
+std::vector<Entry> entriesOf(NS::FileFolder& folder) {
+    std::vector<Entry> entries;
+    entries.reserve(folder.names().count());
+    for (std::size_t i = 0; i < folder.names().count(); ++i) {
+        const auto created = folder.creationTimeOfItem(nameAt(folder, i));
+        if (!created) {
+            NS::Exception::raise(NS::kInvalidArgumentException,
+                                 "*** -[__NSArrayM insertObject:atIndex:]: object cannot be nil");
+        }
+        entries.push_back({*created, i});
     }
-    return dates;
+    return entries;
 }
 
-// Positions in the listing, newest first; entries of the same date stay in the listing's order.
-std::vector<std::size_t> newestFirst(const NS::Array& dates) {
-    const auto dateAt = [&](std::size_t position) {
-        return NS::cast<NS::Date>(dates.objectAtIndex(position));
-    };
-    std::vector<std::size_t> positions(dates.count());
-    std::iota(positions.begin(), positions.end(), std::size_t{0});
-    std::ranges::stable_sort(positions, [&](std::size_t a, std::size_t b) {
-        return dateAt(b)->compare(*dateAt(a)) < 0;
-    });
-    return positions;
+// The entry that as many are newer than.
+Entry entryBehind(std::size_t newer, std::vector<Entry> entries) {
+    const auto found = entries.begin() + static_cast<std::ptrdiff_t>(newer);
+    std::ranges::nth_element(entries, found, isNewer);
+    return *found;
+}
+
+// In the order of the listing, in which the file system removes them quickest.
+std::vector<Entry> allButNewest(std::size_t kept, std::vector<Entry> entries) {
+    if (kept >= entries.size()) {
+        return {};
+    }
+    const Entry newestToGo = entryBehind(kept, entries);
+    std::erase_if(entries, [&](const Entry& entry) { return isNewer(entry, newestToGo); });
+    return entries;
 }
 
 } // namespace
@@ -50,16 +70,14 @@ void QVLogging::cleanup() {
 
 void QVLogging::cleanupLogsFolder_maxItems(const NS::RefPtr<NS::String>& folder,
                                            std::int32_t maxItems) {
-    NS::FileManager& files = NS::FileManager::defaultManager();
-    const NS::RefPtr<NS::Array> names = folder ? files.contentsOfDirectoryAtPath(*folder) : nullptr;
-    if (!names) {
+    const auto logs = folder ? NS::FileManager::defaultManager().folderAtPath(*folder) : nullptr;
+    if (!logs) {
         return;
     }
-    const std::vector<std::size_t> positions = newestFirst(*creationDates(*folder, *names));
     // Widened with its sign and compared without one: a negative limit is beyond every count.
     const auto kept = static_cast<std::size_t>(static_cast<std::int64_t>(maxItems));
-    for (std::size_t i = kept; i < positions.size(); ++i) {
+    for (const Entry& entry : allButNewest(kept, entriesOf(*logs))) {
         // An entry that cannot be removed stays, and nobody is told.
-        (void)files.removeItemAtPath(*entryPath(*folder, names->objectAtIndex(positions[i])));
+        (void)logs->removeItem(nameAt(*logs, entry.position));
     }
 }

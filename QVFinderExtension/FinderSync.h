@@ -94,9 +94,17 @@ class FinderSync final : public FI::FinderSync {
     void registerHandlers();
     void waitForDrivePath();
 
-    // Looks at each selected item that is on the drive, until visit returns false.
+    // Calls visit(path) with the drive-relative path, in bytes, of each selected item that is on
+    // the drive, until it returns false.
     template <class Visitor>
     void visitSelectionOnDrive(Visitor&& visit) const;
+
+    // What a menu depends on of the selection: what the operations above find, in one pass.
+    struct SelectionTraits {
+        TrashStatus trash;
+        bool isSpecial;
+    };
+    SelectionTraits traitsOfSelection() const;
 
     void addToolbarEntries(NS::Menu& menu);
     void addContextualEntries(NS::Menu& menu, FI::MenuKind kind, std::size_t selected) const;

@@ -30,7 +30,8 @@ constexpr Entry kToolbarRefreshFolder{"Refresh Folder", {"refreshFolder"}};
 constexpr NS::Selector kEmptyTrash{"emptyTrash"};
 
 NS::Ref<NS::MenuItem> makeItem(NS::Ref<NS::String> title, NS::Selector action) {
-    return NS::make<NS::MenuItem>(std::move(title), action, NS::str(""));
+    static const NS::Ref<NS::String>& noKey = *new NS::Ref<NS::String>(NS::str(""));
+    return NS::make<NS::MenuItem>(std::move(title), action, noKey);
 }
 
 void add(NS::Menu& menu, const Entry& entry) {
@@ -44,7 +45,7 @@ void addDashes(NS::Menu& menu) {
 }
 
 std::size_t selectedItemCount() {
-    const auto selection = FI::FinderSyncController::defaultController()->selectedItemURLs();
+    const auto selection = FI::FinderSyncController::defaultController()->selection();
     return selection ? selection->count() : 0;
 }
 
@@ -77,17 +78,17 @@ void FinderSync::addToolbarEntries(NS::Menu& menu) {
 
 void FinderSync::addContextualEntries(NS::Menu& menu, FI::MenuKind kind,
                                       std::size_t selected) const {
-    const bool special = isSpecialFolderSelected();
+    const SelectionTraits traits = traitsOfSelection();
     const bool forContainer = kind == FI::MenuKind::kContextualMenuForContainer;
-    if ((forContainer || selected == 1) && !special) {
+    if ((forContainer || selected == 1) && !traits.isSpecial) {
         add(menu, kShare);
         add(menu, kShowProperties);
     }
-    if (kind == FI::MenuKind::kContextualMenuForItems && !special &&
-        trashStatusSelection() == TrashStatus::kOutsideTrash) {
+    if (kind == FI::MenuKind::kContextualMenuForItems && !traits.isSpecial &&
+        traits.trash == TrashStatus::kOutsideTrash) {
         add(menu, kMoveToTrash);
     }
-    if (trashStatusSelection() == TrashStatus::kInTrash) {
+    if (traits.trash == TrashStatus::kInTrash) {
         add(menu, kRestore);
         add(menu, kDelete);
     }

@@ -6,12 +6,17 @@
 #include "Platform/Foundation/PathComponents.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace {
 
 constexpr std::string_view kTrash = "Trash";
 constexpr std::string_view kSpecialFolders[] = {kTrash, "Shared Folders"};
+
+// The relative path of the drive's own folder.
+constexpr std::string_view kDriveItself = "/";
 
 // Where in a path's components the name of the top-level folder stands, after the root.
 constexpr std::size_t kTopLevel = 1;
@@ -20,46 +25,118 @@ NS::Ref<FI::FinderSyncController> controller() {
     return FI::FinderSyncController::defaultController();
 }
 
+bool isSpecialFolder(std::string_view name) {
+    return std::ranges::find(kSpecialFolders, name) != std::ranges::end(kSpecialFolders);
+}
+
 NS::RefPtr<NS::String> pathOf(const NS::RefPtr<NS::URL>& url) {
     return url ? url->path() : nullptr;
 }
 
-// What classifying needs of a drive-relative path, read in place: a selection can be large.
+// Finds in paths what follows the drive's own. Both are texts; mostly their bytes tell as much, and
+// a selection can be large.
+class DrivePrefix {
+  public:
+    explicit DrivePrefix(const NS::String& drive) : drive_(drive) {
+        if (drive.isAscii()) {
+            bytes_ = drive.ascii();
+            return;
+        }
+        storage_ = drive.fileSystemRepresentation();
+        bytes_ = storage_;
+        const auto text = NS::String::fromUtf8(storage_);
+        isText_ = text && text->isEqualToString(drive);
+    }
+    DrivePrefix(const DrivePrefix&) = delete;
+    DrivePrefix& operator=(const DrivePrefix&) = delete;
+
+    // Nothing for a path that is not on the drive. Valid until the next call.
+    std::optional<std::string_view> restOf(std::string_view path) {
+        if (!isText_) {
+            return restOfText(path);
+        }
+        return path.starts_with(bytes_) ? std::optional(path.substr(bytes_.size())) : std::nullopt;
+    }
+
+  private:
+    // The last byte of a drive's path that is not UTF-8 may be the first of a character in another.
+    std::optional<std::string_view> restOfText(std::string_view path) {
+        const auto text = NS::String::fromFileSystemRepresentation(path);
+        if (!text->hasPrefix(drive_)) {
+            return std::nullopt;
+        }
+        rest_ = text->substringFromIndex(drive_.length())->fileSystemRepresentation();
+        return rest_;
+    }
+
+    const NS::String& drive_;
+    std::string storage_;
+    std::string_view bytes_;
+    bool isText_ = true;
+    std::string rest_;
+};
+
+// What classifying needs of a drive-relative path, read in place.
 struct TopLevel {
-    std::size_t componentCount = 0; // no more than one component below the top-level folder counts
+    // As far as they are looked at: what follows the top-level folder in the Trash only.
+    std::size_t componentCount = 0;
     bool isTrash = false;
     bool isSpecial = false;
 };
 
-bool isNamed(std::string_view component, std::string_view name) {
-    return component == name;
-}
-bool isNamed(std::u16string_view component, std::string_view name) {
-    return std::ranges::equal(component, name);
-}
-
-template <class Unit>
-TopLevel topLevelOf(std::basic_string_view<Unit> relativePath) {
+TopLevel topLevelOf(std::string_view relativePath) {
     TopLevel topLevel;
-    NS::visitPathComponents(relativePath, [&](auto component) {
-        if (topLevel.componentCount == kTopLevel) {
-            topLevel.isTrash = isNamed(component, kTrash);
-            topLevel.isSpecial = std::ranges::any_of(
-                kSpecialFolders, [&](auto special) { return isNamed(component, special); });
+    NS::visitPathComponents(relativePath, [&](std::string_view component) {
+        const std::size_t index = topLevel.componentCount++;
+        if (index == kTopLevel) {
+            topLevel.isTrash = component == kTrash;
+            topLevel.isSpecial = isSpecialFolder(component);
         }
-        return ++topLevel.componentCount < kTopLevel + 2;
+        return index < kTopLevel || (index == kTopLevel && topLevel.isTrash);
     });
     return topLevel;
 }
 
-// The path on the drive behind a length of mount path; the drive itself is its root.
-TopLevel topLevelBehind(std::size_t mountPath, const NS::String& path) {
-    if (path.length() == mountPath) {
-        return {.componentCount = 1};
+// Where the items looked at so far lie.
+class TrashScan {
+  public:
+    // Nothing that follows changes a mixed selection.
+    bool isMixed() const noexcept { return isMixed_; }
+    FinderSync::TrashStatus status() const noexcept {
+        return isMixed_ ? FinderSync::TrashStatus::kNone : status_;
     }
-    return path.isAscii() ? topLevelOf(path.ascii().substr(mountPath))
-                          : topLevelOf(path.utf16().substr(mountPath));
-}
+    void take(const TopLevel& item) noexcept {
+        if (item.isTrash && item.componentCount == kTopLevel + 1) {
+            status_ =
+                FinderSync::TrashStatus::kNone; // the Trash itself: what follows starts afresh
+            return;
+        }
+        const auto own = item.isTrash ? FinderSync::TrashStatus::kInTrash
+                                      : FinderSync::TrashStatus::kOutsideTrash;
+        isMixed_ = isMixed_ || (status_ != FinderSync::TrashStatus::kNone && status_ != own);
+        status_ = own;
+    }
+
+  private:
+    FinderSync::TrashStatus status_ = FinderSync::TrashStatus::kNone;
+    bool isMixed_ = false;
+};
+
+// Whether one of the items looked at so far is special.
+class SpecialFolderScan {
+  public:
+    bool hasFound() const noexcept { return hasFound_; }
+    void take(const TopLevel& item) {
+        if (!hasFound_ && item.componentCount == kTopLevel) {
+            // The drive's root has no top-level name: reading it raises, and is meant to.
+            (void)NS::str("/")->pathComponents()->objectAtIndex(kTopLevel);
+        }
+        hasFound_ = hasFound_ || item.isSpecial;
+    }
+
+  private:
+    bool hasFound_ = false;
+};
 
 } // namespace
 
@@ -72,8 +149,8 @@ NS::RefPtr<NS::String> FinderSync::pathFromTarget() const {
 }
 
 NS::RefPtr<NS::String> FinderSync::pathFromSelectionOrTarget() const {
-    const auto selection = controller()->selectedItemURLs();
-    const auto path = pathOf(selection ? NS::cast<NS::URL>(selection->firstObject()) : nullptr);
+    const auto selection = controller()->selection();
+    const auto path = selection ? selection->firstPath() : nullptr;
     return path ? path : pathFromTarget();
 }
 
@@ -83,65 +160,62 @@ NS::RefPtr<NS::String> FinderSync::relativePathFrom(const NS::RefPtr<NS::String>
         return nullptr;
     }
     if (path->length() == drive->length()) {
-        return NS::str("/");
+        return NS::str(kDriveItself);
     }
     return path->substringFromIndex(drive->length());
-}
-
-NS::Ref<NS::Array> FinderSync::relativeSelectionArray() const {
-    const auto paths = NS::make<NS::MutableArray>();
-    if (const auto selection = controller()->selectedItemURLs()) {
-        for (const auto& url : *selection) {
-            if (const auto path =
-                    relativePathFrom(NS::cast<NS::URL>(NS::RefPtr<NS::Object>(url))->path())) {
-                paths->addObject(path);
-            }
-        }
-    }
-    return paths;
 }
 
 template <class Visitor>
 void FinderSync::visitSelectionOnDrive(Visitor&& visit) const {
     const auto drive = drivePath();
-    const auto selection = controller()->selectedItemURLs();
+    const auto selection = controller()->selection();
     if (!drive || !selection) {
         return;
     }
-    for (const auto& item : *selection) {
-        const auto path = NS::cast<NS::URL>(NS::RefPtr<NS::Object>(item))->path();
-        if (path && path->hasPrefix(*drive) && !visit(topLevelBehind(drive->length(), *path))) {
-            return;
-        }
-    }
+    DrivePrefix prefix(*drive);
+    selection->visitPaths([&](std::string_view path) {
+        const auto rest = prefix.restOf(path);
+        return !rest || visit(rest->empty() ? kDriveItself : *rest);
+    });
+}
+
+NS::Ref<NS::Array> FinderSync::relativeSelectionArray() const {
+    const auto paths = NS::make<NS::MutableArray>();
+    visitSelectionOnDrive([&](std::string_view path) {
+        paths->addObject(NS::String::fromFileSystemRepresentation(path));
+        return true;
+    });
+    return paths;
 }
 
 FinderSync::TrashStatus FinderSync::trashStatusSelection() const {
-    auto status = TrashStatus::kNone;
-    visitSelectionOnDrive([&](const TopLevel& item) {
-        if (item.isTrash && item.componentCount == kTopLevel + 1) {
-            status = TrashStatus::kNone; // the Trash itself: what follows starts afresh
-            return true;
-        }
-        const auto own = item.isTrash ? TrashStatus::kInTrash : TrashStatus::kOutsideTrash;
-        const bool isMixed = status != TrashStatus::kNone && status != own;
-        status = isMixed ? TrashStatus::kNone : own;
-        return !isMixed;
+    TrashScan trash;
+    visitSelectionOnDrive([&](std::string_view path) {
+        trash.take(topLevelOf(path));
+        return !trash.isMixed();
     });
-    return status;
+    return trash.status();
 }
 
 bool FinderSync::isSpecialFolderSelected() const {
-    bool special = false;
-    visitSelectionOnDrive([&](const TopLevel& item) {
-        if (item.componentCount == kTopLevel) {
-            // The drive's root has no top-level name: reading it raises, and is meant to.
-            (void)NS::str("/")->pathComponents()->objectAtIndex(kTopLevel);
-        }
-        special = item.isSpecial;
-        return !special;
+    SpecialFolderScan special;
+    visitSelectionOnDrive([&](std::string_view path) {
+        special.take(topLevelOf(path));
+        return !special.hasFound();
     });
-    return special;
+    return special.hasFound();
+}
+
+FinderSync::SelectionTraits FinderSync::traitsOfSelection() const {
+    TrashScan trash;
+    SpecialFolderScan special;
+    visitSelectionOnDrive([&](std::string_view path) {
+        const TopLevel item = topLevelOf(path);
+        special.take(item);
+        trash.take(item);
+        return !trash.isMixed() || !special.hasFound();
+    });
+    return {trash.status(), special.hasFound()};
 }
 
 void FinderSync::beginObservingDirectoryAtURL(const NS::Ref<NS::URL>& url) {

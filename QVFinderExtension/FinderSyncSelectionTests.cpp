@@ -58,6 +58,18 @@ class Selection : public Tests::SelectionTest {
     std::vector<std::string> relative() const {
         return textsOf(extension->relativeSelectionArray());
     }
+    // Whether an item is on a drive, and where on it; null when it is not.
+    void expectOnDrive(const char* drive, const std::string& path, const char* expected) const {
+        extension->setDrivePath(NS::String::fromFileSystemRepresentation(drive));
+        std::vector<std::string> paths;
+        if (expected != nullptr) {
+            paths.emplace_back(expected);
+        }
+        select({path});
+        EXPECT_EQ(relative(), paths) << drive;
+        selectPaths({path});
+        EXPECT_EQ(relative(), paths) << drive;
+    }
 };
 
 TEST_F(Selection, IsEmptyWhenNothingIsSelected) {
@@ -94,6 +106,35 @@ TEST_F(Selection, HasATargetOnTheDriveWhenItsPathBeginsLikeTheMountPath) {
     EXPECT_EQ(textOf(extension->pathFromTarget()), "/Volumes");
 }
 
+TEST_F(Selection, IsTheSameAsPaths) {
+    selectPaths({"/Volumes/Drive/b", "/home/a", "/Volumes/Drive/\xFF\xC3", "/Volumes/DriveX/c/"});
+    EXPECT_EQ(relative(), (std::vector<std::string>{"/b", "/\xFF\xC3", "X/c"}));
+    EXPECT_EQ(textOf(extension->pathFromSelectionOrTarget()), "/Volumes/Drive/b");
+    EXPECT_FALSE(extension->isSpecialFolderSelected());
+    selectPaths({"/Volumes/Drive/a", "/Volumes/Drive/Shared Folders"});
+    EXPECT_TRUE(extension->isSpecialFolderSelected());
+    selectPaths({"/Volumes/Drive/"});
+    EXPECT_EQ(relative(), std::vector<std::string>{"/"});
+}
+
+// Texts begin alike when their characters do, and not some of their bytes.
+TEST_F(Selection, ComparesCharactersWithAMountPathOfAnyBytes) {
+    expectOnDrive("/mnt/\xC3\xA9", "/mnt/\xC3\xA9/a", "/a");
+    expectOnDrive("/mnt/\xC3\xA9", "/mnt/\xC3\xA8/a", nullptr);
+    expectOnDrive("/mnt/\xFF", "/mnt/\xFF/a", "/a");
+    expectOnDrive("/mnt/\xFF", "/mnt/\xFE/a", nullptr);
+    expectOnDrive("/mnt/\xC3", "/mnt/\xC3/a", "/a");
+    expectOnDrive("/mnt/\xC3", "/mnt/\xC3\xA9/a", nullptr);
+    expectOnDrive("/mnt/\xED\xA0\x80", "/mnt/\xED\xA0\x80/a", "/a");
+}
+
+TEST_F(Selection, TakesNoReplacementForACharacterOfTheMountPath) {
+    constexpr char16_t kLoneSurrogate[] = {u'/', 0xD800};
+    extension->setDrivePath(NS::String::fromUtf16({kLoneSurrogate, 2}));
+    selectPaths({"/\xEF\xBF\xBD/a"});
+    EXPECT_EQ(relative(), std::vector<std::string>());
+}
+
 struct TrashCase {
     const char* name;
     std::vector<std::string> items;
@@ -105,6 +146,8 @@ class TrashStatusTable : public Tests::SelectionTest,
 
 TEST_P(TrashStatusTable, ClassifiesTheSelection) {
     selectOnDrive(GetParam().items);
+    EXPECT_EQ(extension->trashStatusSelection(), GetParam().status);
+    selectPathsOnDrive(GetParam().items);
     EXPECT_EQ(extension->trashStatusSelection(), GetParam().status);
 }
 

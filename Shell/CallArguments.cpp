@@ -12,6 +12,17 @@ namespace {
 
 constexpr const char* kMalformed = "the message is malformed";
 
+// Keeps a message, and with it the bytes in it.
+class KeptMessage final : public NS::Object {
+  public:
+    explicit KeptMessage(sd_bus_message* message) noexcept
+        : message_(sd_bus_message_ref(message)) {}
+    ~KeptMessage() override { sd_bus_message_unref(message_); }
+
+  private:
+    sd_bus_message* message_;
+};
+
 } // namespace
 
 template <char type, class Value>
@@ -43,6 +54,53 @@ NS::RefPtr<NS::URL> CallArguments::fileURL() {
     return url;
 }
 
+NS::RefPtr<FI::Selection> CallArguments::selection() {
+    return nextIsBytes() ? paths() : fileURLs();
+}
+
+NS::RefPtr<NS::URL> CallArguments::target() {
+    return nextIsBytes() ? pathOrNone() : fileURLOrNone();
+}
+
+bool CallArguments::nextIsBytes() {
+    char type = 0;
+    const char* contents = nullptr;
+    return sd_bus_message_peek_type(call_, &type, &contents) > 0 && type == SD_BUS_TYPE_ARRAY &&
+           contents != nullptr && std::string_view(contents) == "y";
+}
+
+std::string_view CallArguments::bytes() {
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_read_array(call_, SD_BUS_TYPE_BYTE, &bytes, &size) < 0) {
+        fail(kMalformed);
+        return {};
+    }
+    return {static_cast<const char*>(bytes), size};
+}
+
+NS::RefPtr<FI::Selection> CallArguments::paths() {
+    const std::string_view given = bytes();
+    auto selection = FI::Selection::selectionWithPaths(
+        NS::Data::dataWithBytesNoCopy(NS::bytesOf(given), NS::make<KeptMessage>(call_)));
+    if (!selection) {
+        fail("the selection is not absolute paths with a NUL behind each");
+    }
+    return selection;
+}
+
+NS::RefPtr<NS::URL> CallArguments::pathOrNone() {
+    const std::string_view path = bytes();
+    if (path.empty()) {
+        return nullptr;
+    }
+    if (path.front() != '/' || path.find('\0') != std::string_view::npos) {
+        fail("the target is neither an absolute path nor empty");
+        return nullptr;
+    }
+    return NS::URL::fileURLWithFileSystemRepresentation(path);
+}
+
 NS::RefPtr<NS::URL> CallArguments::fileURLOrNone() {
     const std::string_view given = text();
     if (given.empty()) {
@@ -55,7 +113,7 @@ NS::RefPtr<NS::URL> CallArguments::fileURLOrNone() {
     return url;
 }
 
-NS::Ref<NS::Array> CallArguments::fileURLs() {
+NS::RefPtr<FI::Selection> CallArguments::fileURLs() {
     std::vector<NS::Ref<NS::Object>> urls;
     const char* text = nullptr;
     if (sd_bus_message_enter_container(call_, SD_BUS_TYPE_ARRAY, "s") < 0) {
@@ -73,7 +131,7 @@ NS::Ref<NS::Array> CallArguments::fileURLs() {
     if (error_.empty() && (more < 0 || sd_bus_message_exit_container(call_) < 0)) {
         fail(kMalformed);
     }
-    return NS::make<NS::Array>(std::move(urls));
+    return FI::Selection::selectionWithURLs(NS::make<NS::Array>(std::move(urls)));
 }
 
 void CallArguments::fail(std::string error) {

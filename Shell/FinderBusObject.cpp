@@ -1,9 +1,7 @@
 #include "Shell/FinderBusObject.h"
 
 #include "Platform/Foundation/Log.h"
-#include "Shell/CallArguments.h"
 #include "Shell/FinderInterface.h"
-#include "Shell/MenuRequest.h"
 
 #include <cerrno>
 #include <chrono>
@@ -98,9 +96,7 @@ int FinderBusObject::menu(sd_bus_message* call, sd_bus_error* error) {
     CallArguments arguments(call);
     MenuRequest request;
     request.kind = FI::MenuKind{arguments.number()};
-    request.selection = arguments.fileURLs();
-    noteSize(request.selection);
-    request.target = arguments.fileURLOrNone();
+    readPlace(arguments, request);
     if (!arguments.error().empty()) {
         return refuseArguments(error, arguments);
     }
@@ -113,9 +109,7 @@ int FinderBusObject::run(sd_bus_message* call, sd_bus_error* error) {
     MenuRequest request;
     request.kind = FI::MenuKind{arguments.number()};
     const char* const action = arguments.text();
-    request.selection = arguments.fileURLs();
-    noteSize(request.selection);
-    request.target = arguments.fileURLOrNone();
+    readPlace(arguments, request);
     const std::uint64_t deadline = arguments.number();
     if (!arguments.error().empty()) {
         return refuseArguments(error, arguments);
@@ -203,8 +197,10 @@ void FinderBusObject::noteKind(FI::MenuKind kind) {
     }
 }
 
-void FinderBusObject::noteSize(const NS::Array& selection) noexcept {
-    wasLarge_ = wasLarge_ || selection.count() >= kLargeSelection;
+void FinderBusObject::readPlace(CallArguments& arguments, MenuRequest& request) {
+    request.selection = arguments.selection();
+    request.target = arguments.target();
+    wasLarge_ = wasLarge_ || (request.selection && request.selection->count() >= kLargeSelection);
 }
 
 int FinderBusObject::keepRaised(sd_bus_error* error, const char* what) {

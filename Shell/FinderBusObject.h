@@ -1,7 +1,8 @@
 #pragma once
 
 #include "Platform/Finder/FinderSync.h"
-#include "Platform/Foundation/Array.h"
+#include "Shell/CallArguments.h"
+#include "Shell/MenuRequest.h"
 #include "Shell/ObservedFolders.h"
 #include "Shell/PublishedState.h"
 
@@ -56,7 +57,7 @@ class FinderBusObject {
 
     int guarded(Handler handler, sd_bus_message* message, sd_bus_error* error);
     void noteKind(FI::MenuKind kind);
-    void noteSize(const NS::Array& selection) noexcept;
+    void readPlace(CallArguments& arguments, MenuRequest& request);
     int keepRaised(sd_bus_error* error, const char* what);
 
     NS::Ref<FI::FinderSync> extension_;

@@ -6,11 +6,16 @@
 
 namespace {
 
+using namespace std::string_view_literals;
+
 constexpr const char* kSampleMenu =
     R"("Sample" [("First" "first" true) ("With Sender" "withSender:" true) )"
     R"(("Off" "off" false) ("Told" "" false)])";
 constexpr const char* kNotInMenu = "error com.Quorvane.Quorvane.QVFinderExtension.Error.NotInMenu: "
                                    "the menu has no enabled entry with this action";
+
+constexpr const char* kTooLate = "error com.Quorvane.Quorvane.QVFinderExtension.Error.TooLate: "
+                                 "the deadline had passed, and nothing was done";
 
 std::uint64_t microsecondsFromNow(std::chrono::microseconds distance) {
     const auto moment = std::chrono::steady_clock::now().time_since_epoch() + distance;
@@ -43,6 +48,50 @@ TEST_F(FinderService, PassesOnKindsThatItDoesNotKnow) {
     EXPECT_EQ(takeCalls(), Calls{"menu 18446744073709551615 > none"});
 }
 
+TEST_F(FinderService, AnswersTheMenuOfPaths) {
+    EXPECT_EQ(peer->menuOfPaths(0, "/mnt/drive/a b%\0/mnt/drive/\xFF\0"sv, "/mnt/drive/\xC3"),
+              kSampleMenu);
+    EXPECT_EQ(takeCalls(), Calls{"menu 0 /mnt/drive/a b% /mnt/drive/\xFF > /mnt/drive/\xC3"});
+    EXPECT_EQ(peer->menuOfPaths(3, "", ""), kSampleMenu);
+    EXPECT_EQ(takeCalls(), Calls{"menu 3 > none"});
+}
+
+TEST_F(FinderService, RunsAnEntryOfTheMenuOfPaths) {
+    EXPECT_EQ(peer->runOnPaths("first", "/mnt/drive/a\0"sv, "/mnt/drive"), "");
+    EXPECT_EQ(takeCalls(),
+              (Calls{"menu 0 /mnt/drive/a > /mnt/drive", "first /mnt/drive/a > /mnt/drive"}));
+    EXPECT_EQ(peer->runOnPaths("off", "/mnt/drive/a\0"sv, ""), kNotInMenu);
+    EXPECT_TRUE(peer->runOnPaths("first", "/mnt/drive/a\0"sv, "", 1).starts_with(kTooLate));
+}
+
+TEST_F(FinderService, RefusesWhatIsNoAbsolutePath) {
+    const std::string kRefusal = "error org.freedesktop.DBus.Error.InvalidArgs: ";
+    const std::string kSelection =
+        kRefusal + "the selection is not absolute paths with a NUL behind each";
+    const std::string kTarget = kRefusal + "the target is neither an absolute path nor empty";
+    for (const std::string_view selection :
+         {"/a"sv, "a\0"sv, "\0"sv, "/a\0\0"sv, "/a\0b\0"sv, "file:///a\0"sv}) {
+        EXPECT_EQ(peer->menuOfPaths(0, selection, ""), kSelection);
+        EXPECT_EQ(peer->runOnPaths("first", selection, ""), kSelection);
+    }
+    for (const std::string_view target : {"a"sv, "/a\0"sv, "\0"sv, "file:///a"sv}) {
+        EXPECT_EQ(peer->menuOfPaths(0, "/a\0"sv, target), kTarget);
+        EXPECT_EQ(peer->runOnPaths("first", "", target), kTarget);
+    }
+    EXPECT_EQ(takeCalls(), Calls{});
+}
+
+TEST_F(FinderService, KeepsASelectionOfPathsForWhoKeepsIt) {
+    NS::RefPtr<FI::Selection> kept;
+    extension->onMenu = [&] {
+        kept = FI::FinderSyncController::defaultController()->selection();
+    };
+    EXPECT_EQ(peer->menuOfPaths(0, "/mnt/drive/first\0"sv, ""), kSampleMenu);
+    extension->onMenu = {};
+    EXPECT_EQ(peer->menuOfPaths(0, std::string(100'000, '/') + '\0', ""), kSampleMenu);
+    EXPECT_EQ(kept->firstPath()->utf8(), "/mnt/drive/first");
+}
+
 TEST_F(FinderService, AnswersAnEmptyMenuWhereThereIsNone) {
     extension->hasMenu = false;
     EXPECT_EQ(peer->menu(0, {}), R"("" [])");
@@ -66,8 +115,7 @@ TEST_F(FinderService, RunsNothingThatTheMenuDoesNotOffer) {
 
 TEST_F(FinderService, DoesNothingAfterTheDeadline) {
     EXPECT_EQ(peer->run(0, "first", {}, microsecondsFromNow(std::chrono::microseconds(-1))),
-              "error com.Quorvane.Quorvane.QVFinderExtension.Error.TooLate: "
-              "the deadline had passed, and nothing was done");
+              kTooLate);
     EXPECT_EQ(takeCalls(), Calls{});
 }
 

@@ -10,12 +10,12 @@ namespace {
 class ShownPlace {
   public:
     explicit ShownPlace(const MenuRequest& request)
-        : selection_(controller_->selectedItemURLs()), target_(controller_->targetedURL()) {
-        controller_->setSelectedItemURLs(request.selection);
+        : selection_(controller_->selection()), target_(controller_->targetedURL()) {
+        controller_->setSelection(request.selection);
         controller_->setTargetedURL(request.target);
     }
     ~ShownPlace() {
-        controller_->setSelectedItemURLs(selection_);
+        controller_->setSelection(selection_);
         controller_->setTargetedURL(target_);
     }
     ShownPlace(const ShownPlace&) = delete;
@@ -23,7 +23,7 @@ class ShownPlace {
 
   private:
     NS::Ref<FI::FinderSyncController> controller_ = FI::FinderSyncController::defaultController();
-    NS::RefPtr<NS::Array> selection_;
+    NS::RefPtr<FI::Selection> selection_;
     NS::RefPtr<NS::URL> target_;
 };
 

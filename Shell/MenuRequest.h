@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Finder/FinderSync.h"
-#include "Platform/Foundation/Array.h"
+#include "Platform/Finder/Selection.h"
 
 #include <functional>
 #include <string_view>
@@ -11,7 +11,7 @@ namespace Shell {
 // What a menu is asked for: a kind, and what is selected and targeted.
 struct MenuRequest {
     FI::MenuKind kind = FI::MenuKind::kContextualMenuForItems;
-    NS::Ref<NS::Array> selection = NS::make<NS::Array>(); // of URLs
+    NS::RefPtr<FI::Selection> selection; // nil is none
     NS::RefPtr<NS::URL> target;
 };
 

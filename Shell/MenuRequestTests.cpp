@@ -18,7 +18,8 @@ class MenuRequest : public testing::Test {
 
     MenuRequest() {
         request.kind = FI::MenuKind::kContextualMenuForSidebar;
-        request.selection = NS::Array::arrayWithObjects({url("/a"), url("/b")});
+        request.selection =
+            FI::Selection::selectionWithURLs(NS::Array::arrayWithObjects({url("/a"), url("/b")}));
         request.target = url("/");
     }
     static NS::Ref<NS::URL> url(const std::string& path) {
@@ -47,7 +48,8 @@ TEST_F(MenuRequest, ShowsItsPlaceForTheTimeOfTheMenu) {
 }
 
 TEST_F(MenuRequest, LeavesNothingShownByAMenuThatRaises) {
-    request.selection = NS::Array::arrayWithObjects({url(Tests::SampleExtension::kRaising)});
+    request.selection = FI::Selection::selectionWithURLs(
+        NS::Array::arrayWithObjects({url(Tests::SampleExtension::kRaising)}));
     EXPECT_EQ(Tests::nameOfException([&] { (void)Shell::menuForRequest(extension, request); }),
               NS::kRangeException);
     expectNothingIsShown();

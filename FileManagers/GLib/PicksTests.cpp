@@ -23,7 +23,7 @@ TEST_F(Picks, CarryOutTheirEntryOnTheirPlace) {
                                  {"Do It", "doIt:", true}, place);
     EXPECT_EQ(asked(), Titles{});
     g_signal_emit_by_name(item.get(), "activate");
-    EXPECT_EQ(asked(), Titles{"Run 0 doIt: [file:///mnt/Drive/a] file:///mnt/Drive later"});
+    EXPECT_EQ(asked(), Titles{"RunOnPaths 0 doIt: [/mnt/Drive/a] /mnt/Drive later"});
     EXPECT_EQ(place.use_count(), 2);
     item.reset();
     EXPECT_EQ(place.use_count(), 1);

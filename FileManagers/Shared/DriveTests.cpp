@@ -36,7 +36,7 @@ class DriveOfOneThatIsLate : public Tests::DriveTest {
 
 TEST_F(Drive, HasTheEntriesOfASelection) {
     EXPECT_EQ(titles(MenuKind::kItems, item), (Titles{"Do It", "[Told]"}));
-    EXPECT_EQ(asked(), Titles{"Menu 0 [file:///mnt/Drive/a] file:///mnt/Drive"});
+    EXPECT_EQ(asked(), Titles{"MenuOfPaths 0 [/mnt/Drive/a] /mnt/Drive"});
 }
 
 TEST_F(Drive, AsksOnceForASelection) {
@@ -99,7 +99,7 @@ TEST_F(Drive, TellsWhyAClickShowsNothing) {
 
 TEST_F(Drive, CarriesOutWhatWasPicked) {
     drive->pick(MenuKind::kItems, {"Do It", "doIt:", true}, item);
-    EXPECT_EQ(asked(), Titles{"Run 0 doIt: [file:///mnt/Drive/a] file:///mnt/Drive later"});
+    EXPECT_EQ(asked(), Titles{"RunOnPaths 0 doIt: [/mnt/Drive/a] /mnt/Drive later"});
     EXPECT_EQ(told, Titles{});
 }
 

@@ -11,4 +11,15 @@ NS::Ref<FinderSyncController> FinderSyncController::defaultController() {
     return controller;
 }
 
+NS::RefPtr<NS::Array> FinderSyncController::selectedItemURLs() const {
+    const auto items = selection();
+    return items ? NS::RefPtr<NS::Array>(items->URLs()) : nullptr;
+}
+
+void FinderSyncController::setSelectedItemURLs(const NS::RefPtr<NS::Array>& urls) {
+    setSelection(
+        urls ? NS::RefPtr<Selection>(Selection::selectionWithURLs(NS::Ref<NS::Array>(*urls)))
+             : nullptr);
+}
+
 } // namespace FI

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Finder/Selection.h"
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/Set.h"
@@ -18,8 +19,11 @@ class FinderSyncController final : public NS::Object {
 
     // File URLs of the folders for which the extension is asked; nil until they are set.
     NS_PROPERTY(NS::Set, directoryURLs, setDirectoryURLs)
-    // File URLs of the selected items, in order; nil is no selection.
-    NS_PROPERTY(NS::Array, selectedItemURLs, setSelectedItemURLs)
+    // The selected items; nil is no selection.
+    NS_PROPERTY(Selection, selection, setSelection)
+    // The same as file URLs, in order.
+    NS::RefPtr<NS::Array> selectedItemURLs() const;
+    void setSelectedItemURLs(const NS::RefPtr<NS::Array>& urls);
     // File URL of the folder whose window or background is meant; nil when there is none.
     NS_PROPERTY(NS::URL, targetedURL, setTargetedURL)
 };

@@ -3,10 +3,12 @@
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/FileFolder.h"
 #include "Platform/Foundation/FileHandle.h"
 #include "Platform/Foundation/String.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 namespace NS {
@@ -46,6 +48,8 @@ class FileManager {
     // The names of a folder's entries in the order in which the file system returns them, hidden
     // ones included, without "." and "..". Nil when the folder cannot be read.
     virtual RefPtr<Array> contentsOfDirectoryAtPath(const String& path) = 0;
+    // A folder whose entries are many, to be asked for by their names. Null when it cannot be read.
+    virtual std::unique_ptr<FileFolder> folderAtPath(const String& path);
     // A regular file's bytes. Nil when it cannot be read, or is longer than kLongestContents.
     virtual RefPtr<Data> contentsAtPath(const String& path) = 0;
 

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/FormatConversion.h"
 #include "Platform/Foundation/StringBuilder.h"
+#include "Platform/Foundation/Utf8.h"
 
 #include <charconv>
 #include <cstddef>
@@ -21,11 +22,15 @@ namespace {
 
 // Wider or more precise than this is a mistake, and would only eat memory.
 constexpr std::size_t kWidthLimit = 1 << 16;
+// What a format's arguments mostly come to, in characters.
+constexpr std::size_t kUsualArguments = 64;
 
 class Formatter {
   public:
     Formatter(std::string_view format, std::span<const FormatArgument> arguments)
-        : format_(format), rest_(format), arguments_(arguments) {}
+        : format_(format), rest_(format), arguments_(arguments) {
+        out_.reserve(format.size() + kUsualArguments);
+    }
 
     Ref<String> run() {
         while (!rest_.empty()) {
@@ -42,7 +47,9 @@ class Formatter {
 
   private:
     void appendLiteral(std::string_view bytes) {
-        if (!bytes.empty()) {
+        if (Utf8::isAscii(bytes)) {
+            out_.appendAscii(bytes);
+        } else {
             out_.append(*String::fromFileSystemRepresentation(bytes));
         }
     }

@@ -12,6 +12,9 @@ namespace NS {
 // ASCII.
 class StringBuilder {
   public:
+    // Makes room for so many characters, which saves time where about as many follow.
+    void reserve(std::size_t length) { narrow_.reserve(length); }
+
     void append(const String& text);
     void append(char asciiCharacter) { appendAscii({&asciiCharacter, 1}); }
     void appendAscii(std::string_view characters);

@@ -18,6 +18,16 @@ TEST_F(StringBuilder, StartsEmpty) {
     EXPECT_EQ(text(), "");
 }
 
+TEST_F(StringBuilder, KeepsItsTextWhenItMakesRoom) {
+    builder.appendAscii("ab");
+    builder.reserve(1000);
+    builder.append('c');
+    EXPECT_EQ(text(), "abc");
+    builder.appendUnit(u'\xE9');
+    builder.reserve(10);
+    EXPECT_EQ(text(), "abc\xC3\xA9");
+}
+
 TEST_F(StringBuilder, StaysNarrowForAscii) {
     builder.append('a');
     builder.appendAscii("bc");

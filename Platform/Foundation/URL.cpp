@@ -230,7 +230,11 @@ Ref<URL> URL::fileURLWithPath(const RefPtr<String>& path) {
     if (!bytes.ends_with('/') && std::filesystem::is_directory(bytes, ignored)) {
         bytes += '/';
     }
-    return make<URL>(String::fromAscii(std::string(kFileScheme) + percentEncoded(bytes)), nullptr);
+    return fileURLWithFileSystemRepresentation(bytes);
+}
+
+Ref<URL> URL::fileURLWithFileSystemRepresentation(std::string_view path) {
+    return make<URL>(String::fromAscii(std::string(kFileScheme) + percentEncoded(path)), nullptr);
 }
 
 RefPtr<URL> URL::URLWithString(const String& text) {

@@ -15,6 +15,9 @@ class URL final : public Object {
     // stands is percent-encoded, also in names that are not UTF-8. Raises
     // NSInvalidArgumentException for nil.
     static Ref<URL> fileURLWithPath(const RefPtr<String>& path);
+    // The file URL of an absolute path in the bytes of the file system, which is not looked at: it
+    // is taken as it stands.
+    static Ref<URL> fileURLWithFileSystemRepresentation(std::string_view path);
     // Nil for text that no URL can be.
     static RefPtr<URL> URLWithString(const String& text);
     static RefPtr<URL> URLWithString_relativeToURL(const String& text, RefPtr<URL> base);

@@ -34,6 +34,17 @@ TEST_F(URL, OfAFileEncodesWhatAURLDoesNotHold) {
     EXPECT_EQ(text(file("/x-._~!$&'()*+,=@y")->absoluteString()), "file:///x-._~!$&'()*+,=@y");
 }
 
+TEST_F(URL, OfFileSystemBytesTakesThemAsTheyStand) {
+    const auto here = NS::URL::fileURLWithFileSystemRepresentation("/");
+    EXPECT_EQ(text(here->absoluteString()), "file:///");
+    const auto odd = NS::URL::fileURLWithFileSystemRepresentation("/usr/a b/\xFF");
+    EXPECT_EQ(text(odd->absoluteString()), "file:///usr/a%20b/%FF");
+    EXPECT_EQ(odd->path()->fileSystemRepresentation(), "/usr/a b/\xFF");
+    // A folder that is there, and would get a slash as a path.
+    EXPECT_EQ(text(NS::URL::fileURLWithFileSystemRepresentation("/usr")->absoluteString()),
+              "file:///usr");
+}
+
 TEST_F(URL, OfAFileGivesItsPathBackByteForByte) {
     std::string everyByte = "/";
     for (int byte = 1; byte < 256; ++byte) {

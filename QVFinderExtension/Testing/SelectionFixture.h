@@ -48,6 +48,22 @@ class SelectionTest : public LinkTest {
         }
         select(absolute);
     }
+    // The same as paths, the form in which many come.
+    static void selectPaths(const std::vector<std::string>& paths) {
+        std::string bytes;
+        for (const std::string& path : paths) {
+            bytes.append(path).push_back('\0');
+        }
+        controller()->setSelection(
+            FI::Selection::selectionWithPaths(NS::Data::dataWithBytes(NS::bytesOf(bytes))));
+    }
+    static void selectPathsOnDrive(const std::vector<std::string>& paths) {
+        std::vector<std::string> absolute;
+        for (const std::string& path : paths) {
+            absolute.push_back(kDrive + path);
+        }
+        selectPaths(absolute);
+    }
     static void target(const char* path) {
         controller()->setTargetedURL(path != nullptr ? NS::RefPtr<NS::URL>(urlOf(path)) : nullptr);
     }

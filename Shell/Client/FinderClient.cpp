@@ -74,7 +74,7 @@ class FinderClient::Session {
     }
 
     // What can be asked about a place, as things are now; nothing, and the outcome, when nothing.
-    std::optional<PlaceURLs> offered(MenuKind kind, const Place& place, Outcome& outcome) {
+    std::optional<OfferedPlace> offered(MenuKind kind, const Place& place, Outcome& outcome) {
         connection.serve();
         handled();
         outcome = Outcome::kAbsent;
@@ -196,14 +196,14 @@ FinderClient::MenuAnswer FinderClient::menu(MenuKind kind, const Place& place,
                                             milliseconds timeout) {
     const auto deadline = deadlineAfter(timeout);
     MenuAnswer answer;
-    const auto urls = session_->offered(kind, place, answer.outcome);
-    if (!urls) {
+    const auto offered = session_->offered(kind, place, answer.outcome);
+    if (!offered) {
         return answer;
     }
-    Question question(session_->connection, session_->extension, "Menu");
+    Question question(session_->connection, session_->extension, "MenuOfPaths");
     question.append(static_cast<std::uint64_t>(kind));
-    question.append(urls->items);
-    question.append(urls->target);
+    question.appendBytes(offered->items);
+    question.appendBytes(offered->target);
     answer.outcome = session_->ask(question, deadline);
     if (answer.outcome == Outcome::kDone) {
         answer.menu = question.menu();
@@ -216,15 +216,15 @@ Outcome FinderClient::run(MenuKind kind, std::string_view action, const Place& p
                           milliseconds timeout) {
     const auto deadline = deadlineAfter(timeout);
     Outcome outcome = Outcome::kAbsent;
-    const auto urls = session_->offered(kind, place, outcome);
-    if (!urls) {
+    const auto offered = session_->offered(kind, place, outcome);
+    if (!offered) {
         return outcome;
     }
-    Question question(session_->connection, session_->extension, "Run");
+    Question question(session_->connection, session_->extension, "RunOnPaths");
     question.append(static_cast<std::uint64_t>(kind));
     question.append(action);
-    question.append(urls->items);
-    question.append(urls->target);
+    question.appendBytes(offered->items);
+    question.appendBytes(offered->target);
     question.append(microsecondsOf(deadline));
     return session_->ask(question, deadline + kGrace);
 }

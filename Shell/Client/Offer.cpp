@@ -1,7 +1,8 @@
 #include "Shell/Client/Offer.h"
 
-#include "Shell/Client/FileURLText.h"
 #include "Shell/Client/WatchedFolders.h"
+
+#include <utility>
 
 namespace Shell {
 
@@ -15,26 +16,37 @@ bool isHarmful(Where where) {
 }
 
 struct Seen {
-    PlaceURLs urls; // without harmful items
+    OfferedPlace place; // without harmful items
     bool hasHarmfulItem = false;
     bool hasItemInside = false;
 };
 
+// With a NUL behind each.
+std::size_t lengthOf(const std::vector<std::string>& paths) {
+    std::size_t length = 0;
+    for (const std::string& path : paths) {
+        length += path.size() + 1;
+    }
+    return length;
+}
+
 Seen look(const std::vector<std::string>& watchedFolders, const Place& place) {
     WatchedFolders watched(watchedFolders);
     Seen seen;
-    seen.urls.items.reserve(place.items.size());
+    seen.place.items.reserve(lengthOf(place.items));
     for (const std::string& item : place.items) {
-        const Placing placing = watched.placeItem(item);
-        if (isHarmful(placing.where)) {
+        const std::size_t length = seen.place.items.size();
+        const Where where = watched.appendItem(item, seen.place.items);
+        if (isHarmful(where)) {
             seen.hasHarmfulItem = true;
+            seen.place.items.resize(length);
             continue;
         }
-        seen.hasItemInside = seen.hasItemInside || placing.where == Where::kInside;
-        seen.urls.items.push_back(fileURLOf(placing.path));
+        seen.hasItemInside = seen.hasItemInside || where == Where::kInside;
+        seen.place.items.push_back('\0');
     }
-    if (const Placing target = watched.placeFolder(place.target); target.isOnDrive()) {
-        seen.urls.target = fileURLOf(target.path);
+    if (Placing target = watched.placeFolder(place.target); target.isOnDrive()) {
+        seen.place.target = std::move(target.path);
     }
     return seen;
 }
@@ -44,7 +56,7 @@ bool isOffered(MenuKind kind, const Seen& seen) {
     case MenuKind::kToolbar:
         return true;
     case MenuKind::kContainer:
-        return !seen.hasHarmfulItem && !seen.urls.target.empty();
+        return !seen.hasHarmfulItem && !seen.place.target.empty();
     default:
         return !seen.hasHarmfulItem && seen.hasItemInside;
     }
@@ -52,13 +64,13 @@ bool isOffered(MenuKind kind, const Seen& seen) {
 
 } // namespace
 
-std::optional<PlaceURLs> offeredPlace(const std::vector<std::string>& watchedFolders, MenuKind kind,
-                                      const Place& place) {
+std::optional<OfferedPlace> offeredPlace(const std::vector<std::string>& watchedFolders,
+                                         MenuKind kind, const Place& place) {
     Seen seen = look(watchedFolders, place);
     if (!isOffered(kind, seen)) {
         return std::nullopt;
     }
-    return std::move(seen.urls);
+    return std::move(seen.place);
 }
 
 } // namespace Shell

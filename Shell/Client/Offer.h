@@ -8,18 +8,18 @@
 
 namespace Shell {
 
-// What a place is to the extension: its items and its target as file URLs.
-struct PlaceURLs {
-    std::vector<std::string> items;
+// What a place is to the extension: absolute paths, spelled as it spells them.
+struct OfferedPlace {
+    std::string items;  // a NUL behind each
     std::string target; // empty for none
 
-    bool operator==(const PlaceURLs&) const = default;
+    bool operator==(const OfferedPlace&) const = default;
 };
 
 // The place as the extension is asked about it, or nothing when the menu of that kind is not
 // offered there: the rules that FinderClient::isOffered() tells. A target that is in no watched
 // folder is none.
-std::optional<PlaceURLs> offeredPlace(const std::vector<std::string>& watchedFolders, MenuKind kind,
-                                      const Place& place);
+std::optional<OfferedPlace> offeredPlace(const std::vector<std::string>& watchedFolders,
+                                         MenuKind kind, const Place& place);
 
 } // namespace Shell

@@ -27,17 +27,6 @@ constexpr ErrorOutcome kErrors[] = {
     {"org.freedesktop.DBus.Error.Disconnected",   Outcome::kAbsent   },
 };
 
-// A text takes its length, its bytes, a NUL, and up to three bytes that align the next one.
-std::size_t sizeOnBus(const std::vector<std::string>& texts) {
-    std::size_t size = 0;
-    std::size_t last = 0;
-    for (const std::string& text : texts) {
-        last = text.size() + 5;
-        size += (last + 3) / 4 * 4;
-    }
-    return size - ((last + 3) / 4 * 4 - last);
-}
-
 } // namespace
 
 Outcome outcomeOf(sd_bus_message* reply) {
@@ -89,20 +78,13 @@ void Question::append(std::string_view text) {
     }
 }
 
-void Question::append(const std::vector<std::string>& texts) {
-    if (sizeOnBus(texts) > kLongestArray) {
+void Question::appendBytes(std::string_view bytes) {
+    if (bytes.size() > kLongestArray) {
         check(-EMSGSIZE);
     }
     if (failure_ == 0) {
-        check(sd_bus_message_open_container(call_.get(), SD_BUS_TYPE_ARRAY, "s"));
-    }
-    for (const std::string& text : texts) {
-        if (failure_ == 0) {
-            check(sd_bus_message_append_basic(call_.get(), SD_BUS_TYPE_STRING, text.c_str()));
-        }
-    }
-    if (failure_ == 0) {
-        check(sd_bus_message_close_container(call_.get()));
+        check(
+            sd_bus_message_append_array(call_.get(), SD_BUS_TYPE_BYTE, bytes.data(), bytes.size()));
     }
 }
 

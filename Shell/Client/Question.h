@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace Shell {
 
@@ -24,7 +23,7 @@ class Question {
     // The arguments, in their order. What does not fit a message, or is no text, ask() tells.
     void append(std::uint64_t number);
     void append(std::string_view text);
-    void append(const std::vector<std::string>& texts);
+    void appendBytes(std::string_view bytes);
 
     // Sends it and waits for the answer: not longer than until the deadline, nor when the extension
     // goes.

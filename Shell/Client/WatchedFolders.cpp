@@ -1,5 +1,6 @@
 #include "Shell/Client/WatchedFolders.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -38,6 +39,11 @@ std::string joined(std::string_view folder, std::string_view name) {
     std::string path;
     path.reserve(folder.size() + 1 + name.size());
     return path.append(folder == "/" ? "" : folder).append("/").append(name);
+}
+
+// With a slash at its end a link is the folder that it leads to, as "." and ".." are folders.
+bool isFolderItself(std::string_view name) {
+    return name.empty() || name == "." || name == "..";
 }
 
 bool isBelow(std::string_view path, std::string_view folder) {
@@ -92,20 +98,66 @@ Placing WatchedFolders::placeItem(std::string_view path) {
     }
     const std::size_t slash = path.rfind('/');
     const std::string_view name = path.substr(slash + 1);
-    // With a slash at its end a link is the folder that it leads to, as "." and ".." are folders.
-    if (name.empty() || name == "." || name == "..") {
+    if (isFolderItself(name)) {
         return placeResolved(resolved(path));
     }
-    return placeResolved(joined(resolvedFolder(path.substr(0, slash)), name));
+    const auto& [given, known] = folder(path.substr(0, slash));
+    return placeResolved(joined(known.resolved, name));
 }
 
-const std::string& WatchedFolders::resolvedFolder(std::string_view folder) {
-    const auto known = resolvedFolders_.find(folder);
-    if (known != resolvedFolders_.end()) {
-        return known->second;
+Where WatchedFolders::appendItem(std::string_view path, std::string& paths) {
+    if (const std::string_view name = nameInLastFolder(path); !name.empty()) {
+        paths.append(lastFolder_->second.inside).append(name);
+        return Where::kInside;
     }
-    std::string real = resolved(folder.empty() ? "/" : folder);
-    return resolvedFolders_.emplace(folder, std::move(real)).first->second;
+    const Placing placing = placeItem(path);
+    paths.append(placing.path);
+    if (placing.where == Where::kInside) {
+        const auto& items = folder(path.substr(0, path.rfind('/')));
+        lastFolder_ = items.second.inside.empty() ? nullptr : &items;
+    }
+    return placing.where;
+}
+
+// Empty unless the item is in the last folder, and has a name of its own there.
+std::string_view WatchedFolders::nameInLastFolder(std::string_view path) const {
+    if (lastFolder_ == nullptr) {
+        return {};
+    }
+    const std::string& given = lastFolder_->first;
+    if (path.size() <= given.size() || path[given.size()] != '/' || !path.starts_with(given)) {
+        return {};
+    }
+    const std::string_view name = path.substr(given.size() + 1);
+    const bool isName = name.find('/') == std::string_view::npos &&
+                        name.find('\0') == std::string_view::npos && !isFolderItself(name);
+    return isName ? name : std::string_view();
+}
+
+// Whether a watched folder is an item of this one, by either of its paths.
+bool WatchedFolders::holdsWatched(std::string_view folder) const {
+    const auto isItem = [&](std::string_view path) {
+        return isBelow(path, folder) &&
+               path.find('/', folder == "/" ? 1 : folder.size() + 1) == std::string_view::npos;
+    };
+    return std::ranges::any_of(watched_, [&](const Watched& watched) {
+        return isItem(watched.spelling) || isItem(watched.resolved);
+    });
+}
+
+const WatchedFolders::Folders::value_type& WatchedFolders::folder(std::string_view path) {
+    const auto known = folders_.find(path);
+    if (known != folders_.end()) {
+        return *known;
+    }
+    Folder folder{resolved(path.empty() ? "/" : path), {}};
+    // Where an item of any name lies: no watched folder is called like this one.
+    Placing any = placeResolved(joined(folder.resolved, "."));
+    if (any.where == Where::kInside && !holdsWatched(folder.resolved)) {
+        any.path.pop_back();
+        folder.inside = std::move(any.path);
+    }
+    return *folders_.emplace(path, std::move(folder)).first;
 }
 
 } // namespace Shell

@@ -38,6 +38,9 @@ class WatchedFolders {
     Placing placeFolder(std::string_view path) const;
     // An item, which is not followed itself, and need not exist.
     Placing placeItem(std::string_view path);
+    // The same for one of many: appends the path to others, which takes little for an item beside
+    // the one before it.
+    Placing::Where appendItem(std::string_view path, std::string& paths);
 
   private:
     struct Watched {
@@ -45,11 +48,23 @@ class WatchedFolders {
         std::string resolved;
     };
 
+    // A folder that items are in.
+    struct Folder {
+        std::string resolved;
+        // With a slash at its end, as the extension spells it, where every item in it is inside;
+        // else empty.
+        std::string inside;
+    };
+    using Folders = std::map<std::string, Folder, std::less<>>;
+
     Placing placeResolved(std::string path) const;
-    const std::string& resolvedFolder(std::string_view folder);
+    bool holdsWatched(std::string_view folder) const;
+    const Folders::value_type& folder(std::string_view path);
+    std::string_view nameInLastFolder(std::string_view path) const;
 
     std::vector<Watched> watched_;
-    std::map<std::string, std::string, std::less<>> resolvedFolders_;
+    Folders folders_;
+    const Folders::value_type* lastFolder_ = nullptr; // of an item that was inside
 };
 
 } // namespace Shell

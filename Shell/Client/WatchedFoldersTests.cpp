@@ -5,10 +5,42 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 
 namespace {
 
 using Where = Shell::Placing::Where;
+
+// Items in folders of all kinds, mostly beside the one before.
+constexpr const char* kPaths[] = {
+    "@/data/drive/a",
+    "@/data/drive/b",
+    "@/data/drive/docs",
+    "@/data/drive/docs/",
+    "@/data/drive/c",
+    "@/data/drive/.",
+    "@/data/drive/docs/new",
+    "@/data/drive/docs/x",
+    "@/data/drive/docs/../note.txt",
+    "@/data/drive/out",
+    "@/data/drive/out/a",
+    "@/data/drive/out/b",
+    "@/data/drive2/a",
+    "@/data/drive2",
+    "@/data/drive",
+    "@/data/drive/",
+    "@/link/a",
+    "@/link/b",
+    "@/link",
+    "@/data/drive/self/a",
+    "@/data/drive//d",
+    "@/data/drive/e",
+    "relative",
+    "",
+    "@/data/drive/\xFF",
+    "@/data/drive/f",
+    "@/data/drivel",
+};
 
 // Paths begin with "@", which stands for the test's own folder; "@" has
 //   data/drive/ with docs/ and note.txt, data/drive2/, desk/,
@@ -44,6 +76,27 @@ class WatchedFolders : public Tests::FolderTest {
     std::string item(const std::string& path) {
         return brief(Shell::WatchedFolders(watched()).placeItem(full(path)));
     }
+    // Of many, each where it is placed and what it adds to the others' paths.
+    std::vector<std::string> items(const std::vector<std::string>& paths) {
+        Shell::WatchedFolders placing(watched());
+        std::vector<std::string> placed;
+        for (const std::string& path : paths) {
+            std::string appended = "others";
+            const Where where = placing.appendItem(full(path), appended);
+            EXPECT_TRUE(appended.starts_with("others"));
+            placed.push_back(brief({where, appended.substr(6)}));
+        }
+        return placed;
+    }
+    void expectItemsPlacedAsEach(std::vector<std::string> watchedFolders) {
+        spellings = std::move(watchedFolders);
+        const std::vector<std::string> paths(std::begin(kPaths), std::end(kPaths));
+        std::vector<std::string> each;
+        for (const std::string& path : paths) {
+            each.push_back(item(path));
+        }
+        EXPECT_EQ(items(paths), each) << testing::PrintToString(spellings);
+    }
     std::string folder(const std::string& path) {
         return brief(Shell::WatchedFolders(watched()).placeFolder(full(path)));
     }
@@ -74,6 +127,23 @@ TEST_F(WatchedFolders, DoNotHoldThemselvesHoweverSpelled) {
           "@/data/drive/new/.."}) {
         EXPECT_EQ(item(spelling), "watched @/data/drive") << spelling;
     }
+}
+
+TEST_F(WatchedFolders, PlaceItemsOfOneFolderAsTheyPlaceEach) {
+    expectItemsPlacedAsEach({"@/data/drive"});
+    expectItemsPlacedAsEach({"@/link"});
+    expectItemsPlacedAsEach({"@/data/drive/docs"});
+    expectItemsPlacedAsEach({"@/data/drive", "@/data/drive/docs"});
+    expectItemsPlacedAsEach({"@/data", "@/data/drive/docs"});
+    expectItemsPlacedAsEach({"@/data/drive/docs/new", "@/data"});
+    expectItemsPlacedAsEach({"/"});
+}
+
+TEST_F(WatchedFolders, PlaceNoItemWithANULBesideOthers) {
+    const std::string cut("@/data/drive/b\0c", 16);
+    EXPECT_EQ(
+        items({"@/data/drive/a", cut, "@/data/drive/d"}),
+        (std::vector<std::string>{"inside @/data/drive/a", "nowhere", "inside @/data/drive/d"}));
 }
 
 TEST_F(WatchedFolders, AreNotHeldByALinkThatIsAnItem) {

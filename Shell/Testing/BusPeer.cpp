@@ -93,6 +93,10 @@ void appendPlace(sd_bus_message* call, const PlaceArguments& place) {
     require(sd_bus_message_append(call, "s", place.target.c_str()), "a target");
 }
 
+void appendBytes(sd_bus_message* call, std::string_view bytes) {
+    require(sd_bus_message_append_array(call, 'y', bytes.data(), bytes.size()), "bytes");
+}
+
 } // namespace
 
 BusPeer::BusPeer() {
@@ -124,6 +128,25 @@ std::string BusPeer::run(std::uint64_t kind, const std::string& action, const Pl
     return call("Run", [&](sd_bus_message* call) {
         require(sd_bus_message_append(call, "ts", kind, action.c_str()), "an action");
         appendPlace(call, place);
+        require(sd_bus_message_append(call, "t", deadline), "a deadline");
+    });
+}
+
+std::string BusPeer::menuOfPaths(std::uint64_t kind, std::string_view selection,
+                                 std::string_view target) {
+    return call("MenuOfPaths", [&](sd_bus_message* call) {
+        require(sd_bus_message_append(call, "t", kind), "a kind");
+        appendBytes(call, selection);
+        appendBytes(call, target);
+    });
+}
+
+std::string BusPeer::runOnPaths(const std::string& action, std::string_view selection,
+                                std::string_view target, std::uint64_t deadline) {
+    return call("RunOnPaths", [&](sd_bus_message* call) {
+        require(sd_bus_message_append(call, "ts", 0UL, action.c_str()), "an action");
+        appendBytes(call, selection);
+        appendBytes(call, target);
         require(sd_bus_message_append(call, "t", deadline), "a deadline");
     });
 }

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Tests {
@@ -34,6 +35,11 @@ class BusPeer final : public Shell::BusConnection::Delegate {
     std::string menu(std::uint64_t kind, const PlaceArguments& place);
     std::string run(std::uint64_t kind, const std::string& action, const PlaceArguments& place,
                     std::uint64_t deadline = 0);
+    // The same in bytes: the selection's paths with their NULs, and the target's.
+    std::string menuOfPaths(std::uint64_t kind, std::string_view selection,
+                            std::string_view target);
+    std::string runOnPaths(const std::string& action, std::string_view selection,
+                           std::string_view target, std::uint64_t deadline = 0);
     std::string beginObserving(const std::string& folder, bool untilCallerGoes);
     std::string endObserving(const std::string& folder);
     std::string property(const char* name);

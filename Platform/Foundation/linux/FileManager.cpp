@@ -1,6 +1,8 @@
 #include "Platform/Foundation/FileManager.h"
 
 #include "Platform/Foundation/linux/FileDescriptor.h"
+#include "Platform/Foundation/linux/FileTimes.h"
+#include "Platform/Foundation/linux/SystemFolder.h"
 #include "Platform/Foundation/linux/SystemPath.h"
 
 #include <algorithm>
@@ -22,20 +24,6 @@ namespace NS {
 namespace {
 
 constexpr mode_t kFolderMode = 0700;
-
-Ref<Date> dateOf(const statx_timestamp& time) {
-    return Date::dateWithTimeIntervalSince1970(static_cast<double>(time.tv_sec) +
-                                               static_cast<double>(time.tv_nsec) * 1e-9);
-}
-
-Ref<Date> creationDateOf(const struct statx& status) {
-    if ((status.stx_mask & STATX_BTIME) != 0) {
-        return dateOf(status.stx_btime);
-    }
-    const Ref<Date> modified = dateOf(status.stx_mtime);
-    const Ref<Date> changed = dateOf(status.stx_ctime);
-    return modified->compare(*changed) < 0 ? modified : changed;
-}
 
 FileAttributes::Kind kindOf(mode_t mode) noexcept {
     switch (mode & S_IFMT) {
@@ -112,11 +100,12 @@ class SystemFileManager final : public FileManager {
     std::optional<FileAttributes> attributesOfItemAtPath(const String& path) override {
         struct statx status {};
         if (::statx(AT_FDCWD, SystemPath(path).c_str(), AT_SYMLINK_NOFOLLOW,
-                    STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+                    STATX_BASIC_STATS | kFileTimes, &status) != 0) {
             return std::nullopt;
         }
-        return FileAttributes{kindOf(status.stx_mode), status.stx_size, creationDateOf(status),
-                              dateOf(status.stx_mtime)};
+        return FileAttributes{kindOf(status.stx_mode), status.stx_size,
+                              Date::dateWithTimeIntervalSince1970(creationSecondsOf(status)),
+                              Date::dateWithTimeIntervalSince1970(secondsOf(status.stx_mtime))};
     }
 
     RefPtr<Array> contentsOfDirectoryAtPath(const String& path) override {
@@ -133,6 +122,10 @@ class SystemFileManager final : public FileManager {
             }
         }
         return names;
+    }
+
+    std::unique_ptr<FileFolder> folderAtPath(const String& path) override {
+        return openSystemFolder(path);
     }
 
     RefPtr<Data> contentsAtPath(const String& path) override {

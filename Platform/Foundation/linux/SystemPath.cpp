@@ -1,14 +1,12 @@
 #include "Platform/Foundation/linux/SystemPath.h"
 
-#include <algorithm>
-
 namespace NS {
 
 SystemPath::SystemPath(const String& path) {
     const std::string_view ascii = path.ascii();
     std::size_t length = ascii.size();
     if (path.isAscii() && length < short_.size()) {
-        *std::ranges::copy(ascii, short_.begin()).out = '\0';
+        short_[ascii.copy(short_.data(), length)] = '\0';
         text_ = short_.data();
     } else {
         long_ = path.fileSystemRepresentation();

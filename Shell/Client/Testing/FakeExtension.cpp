@@ -3,6 +3,7 @@
 #include "Shell/FinderInterface.h"
 #include "Tests/Support/Process.h"
 
+#include <algorithm>
 #include <future>
 #include <poll.h>
 #include <stdexcept>
@@ -25,6 +26,22 @@ void require(int result, const char* what) {
     if (result < 0) {
         throw std::runtime_error(std::string("the bus refuses: ") + what);
     }
+}
+
+std::string bytesOf(sd_bus_message* call) {
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    require(sd_bus_message_read_array(call, 'y', &bytes, &size), "bytes");
+    return {static_cast<const char*>(bytes), size};
+}
+
+// Paths with a NUL behind each, as "[/a /b]".
+std::string selectionOf(std::string paths) {
+    if (!paths.empty() && paths.back() == '\0') {
+        paths.pop_back();
+    }
+    std::ranges::replace(paths, '\0', ' ');
+    return "[" + paths + "]";
 }
 
 } // namespace
@@ -221,13 +238,8 @@ std::string FakeExtension::argumentsOf(sd_bus_message* call) {
             text += flag != 0 ? " true" : " false";
             break;
         case 'a':
-            require(sd_bus_message_enter_container(call, type, contents), "a selection");
-            text += " [";
-            while (sd_bus_message_read_basic(call, 's', &value) > 0) {
-                text += (text.ends_with('[') ? "" : " ") + std::string(value);
-            }
-            text += "]";
-            require(sd_bus_message_exit_container(call), "the end of it");
+            text += " " + (text.find('[') == std::string::npos ? selectionOf(bytesOf(call))
+                                                               : bytesOf(call));
             break;
         default:
             require(sd_bus_message_read_basic(call, 's', &value), "a text");
@@ -243,7 +255,7 @@ void FakeExtension::answer(sd_bus_message* call) {
         (void)sd_bus_reply_method_errorf(call, error_.c_str(), "%s", message_.c_str());
     } else if (member == "GetAll") {
         answerProperties(call);
-    } else if (member == "Menu") {
+    } else if (member == "MenuOfPaths") {
         answerMenu(call);
     } else {
         (void)sd_bus_reply_method_return(call, "");

@@ -42,7 +42,7 @@ class FakeExtension {
     void refuseWith(std::string error, std::string message);
     void setImageFile(std::string url);
     void setMenu(Shell::Menu menu);
-    // Answers Menu with a number.
+    // Answers a menu with a number.
     void setMenuMalformed();
 
     // Tell their change; the bus has it when they return.
@@ -51,10 +51,10 @@ class FakeExtension {
     void changeToolTip(std::string toolTip);
     void changeHostAnswers(bool value);
 
-    // "Menu 0 [file:///a file:///b] file:///t", "BeginObserving file:///a true", and so on.
+    // "MenuOfPaths 0 [/a /b] /t", "BeginObserving file:///a true", and so on.
     std::vector<std::string> calls();
     bool waitForCalls(std::size_t count);
-    // What the last Run had, in microseconds.
+    // What the last command had, in microseconds.
     std::uint64_t deadline();
 
   private:
