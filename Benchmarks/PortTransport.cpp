@@ -51,15 +51,15 @@ class Happening {
   public:
     void happen() noexcept { happened_ = true; }
     void await() {
-        const auto farAway = NS::Date::dateWithTimeIntervalSinceNow(3600);
         while (!happened_) {
-            (void)NS::RunLoop::currentRunLoop()->runMode_beforeDate(NS::RunLoopMode::kDefault,
-                                                                    *farAway);
+            (void)loop_->runMode_beforeDate(NS::RunLoopMode::kDefault, farAway_);
         }
         happened_ = false;
     }
 
   private:
+    NS::Ref<NS::RunLoop> loop_ = NS::RunLoop::currentRunLoop();
+    NS::Ref<NS::Date> farAway_ = NS::Date::dateWithTimeIntervalSinceNow(86400);
     bool happened_ = false;
 };
 

@@ -100,7 +100,7 @@ void start(benchmark::State& state) {
         const int program = startBeside(Side::kProgram);
         side.awaitProgram();
         state.SetIterationTime(processorTimeOf(program));
-        killProgram(program);
+        endProgram(program);
     }
 }
 
@@ -127,7 +127,7 @@ void rest(benchmark::State& state) {
         side.awaitProgram();
         side.awaitRest();
         state.counters["resident"] = static_cast<double>(settledBytesOf(program));
-        killProgram(program);
+        endProgram(program);
     }
 }
 

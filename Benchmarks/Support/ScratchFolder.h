@@ -4,8 +4,9 @@
 
 namespace Benchmarks {
 
-// A folder that goes with this object. While it lives, the programs of this tree keep everything in
-// it: it is the process's home, run-time and data folder, and the session bus's place.
+// A folder in memory that goes with this object. While it lives, the programs of this tree keep
+// everything in it: it is the process's home, run-time and data folder, and the session bus's
+// place.
 class ScratchFolder {
   public:
     ScratchFolder();

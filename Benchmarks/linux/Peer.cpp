@@ -55,8 +55,8 @@ int startProgram(const std::filesystem::path& program, const std::vector<std::st
     return spawn(program, arguments, -1);
 }
 
-void killProgram(int process) {
-    (void)::kill(process, SIGKILL); // it may have ended
+void endProgram(int process) {
+    (void)::kill(process, SIGTERM); // it may have ended
     (void)::waitpid(process, nullptr, 0);
 }
 
@@ -112,7 +112,8 @@ void Peer::awaitReady() {
 
 void Peer::kill() {
     if (pid_ >= 0) {
-        killProgram(std::exchange(pid_, -1));
+        sendKill();
+        (void)::waitpid(std::exchange(pid_, -1), nullptr, 0);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace Benchmarks {
@@ -13,10 +14,13 @@ constexpr const char* kVariables[] = {
     "HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR",
 };
 
+// Where a session's run-time folder is too: a disk would add its own time.
+constexpr std::string_view kInMemory = "/dev/shm";
+
 } // namespace
 
 ScratchFolder::ScratchFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "quorvane-XXXXXX").string();
+    std::string name = std::string(kInMemory) + "/quorvane-XXXXXX";
     if (::mkdtemp(name.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), name);
     }

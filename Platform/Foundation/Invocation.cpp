@@ -3,11 +3,22 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Format.h"
 
+#include <algorithm>
+#include <array>
+#include <span>
+
 namespace NS {
 
 constinit const Class MethodSignature::kClass{.name = "NSMethodSignature",
                                               .superclass = &Object::kClass};
 constinit const Class Invocation::kClass{.name = "NSInvocation", .superclass = &Object::kClass};
+
+namespace {
+
+// So many arguments are copied for a call without asking the heap.
+constexpr std::size_t kFew = 4;
+
+} // namespace
 
 RefPtr<MethodSignature> MethodSignature::signatureForSelector(const Object& target,
                                                               Selector selector) {
@@ -56,8 +67,14 @@ void Invocation::invoke() {
     if (operation == nullptr || selector_.argumentCount() != arguments_.size()) {
         raiseUnrecognizedSelector(*target, selector_);
     }
-    const std::vector<RefPtr<Object>> arguments = arguments_;
-    operation->invoke(*target, arguments);
+    if (arguments_.size() <= kFew) {
+        std::array<RefPtr<Object>, kFew> few;
+        std::ranges::copy(arguments_, few.begin());
+        operation->invoke(*target, std::span(few).first(arguments_.size()));
+    } else {
+        const std::vector<RefPtr<Object>> many = arguments_;
+        operation->invoke(*target, many);
+    }
 }
 
 } // namespace NS

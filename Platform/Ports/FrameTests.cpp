@@ -43,7 +43,11 @@ class Frame : public Tests::PortTest {
         text.append(reinterpret_cast<const char*>(lengths.data()), lengths.size() * 8);
         return text.append(bytes);
     }
+    // A packet that an announcement goes before, when it has a file.
     static void sendRaw(const NS::FileDescriptor& socket, std::string_view bytes, int file) {
+        if (file >= 0) {
+            sendRaw(socket, packet(announcement(), {}, ""));
+        }
         sendRaw(socket, bytes, std::span<const int>(&file, file >= 0 ? 1 : 0));
     }
     static void sendRaw(const NS::FileDescriptor& socket, std::string_view bytes,
@@ -91,6 +95,11 @@ class Frame : public Tests::PortTest {
         return result;
     }
 
+    static NS::FrameHeader announcement() {
+        NS::FrameHeader result = header(0, 0);
+        result.flags = NS::kFrameAnnouncement;
+        return result;
+    }
     static NS::FrameHeader connectionHeader() {
         NS::FrameHeader result = header(0, 0);
         result.flags = NS::kFrameWithConnection;
@@ -118,7 +127,9 @@ TEST_F(Frame, CutsThePeerOffWhenItIsMalformed) {
     NS::FrameHeader badMagic = header(1, 9);
     badMagic.magic ^= 1;
     NS::FrameHeader badFlags = header(1, 9);
-    badFlags.flags = 4;
+    badFlags.flags = 8;
+    NS::FrameHeader badAnnouncement = announcement();
+    badAnnouncement.replyPort = NS::PortIdentity::random();
     NS::FrameHeader badReserved = header(1, 9);
     badReserved.reserved = 1;
     const std::vector<std::string> malformed = {
@@ -126,6 +137,8 @@ TEST_F(Frame, CutsThePeerOffWhenItIsMalformed) {
         packet(header(1, 9), {1}, "a").substr(0, sizeof(NS::FrameHeader) - 1),
         packet(badMagic, {1}, "a"),
         packet(badFlags, {1}, "a"),
+        packet(badAnnouncement, {}, ""),
+        packet(announcement(), {}, "a"),
         packet(badReserved, {1}, "a"),
         packet(header(1, 9), {1}, ""),
         packet(header(1, 9), {1}, "ab"),
@@ -187,6 +200,58 @@ TEST_F(Frame, IsRefusedFromAFileThatIsNoMemoryFile) {
 TEST_F(Frame, IsRefusedWithADescriptorThatItDoesNotNeed) {
     const auto file = memoryFile("x", kSealed);
     expectCutOff(packet(header(1, 9), {1}, "a"), NS::PortDrop::kMalformedFrame, file.get());
+}
+
+TEST_F(Frame, IsRefusedInAFileThatWasNotAnnounced) {
+    const std::size_t before = Tests::openDescriptors();
+    {
+        const NS::FileDescriptor socket = connect();
+        const std::string body = packet(header(1, 0), {3}, "abc").substr(sizeof(NS::FrameHeader));
+        const auto file = memoryFile(body, kSealed);
+        const int files[] = {file.get()};
+        sendRaw(socket, packet(fileHeader(1, body.size()), {}, ""), files);
+        serveAll();
+        EXPECT_TRUE(isCutOff(socket));
+    }
+    EXPECT_EQ(Tests::openDescriptors(), before);
+}
+
+TEST_F(Frame, LosesADescriptorThatWasNotAnnounced) {
+    const NS::FileDescriptor socket = connect();
+    serveAll();
+    const std::size_t before = Tests::openDescriptors();
+    {
+        const auto file = memoryFile("x", kSealed);
+        const int files[] = {file.get()};
+        sendRaw(socket, packet(header(1, 9), {1}, "a"), files);
+    }
+    serveAll();
+    EXPECT_EQ(receiver.collector->messages.size(), 1U);
+    EXPECT_EQ(Tests::openDescriptors(), before);
+}
+
+TEST_F(Frame, MayFollowAnAnnouncementWithoutADescriptor) {
+    const NS::FileDescriptor socket = connect();
+    for (int i = 0; i < 3; ++i) {
+        sendRaw(socket, packet(announcement(), {}, ""));
+    }
+    sendRaw(socket, packet(header(1, 9), {1}, "a"));
+    sendRaw(socket, packet(header(1, 9), {1}, "b"));
+    ASSERT_TRUE(pump([&] { return receiver.collector->messages.size() == 2; }));
+    EXPECT_EQ(receiver.collector->text(1), "b");
+}
+
+TEST_F(Frame, IsAnnouncedLongBeforeItComes) {
+    const NS::FileDescriptor socket = connect();
+    const std::string body = packet(header(1, 0), {3}, "abc").substr(sizeof(NS::FrameHeader));
+    const auto file = memoryFile(body, kSealed);
+    sendRaw(socket, packet(announcement(), {}, ""));
+    serveAll();
+    const int files[] = {file.get()};
+    sendRaw(socket, packet(fileHeader(1, body.size()), {}, ""), files);
+    serveAll();
+    ASSERT_EQ(receiver.collector->messages.size(), 1U);
+    EXPECT_EQ(receiver.collector->text(0), "abc");
 }
 
 TEST_F(Frame, IsRefusedFromAMemoryFileWithHoles) {
@@ -254,6 +319,7 @@ TEST_F(Frame, CutsThePeerOffWhenItBringsManyDescriptors) {
         const auto file = memoryFile("12345678", kSealed);
         std::array<int, 8> files{};
         files.fill(file.get());
+        sendRaw(socket, packet(announcement(), {}, ""));
         sendRaw(socket, packet(fileHeader(1, 8), {}, ""), files);
         serveAll();
         EXPECT_TRUE(isCutOff(socket));
@@ -294,7 +360,9 @@ TEST_F(Frame, MakesRoomInFilesWhenTheyHaveBeenReceived) {
     const auto large = components({std::string(200'000, 'x')});
     ASSERT_FALSE(NS::sendFrame(out.get(), *large, {}, waiting));
     EXPECT_FALSE(waiting.hasRoomFor(out.get(), NS::PortLimits::kWaitingInFiles));
-    EXPECT_TRUE(std::holds_alternative<NS::Frame>(NS::receiveFrame(in.get())));
+    EXPECT_EQ(std::get<NS::ReceiveState>(NS::receiveFrame(in.get(), NS::Announced::kNo)),
+              NS::ReceiveState::kAnnounced);
+    EXPECT_TRUE(std::holds_alternative<NS::Frame>(NS::receiveFrame(in.get(), NS::Announced::kYes)));
     EXPECT_TRUE(waiting.hasRoomFor(out.get(), NS::PortLimits::kWaitingInFiles));
 }
 

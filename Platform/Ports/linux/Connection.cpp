@@ -145,8 +145,12 @@ void Connection::close() {
 
 void Connection::ready() {
     const Ref<Connection> kept(*this);
-    for (int i = 0; i < PortLimits::kMessagesPerTurn && receiveOne(); ++i) {
+    const int most = turns_.beginTurn();
+    int taken = 0;
+    while (taken < most && receiveOne()) {
+        ++taken;
     }
+    turns_.endTurn(taken);
 }
 
 bool Connection::receiveOne() {
@@ -154,27 +158,39 @@ bool Connection::receiveOne() {
     if (!socket_ || receiver_ == nullptr || !receiver_->isScheduled()) {
         return false;
     }
-    return handle(receiveFrame(socket_.get()));
+    return handle(receiveFrame(socket_.get(), announced_));
 }
 
 bool Connection::handle(Received received) {
+    if (const auto* const state = std::get_if<ReceiveState>(&received)) {
+        return handle(*state);
+    }
+    announced_ = Announced::kNo;
     if (const auto* const frame = std::get_if<Frame>(&received)) {
         return take(*frame);
     }
     if (auto* const socket = std::get_if<FileDescriptor>(&received)) {
         return adopt(std::move(*socket));
     }
-    if (const auto* const drop = std::get_if<PortDrop>(&received)) {
-        return cutOff(*drop);
-    }
-    const auto state = std::get<ReceiveState>(received);
-    if (state == ReceiveState::kLost) {
-        notePortDrop(PortDrop::kNoRoom);
-    }
-    if (state == ReceiveState::kEnd) {
+    return cutOff(std::get<PortDrop>(received));
+}
+
+bool Connection::handle(ReceiveState state) {
+    switch (state) {
+    case ReceiveState::kNothing:
+        return false;
+    case ReceiveState::kEnd:
         close();
+        return false;
+    case ReceiveState::kLost:
+        announced_ = Announced::kNo;
+        notePortDrop(PortDrop::kNoRoom);
+        return true;
+    case ReceiveState::kAnnounced:
+        announced_ = Announced::kYes;
+        return true;
     }
-    return state == ReceiveState::kLost;
+    return false;
 }
 
 bool Connection::take(const Frame& frame) {

@@ -6,6 +6,7 @@
 #include "Platform/Ports/linux/Frame.h"
 #include "Platform/Ports/linux/PortIdentity.h"
 #include "Platform/Ports/linux/RuntimeFolder.h"
+#include "Platform/Ports/linux/Turns.h"
 
 #include <optional>
 #include <string_view>
@@ -59,6 +60,7 @@ class Connection final : public RunLoopSource {
     bool receiveOne();
     // Each does what a packet asks for; false when none can follow it.
     bool handle(Received received);
+    bool handle(ReceiveState state);
     bool take(const Frame& frame);
     // A further connection to the same port.
     bool adopt(FileDescriptor socket);
@@ -69,6 +71,8 @@ class Connection final : public RunLoopSource {
     pid_t peerProcess_;
     PortIdentity peerPort_;
     LocalEndpoint* receiver_ = nullptr;
+    Turns turns_;
+    Announced announced_ = Announced::kNo;
     // The peer's port, once a message named it; refers back to this connection until it is closed.
     RefPtr<MachPort> replyPort_;
     WaitingFiles waiting_;

@@ -29,6 +29,10 @@ inline constexpr std::uint32_t kFrameMagic = 0x31505651;
 inline constexpr std::uint32_t kFrameInMemoryFile = 1;
 // No message: a further connection to the same port is sent along.
 inline constexpr std::uint32_t kFrameWithConnection = 2;
+// No message: the next packet is the one that a descriptor is sent along with. A packet that is not
+// announced so is received without room for any, which is quicker; the kernel closes what it
+// brings.
+inline constexpr std::uint32_t kFrameAnnouncement = 4;
 
 // What waits in a connection's memory files at most, as its sender knows it.
 class WaitingFiles {
@@ -41,11 +45,12 @@ class WaitingFiles {
     std::uint64_t length_ = 0;
 };
 
-// Queues a message as one packet, or says why not. Components are Data objects; anything else
-// raises NSInvalidArgumentException.
+// Queues a message as one packet, after an announcement when it goes in a memory file, or says why
+// not. An announcement whose packet is not queued does no harm. Components are Data objects;
+// anything else raises NSInvalidArgumentException.
 std::optional<PortDrop> sendFrame(int socket, const Array& components,
                                   const PortIdentity& replyPort, WaitingFiles& waiting);
-// Queues one end of a further connection, or says why not.
+// Queues one end of a further connection with its announcement, or says why not.
 std::optional<PortDrop> sendConnectionFrame(int socket, const FileDescriptor& end);
 
 // A message taken apart.
@@ -55,15 +60,19 @@ struct Frame {
 };
 
 enum class ReceiveState : std::uint8_t {
-    kNothing, // there is nothing now
-    kEnd,     // the peer is gone and everything that it sent has been received
-    kLost,    // a message was taken, but this process had no room for what came with it
+    kNothing,   // there is nothing now
+    kEnd,       // the peer is gone and everything that it sent has been received
+    kLost,      // a message was taken, but this process had no room for what came with it
+    kAnnounced, // the next packet is to be taken as an announced one
 };
 
 // A message, a further connection, a state, or why the peer must be cut off.
 using Received = std::variant<Frame, FileDescriptor, ReceiveState, PortDrop>;
 
+// What the packet before told of the next one.
+enum class Announced : bool { kNo, kYes };
+
 // Takes the next packet. Never waits.
-Received receiveFrame(int socket);
+Received receiveFrame(int socket, Announced announced);
 
 } // namespace NS

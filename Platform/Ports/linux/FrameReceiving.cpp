@@ -54,11 +54,12 @@ void takeDescriptors(msghdr& message, Packet& packet) {
     }
 }
 
-// The error that a peer leaves behind when it dies with unread messages of ours stands before what
-// it sent, which is still there.
-ssize_t receiveBehindError(int socket, msghdr& message) {
+// Calls what receives again, when the error is not about a packet: that which a peer leaves behind
+// when it dies with unread messages of ours stands before what it sent, which is still there.
+template <class Receive>
+ssize_t receiveBehindError(Receive&& receive) {
     for (;;) {
-        const ssize_t received = ::recvmsg(socket, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+        const ssize_t received = receive();
         if (received >= 0 || (errno != EINTR && errno != ECONNRESET)) {
             return received;
         }
@@ -66,7 +67,23 @@ ssize_t receiveBehindError(int socket, msghdr& message) {
 }
 
 // Nothing when there is no packet now; a length of 0 at the end of the connection.
-std::optional<Packet> receivePacket(int socket) {
+std::optional<Packet> packetOf(ssize_t received) {
+    std::optional<Packet> packet(std::in_place);
+    if (received < 0) {
+        // Any other error than "not now" is the end of the connection.
+        return errno == EAGAIN ? std::nullopt : std::move(packet);
+    }
+    packet->length = static_cast<std::size_t>(received);
+    packet->cut = packet->length > kPacketLimit;
+    return packet;
+}
+
+std::optional<Packet> receivePlainPacket(int socket) {
+    return packetOf(receiveBehindError(
+        [&] { return ::recv(socket, packetBuffer(), kPacketLimit, MSG_DONTWAIT | MSG_TRUNC); }));
+}
+
+std::optional<Packet> receiveAnnouncedPacket(int socket) {
     // Room for one descriptor more than any packet has.
     alignas(cmsghdr) std::array<char, CMSG_SPACE(2 * sizeof(int))> control;
     iovec buffer{packetBuffer(), kPacketLimit};
@@ -75,16 +92,13 @@ std::optional<Packet> receivePacket(int socket) {
     message.msg_iovlen = 1;
     message.msg_control = control.data();
     message.msg_controllen = control.size();
-    const ssize_t received = receiveBehindError(socket, message);
-    std::optional<Packet> packet(std::in_place);
-    if (received < 0) {
-        // Any other error than "not now" is the end of the connection.
-        return errno == EAGAIN ? std::nullopt : std::move(packet);
+    const ssize_t received = receiveBehindError(
+        [&] { return ::recvmsg(socket, &message, MSG_DONTWAIT | MSG_TRUNC | MSG_CMSG_CLOEXEC); });
+    std::optional<Packet> packet = packetOf(received);
+    if (received >= 0) {
+        packet->rightsLost = (message.msg_flags & MSG_CTRUNC) != 0;
+        takeDescriptors(message, *packet);
     }
-    packet->length = static_cast<std::size_t>(received);
-    packet->cut = (message.msg_flags & MSG_TRUNC) != 0;
-    packet->rightsLost = (message.msg_flags & MSG_CTRUNC) != 0;
-    takeDescriptors(message, *packet);
     return packet;
 }
 
@@ -97,9 +111,10 @@ bool isHungUp(int socket) noexcept {
 bool isHeaderSound(const FrameHeader& header) noexcept {
     const std::uint64_t table = std::uint64_t{header.componentCount} * sizeof(std::uint64_t);
     const bool message = header.flags == 0 || header.flags == kFrameInMemoryFile;
-    const bool connection = header.flags == kFrameWithConnection && header.replyPort.isNone() &&
-                            header.componentCount == 0 && header.bodyLength == 0;
-    return header.magic == kFrameMagic && header.reserved == 0 && (message || connection) &&
+    const bool other =
+        (header.flags == kFrameWithConnection || header.flags == kFrameAnnouncement) &&
+        header.replyPort.isNone() && header.componentCount == 0 && header.bodyLength == 0;
+    return header.magic == kFrameMagic && header.reserved == 0 && (message || other) &&
            header.componentCount <= PortLimits::kComponents &&
            header.bodyLength <= PortLimits::kBody && header.bodyLength >= table;
 }
@@ -147,7 +162,7 @@ Received messageInFile(const FrameHeader& header, const FileDescriptor& file) {
 // A packet whose header is sound.
 Received unpacked(Packet packet, const FrameHeader& header) {
     const Bytes body(packetBuffer() + sizeof header, packet.length - sizeof header);
-    const bool alone = header.flags == 0;
+    const bool alone = header.flags == 0 || header.flags == kFrameAnnouncement;
     if (body.size() != (alone ? header.bodyLength : 0)) {
         return PortDrop::kMalformedFrame;
     }
@@ -161,13 +176,17 @@ Received unpacked(Packet packet, const FrameHeader& header) {
     if (header.flags == kFrameWithConnection) {
         return std::move(packet.file);
     }
+    if (header.flags == kFrameAnnouncement) {
+        return ReceiveState::kAnnounced;
+    }
     return alone ? messageOf(header, body, nullptr) : messageInFile(header, packet.file);
 }
 
 } // namespace
 
-Received receiveFrame(int socket) {
-    std::optional<Packet> packet = receivePacket(socket);
+Received receiveFrame(int socket, Announced announced) {
+    std::optional<Packet> packet =
+        announced == Announced::kYes ? receiveAnnouncedPacket(socket) : receivePlainPacket(socket);
     if (!packet) {
         return ReceiveState::kNothing;
     }

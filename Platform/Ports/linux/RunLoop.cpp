@@ -28,22 +28,35 @@ constexpr double kLongestWait = 86400.0;
 // Seconds since 2001 as a floating-point number come in steps of a tenth of this.
 constexpr double kPrecisionOfDates = 1e-6;
 
-// The moment of a date on a clock that nobody sets.
-Monotonic::time_point monotonic(const Date& date) {
-    const double seconds = date.timeIntervalSinceReferenceDate() - absoluteTimeGetCurrent();
-    if (!(seconds > 0)) {
-        return Monotonic::now();
+// The time until a date, on a clock that nobody sets. Clocks are looked at when it is made and when
+// something did not come in time, not with each message.
+class Patience {
+  public:
+    explicit Patience(const Date& date) : begin_(Monotonic::now()), deadline_(begin_) {
+        const double seconds = date.timeIntervalSinceReferenceDate() - absoluteTimeGetCurrent();
+        if (seconds > 0) {
+            const std::chrono::duration<double> wait(std::min(seconds, kLongestWait * 365 * 100) +
+                                                     kPrecisionOfDates);
+            deadline_ += std::chrono::duration_cast<Monotonic::duration>(wait);
+        }
     }
-    const std::chrono::duration<double> wait(std::min(seconds, kLongestWait * 365 * 100) +
-                                             kPrecisionOfDates);
-    return Monotonic::now() + std::chrono::duration_cast<Monotonic::duration>(wait);
-}
 
-// Milliseconds to wait, rounded up, so that the wait never ends early.
-int millisecondsUntil(Monotonic::time_point deadline) {
-    const std::chrono::duration<double, std::milli> left = deadline - Monotonic::now();
-    return static_cast<int>(std::ceil(std::clamp(left.count(), 0.0, kLongestWait * 1000)));
-}
+    // At the beginning.
+    int milliseconds() const noexcept { return millisecondsFrom(begin_); }
+    int millisecondsLeft() const noexcept { return millisecondsFrom(Monotonic::now()); }
+    bool isOver() const noexcept { return Monotonic::now() >= deadline_; }
+    bool isNone() const noexcept { return deadline_ == begin_; }
+
+  private:
+    // Rounded up, so that the wait never ends early.
+    int millisecondsFrom(Monotonic::time_point now) const noexcept {
+        const std::chrono::duration<double, std::milli> left = deadline_ - now;
+        return static_cast<int>(std::ceil(std::clamp(left.count(), 0.0, kLongestWait * 1000)));
+    }
+
+    Monotonic::time_point begin_;
+    Monotonic::time_point deadline_;
+};
 
 constexpr int kForEver = -1;
 
@@ -192,24 +205,23 @@ void RunLoop::removeObserver_forMode(const Ref<RunLoopObserver>& observer, RunLo
 }
 
 bool RunLoop::runMode_beforeDate(RunLoopMode, const Date& date) {
-    const auto deadline = monotonic(date);
-    do {
-        if (system_->serveOne(millisecondsUntil(deadline))) {
-            return true;
-        }
-    } while (Monotonic::now() < deadline);
-    return false;
+    const Patience patience(date);
+    bool served = system_->serveOne(patience.milliseconds());
+    while (!served && !patience.isOver()) {
+        served = system_->serveOne(patience.millisecondsLeft());
+    }
+    return served;
 }
 
 void RunLoop::runUntilDate(const Date& date) {
-    const auto deadline = monotonic(date);
-    if (Monotonic::now() >= deadline) {
+    const Patience patience(date);
+    if (patience.isNone()) {
         (void)serveReady();
         return;
     }
     do {
-        (void)system_->serveOne(millisecondsUntil(deadline));
-    } while (Monotonic::now() < deadline);
+        (void)system_->serveOne(patience.millisecondsLeft());
+    } while (!patience.isOver());
 }
 
 void RunLoop::run() {
