@@ -164,20 +164,27 @@ class Trying(unittest.TestCase):
 class Growth(unittest.TestCase):
     def test_of_what_is_quadratic_is_two(self):
         figures = {("p", "ours", size): {goals.TIME: 1e-9 * size**2} for size in (1000, 10000, 100000)}
-        (path, sizes, exponent), = growth.of_each_path(figures)
+        (path, sizes, exponent, _), = growth.of_each_path(figures)
         self.assertEqual((path, sizes), ("p", [1000, 10000, 100000]))
         self.assertAlmostEqual(exponent, 2.0)
 
     def test_leaves_out_sizes_that_tell_nothing(self):
         figures = {("p", "ours", size): {goals.TIME: max(1e-5, 1e-8 * size)}
                    for size in (1, 10, 1000, 10000, 100000)}
-        (_, sizes, exponent), = growth.of_each_path(figures)
+        (_, sizes, exponent, _), = growth.of_each_path(figures)
         self.assertEqual(sizes, [1000, 10000, 100000])
         self.assertAlmostEqual(exponent, 1.0)
 
     def test_of_short_paths_begins_early(self):
         figures = {("p", "ours", size): {goals.TIME: 1e-6 * size} for size in (1, 10, 100, 1000)}
         self.assertEqual(growth.of_each_path(figures)[0][1], [10, 100, 1000])
+
+    def test_stands_beside_that_of_the_floor(self):
+        figures = {("p", role, size): {goals.TIME: 1e-9 * size**power}
+                   for role, power in (("ours", 1), ("floor", 2)) for size in (1000, 10000, 100000)}
+        (_, _, ours, floor), = growth.of_each_path(figures)
+        self.assertAlmostEqual(ours, 1.0)
+        self.assertAlmostEqual(floor, 2.0)
 
     def test_needs_three_sizes(self):
         figures = {("p", "ours", size): {goals.TIME: 1.0} for size in (1, 10, 10000)}

@@ -65,14 +65,14 @@ def table(verdicts):
 
 
 def growth_rows(growth):
-    return [(path, f"{sizes[0]:,} to {sizes[-1]:,}", f"{value:.3f}")
-            for path, sizes, value in growth]
+    return [(path, f"{sizes[0]:,} to {sizes[-1]:,}", f"{ours:.3f}",
+             "" if floor is None else f"{floor:.3f}") for path, sizes, ours, floor in growth]
 
 
 def growth_table(growth):
     if not growth:
         return ""
-    return aligned([("grows with size", "sizes", "exponent"), *growth_rows(growth)])
+    return aligned([("grows with size", "sizes", "exponent", "floor"), *growth_rows(growth)])
 
 
 def markdown(heads, rows):
@@ -88,7 +88,7 @@ def section(verdicts, growth, machine):
             + markdown(HEADS, [cells(verdict) for verdict in verdicts]))
     if growth:
         text += ("\nTime grows with the size to the power of:\n\n"
-                 + markdown(("path", "sizes", "exponent"), growth_rows(growth)))
+                 + markdown(("path", "sizes", "ours", "floor"), growth_rows(growth)))
     return text
 
 
