@@ -113,6 +113,13 @@ class Verdicts(unittest.TestCase):
         self.assertAlmostEqual(verdict.ratio, 1.5)
         self.assertTrue(verdict.met)
 
+    def test_compare_growth_with_that_of_the_floor(self):
+        figures = {("p", "ours", 10): {goals.TIME: 2.0}, ("p", "ours", 100): {goals.TIME: 30.0},
+                   ("p", "floor", 10): {goals.TIME: 1.0}, ("p", "floor", 100): {goals.TIME: 12.0}}
+        verdict = goals.verdict(figures, row(sizes=[10, 100], growthOverFloor=1.05))
+        self.assertAlmostEqual(verdict.ratio, 1.25)
+        self.assertFalse(verdict.met)
+
     def test_take_counters_as_they_stand(self):
         figures = {("p", "ours", None): {goals.TIME: 1.0, "waiting": 255}}
         verdict = goals.verdict(figures, row(measure="waiting", atLeast=256))
@@ -140,14 +147,17 @@ class Verdicts(unittest.TestCase):
 class Rows(unittest.TestCase):
     def test_without_sense_are_refused(self):
         for bad in (row(), row(limit=1), row(reference="floor"), row(atMost=1, atLeast=1),
-                    row(atMost=1, colour="red"), row(sizes=[1, 2], atMost=1), {"path": "p", "atMost": 1}):
+                    row(atMost=1, colour="red"), row(sizes=[1, 2], atMost=1),
+                    row(growthOverFloor=1), {"path": "p", "atMost": 1}):
             with self.assertRaises(goals.GoalsError):
                 goals.check(bad)
 
     def test_that_no_program_measures_are_found(self):
-        rows = [row(size=10, reference="floor", limit=1), row(path="q", sizes=[1, 2], perEntryWithin=1)]
-        cases = {("p", "ours", 10), ("q", "ours", 1)}
-        self.assertEqual(trying.missing(rows, cases), ["p/floor/10", "q/ours/2"])
+        rows = [row(size=10, reference="floor", limit=1), row(path="q", sizes=[1, 2], perEntryWithin=1),
+                row(path="r", sizes=[1, 2], growthOverFloor=1)]
+        cases = {("p", "ours", 10), ("q", "ours", 1), ("r", "ours", 1), ("r", "ours", 2),
+                 ("r", "floor", 1)}
+        self.assertEqual(trying.missing(rows, cases), ["p/floor/10", "q/ours/2", "r/floor/2"])
 
     def test_of_the_tree_make_sense(self):
         rows = goals.load(Path(__file__).resolve().parents[1] / "goals.json")

@@ -40,6 +40,8 @@ def goal_text(verdict):
         return f"≤ {quantity(verdict.goal, verdict.unit)}"
     if verdict.kind == "perEntryWithin":
         return f"{verdict.ratio:.2f} ≤ {verdict.goal:g} × an entry"
+    if verdict.kind == "growthOverFloor":
+        return f"{verdict.ratio:.2f} ≤ {verdict.goal:g} × its growth"
     return f"{verdict.ratio:.2f} ≤ {verdict.goal:g} ×"
 
 
