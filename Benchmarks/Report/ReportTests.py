@@ -113,6 +113,13 @@ class Verdicts(unittest.TestCase):
         self.assertAlmostEqual(verdict.ratio, 1.5)
         self.assertTrue(verdict.met)
 
+    def test_compare_growth_with_that_of_the_floor(self):
+        figures = {("p", "ours", 10): {goals.TIME: 2.0}, ("p", "ours", 100): {goals.TIME: 30.0},
+                   ("p", "floor", 10): {goals.TIME: 1.0}, ("p", "floor", 100): {goals.TIME: 12.0}}
+        verdict = goals.verdict(figures, row(sizes=[10, 100], growthOverFloor=1.05))
+        self.assertAlmostEqual(verdict.ratio, 1.25)
+        self.assertFalse(verdict.met)
+
     def test_take_counters_as_they_stand(self):
         figures = {("p", "ours", None): {goals.TIME: 1.0, "waiting": 255}}
         verdict = goals.verdict(figures, row(measure="waiting", atLeast=256))
@@ -140,14 +147,17 @@ class Verdicts(unittest.TestCase):
 class Rows(unittest.TestCase):
     def test_without_sense_are_refused(self):
         for bad in (row(), row(limit=1), row(reference="floor"), row(atMost=1, atLeast=1),
-                    row(atMost=1, colour="red"), row(sizes=[1, 2], atMost=1), {"path": "p", "atMost": 1}):
+                    row(atMost=1, colour="red"), row(sizes=[1, 2], atMost=1),
+                    row(growthOverFloor=1), {"path": "p", "atMost": 1}):
             with self.assertRaises(goals.GoalsError):
                 goals.check(bad)
 
     def test_that_no_program_measures_are_found(self):
-        rows = [row(size=10, reference="floor", limit=1), row(path="q", sizes=[1, 2], perEntryWithin=1)]
-        cases = {("p", "ours", 10), ("q", "ours", 1)}
-        self.assertEqual(trying.missing(rows, cases), ["p/floor/10", "q/ours/2"])
+        rows = [row(size=10, reference="floor", limit=1), row(path="q", sizes=[1, 2], perEntryWithin=1),
+                row(path="r", sizes=[1, 2], growthOverFloor=1)]
+        cases = {("p", "ours", 10), ("q", "ours", 1), ("r", "ours", 1), ("r", "ours", 2),
+                 ("r", "floor", 1)}
+        self.assertEqual(trying.missing(rows, cases), ["p/floor/10", "q/ours/2", "r/floor/2"])
 
     def test_of_the_tree_make_sense(self):
         rows = goals.load(Path(__file__).resolve().parents[1] / "goals.json")
@@ -164,20 +174,27 @@ class Trying(unittest.TestCase):
 class Growth(unittest.TestCase):
     def test_of_what_is_quadratic_is_two(self):
         figures = {("p", "ours", size): {goals.TIME: 1e-9 * size**2} for size in (1000, 10000, 100000)}
-        (path, sizes, exponent), = growth.of_each_path(figures)
+        (path, sizes, exponent, _), = growth.of_each_path(figures)
         self.assertEqual((path, sizes), ("p", [1000, 10000, 100000]))
         self.assertAlmostEqual(exponent, 2.0)
 
     def test_leaves_out_sizes_that_tell_nothing(self):
         figures = {("p", "ours", size): {goals.TIME: max(1e-5, 1e-8 * size)}
                    for size in (1, 10, 1000, 10000, 100000)}
-        (_, sizes, exponent), = growth.of_each_path(figures)
+        (_, sizes, exponent, _), = growth.of_each_path(figures)
         self.assertEqual(sizes, [1000, 10000, 100000])
         self.assertAlmostEqual(exponent, 1.0)
 
     def test_of_short_paths_begins_early(self):
         figures = {("p", "ours", size): {goals.TIME: 1e-6 * size} for size in (1, 10, 100, 1000)}
         self.assertEqual(growth.of_each_path(figures)[0][1], [10, 100, 1000])
+
+    def test_stands_beside_that_of_the_floor(self):
+        figures = {("p", role, size): {goals.TIME: 1e-9 * size**power}
+                   for role, power in (("ours", 1), ("floor", 2)) for size in (1000, 10000, 100000)}
+        (_, _, ours, floor), = growth.of_each_path(figures)
+        self.assertAlmostEqual(ours, 1.0)
+        self.assertAlmostEqual(floor, 2.0)
 
     def test_needs_three_sizes(self):
         figures = {("p", "ours", size): {goals.TIME: 1.0} for size in (1, 10, 10000)}

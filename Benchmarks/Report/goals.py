@@ -2,7 +2,8 @@
 
 A row names a path, and a size where the path has one. With "reference" the figure of ours is divided by
 that role's and may not exceed "limit". With "sizes" the figure for each entry at the last size is divided
-by that at the first, and may not exceed "perEntryWithin". With "atMost" or "atLeast" the figure of ours
+by that at the first, and may not exceed "perEntryWithin"; or the growth from the first to the last is divided
+by the floor's, and may not exceed "growthOverFloor". With "atMost" or "atLeast" the figure of ours
 stands alone. Figures are the time in seconds unless "measure" names a counter; then "unit" says of what:
 "B", "s" or nothing.
 """
@@ -11,10 +12,11 @@ import json
 from dataclasses import dataclass
 
 KEYS = {
-    "name", "path", "size", "sizes", "reference", "limit", "perEntryWithin", "atMost", "atLeast",
-    "measure", "unit",
+    "name", "path", "size", "sizes", "reference", "limit", "perEntryWithin", "growthOverFloor",
+    "atMost", "atLeast", "measure", "unit",
 }
-KINDS = ("reference", "perEntryWithin", "atMost", "atLeast")
+KINDS = ("reference", "perEntryWithin", "growthOverFloor", "atMost", "atLeast")
+OF_SIZES = ("perEntryWithin", "growthOverFloor")
 OURS = "ours"
 FLOOR = "floor"
 TIME = "time"
@@ -54,8 +56,8 @@ def check(row):
         raise GoalsError(f"goal “{name}”: one of {', '.join(KINDS)} is needed")
     if ("reference" in row) != ("limit" in row):
         raise GoalsError(f"goal “{name}”: reference and limit belong together")
-    if ("perEntryWithin" in row) != ("sizes" in row):
-        raise GoalsError(f"goal “{name}”: perEntryWithin and sizes belong together")
+    if any(kind in row for kind in OF_SIZES) != ("sizes" in row):
+        raise GoalsError(f"goal “{name}”: {' or '.join(OF_SIZES)} and sizes belong together")
 
 
 def load(path):
@@ -98,6 +100,11 @@ def over(dividend, divisor, row):
     return dividend / divisor
 
 
+def growth_of(measured, row, role):
+    first, last = row["sizes"][0], row["sizes"][-1]
+    return over(needed(measured, row, role, last), needed(measured, row, role, first), row)
+
+
 def verdict(measured, row):
     """Raises GoalsError when a figure is missing that the row needs."""
     kind = next(kind for kind in KINDS if kind in row)
@@ -108,8 +115,9 @@ def verdict(measured, row):
     if kind == "reference":
         ratio = over(ours, needed(measured, row, row["reference"], size), row)
     elif kind == "perEntryWithin":
-        first = row["sizes"][0]
-        ratio = over(ours / size, needed(measured, row, OURS, first) / first, row)
+        ratio = growth_of(measured, row, OURS) * row["sizes"][0] / size
+    elif kind == "growthOverFloor":
+        ratio = over(growth_of(measured, row, OURS), growth_of(measured, row, FLOOR), row)
     met = ours >= goal if kind == "atLeast" else (ours if ratio is None else ratio) <= goal
     peer_name, peer = peer_of(measured, row, size)
     return Verdict(row["name"], ours, figure(measured, row, FLOOR, size), peer, peer_name, ratio,

@@ -1,8 +1,11 @@
-"""How time grows with size: the exponent of the power of the size that fits best."""
+"""How time grows with size: the exponent of the power of the size that fits best.
+
+A floor that grows faster than its size tells what the machine's caches do to anyone.
+"""
 
 import math
 
-from goals import OURS, TIME
+from goals import FLOOR, OURS, TIME
 
 # Below it what a call costs in any case hides the growth; a path whose sizes end early begins early.
 SMALLEST = 1000
@@ -26,12 +29,21 @@ def fitted(points):
     return large if len(large) >= 3 else [each for each in points if each[0] >= SMALLEST_OF_SHORT]
 
 
+def of_role(measured, wanted, role):
+    """(sizes, exponent) of what was measured at three sizes or more; else None."""
+    points = fitted([(size, values[TIME]) for (path, other, size), values in measured.items()
+                     if (path, other) == (wanted, role) and size and values.get(TIME, 0) > 0])
+    if len(points) < 3:
+        return None
+    return sorted(size for size, _ in points), exponent(points)
+
+
 def of_each_path(measured):
-    """(path, sizes, exponent) of what is ours and was measured at three sizes or more."""
-    by_path = {}
-    for (path, role, size), values in measured.items():
-        if role == OURS and size is not None and values.get(TIME, 0) > 0:
-            by_path.setdefault(path, []).append((size, values[TIME]))
-    all_fitted = {path: fitted(points) for path, points in by_path.items()}
-    return [(path, sorted(size for size, _ in points), exponent(points))
-            for path, points in all_fitted.items() if len(points) >= 3]
+    """(path, sizes, exponent of ours, exponent of the floor or None) of each that has enough sizes."""
+    rows = []
+    for path in dict.fromkeys(path for path, _, _ in measured):
+        ours = of_role(measured, path, OURS)
+        floor = of_role(measured, path, FLOOR)
+        if ours:
+            rows.append((path, *ours, floor[1] if floor else None))
+    return rows

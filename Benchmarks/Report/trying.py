@@ -24,6 +24,8 @@ def missing(rows, cases):
     for row in rows:
         for size in row.get("sizes", [row.get("size")]):
             needed.add((row["path"], goals.OURS, size))
+            if "growthOverFloor" in row:
+                needed.add((row["path"], goals.FLOOR, size))
         if "reference" in row:
             needed.add((row["path"], row["reference"], row.get("size")))
     return sorted("/".join(str(part) for part in case if part is not None)

@@ -40,6 +40,8 @@ def goal_text(verdict):
         return f"≤ {quantity(verdict.goal, verdict.unit)}"
     if verdict.kind == "perEntryWithin":
         return f"{verdict.ratio:.2f} ≤ {verdict.goal:g} × an entry"
+    if verdict.kind == "growthOverFloor":
+        return f"{verdict.ratio:.2f} ≤ {verdict.goal:g} × its growth"
     return f"{verdict.ratio:.2f} ≤ {verdict.goal:g} ×"
 
 
@@ -65,14 +67,14 @@ def table(verdicts):
 
 
 def growth_rows(growth):
-    return [(path, f"{sizes[0]:,} to {sizes[-1]:,}", f"{value:.3f}")
-            for path, sizes, value in growth]
+    return [(path, f"{sizes[0]:,} to {sizes[-1]:,}", f"{ours:.3f}",
+             "" if floor is None else f"{floor:.3f}") for path, sizes, ours, floor in growth]
 
 
 def growth_table(growth):
     if not growth:
         return ""
-    return aligned([("grows with size", "sizes", "exponent"), *growth_rows(growth)])
+    return aligned([("grows with size", "sizes", "exponent", "floor"), *growth_rows(growth)])
 
 
 def markdown(heads, rows):
@@ -88,7 +90,7 @@ def section(verdicts, growth, machine):
             + markdown(HEADS, [cells(verdict) for verdict in verdicts]))
     if growth:
         text += ("\nTime grows with the size to the power of:\n\n"
-                 + markdown(("path", "sizes", "exponent"), growth_rows(growth)))
+                 + markdown(("path", "sizes", "ours", "floor"), growth_rows(growth)))
     return text
 
 
