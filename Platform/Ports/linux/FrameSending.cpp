@@ -3,7 +3,6 @@
 #include "Platform/Ports/linux/Frame.h"
 #include "Platform/Ports/linux/MemoryFile.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -114,7 +113,9 @@ Bytes copiedPacket(std::span<std::byte> buffer, const Array& components,
         const std::uint64_t length = bytes.size();
         std::memcpy(table, &length, sizeof length);
         table += sizeof length;
-        std::ranges::copy(bytes, rest.begin());
+        if (!bytes.empty()) {
+            std::memcpy(rest.data(), bytes.data(), bytes.size());
+        }
         rest = rest.subspan(bytes.size());
     }
     FrameHeader header = headerOf(0);
