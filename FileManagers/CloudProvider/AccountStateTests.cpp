@@ -43,7 +43,7 @@ TEST_F(AccountStates, IsTheDriveWithTheToolbarsMenuForItsFolder) {
     start();
     EXPECT_EQ(*state(), (AccountState{"Fake Drive", "/mnt/Drive", "FakeImage-symbolic",
                                       Status::kIdle, "Fake tip", fakeEntries}));
-    EXPECT_EQ(asked(), Titles{"Menu 3 [] file:///mnt/Drive"});
+    EXPECT_EQ(asked(), Titles{"MenuOfPaths 3 [] /mnt/Drive"});
 }
 
 TEST_F(AccountStates, AsksAnewForAMenuThatIsOpened) {

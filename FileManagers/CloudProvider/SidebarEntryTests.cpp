@@ -170,7 +170,7 @@ TEST_F(SidebarEntry, CarriesOutWhatIsPicked) {
     ASSERT_TRUE(waitForTitles({"Do It", "[Told]"}));
     g_action_group_activate_action(actions.get(), "doIt-3a", nullptr);
     EXPECT_TRUE(
-        runUntil([&] { return asked().back() == "Run 3 doIt: [] file:///mnt/Drive later"; }));
+        runUntil([&] { return asked().back() == "RunOnPaths 3 doIt: [] /mnt/Drive later"; }));
 }
 
 TEST_F(SidebarEntry, TellsWhatWasPickedAndNotDone) {
