@@ -17,16 +17,16 @@ namespace {
 
 using Shell::MenuKind;
 
-// The drive of a provider. Thunar lets go of a provider that has not been asked for a while, and
-// makes another one; this one is kept, as its drive knows what windows show.
-Drive& keptDriveOf(ThunarxMenuProvider* provider) {
+// The drive of all providers. Thunar lets go of a provider that has not been asked for a while, and
+// makes another one; the first is kept, as its drive knows what windows show, and items that are
+// still shown refer to it.
+Drive& keptDrive(ThunarxMenuProvider* provider) {
     static ThunarxMenuProvider* kept = nullptr;
-    Drive& drive = driveOf(provider);
     if (kept == nullptr) {
         kept = THUNARX_MENU_PROVIDER(g_object_ref(provider));
-        followViews(drive);
+        followViews(driveOf(kept));
     }
-    return drive;
+    return driveOf(kept);
 }
 
 // Thunar shows every item as one that can be picked.
@@ -50,13 +50,13 @@ ThunarxMenuItem* newSubmenu(const Shell::ToolbarItem& shown, GList* items) {
 }
 
 GList* fileItems(ThunarxMenuProvider* provider, GtkWidget* window, GList* files) {
-    return newItems(keptDriveOf(provider),
+    return newItems(keptDrive(provider),
                     isMenuOfSidebar(window) ? MenuKind::kSidebar : MenuKind::kItems,
                     placeOfFiles(files, &thunarx_file_info_get_uri));
 }
 
 GList* backgroundItems(ThunarxMenuProvider* provider, GtkWidget*, ThunarxFileInfo* folder) {
-    Drive& drive = keptDriveOf(provider);
+    Drive& drive = keptDrive(provider);
     const SharedPlace place = placeOfFolder(folder, &thunarx_file_info_get_uri);
     GList* const items = newItems(drive, MenuKind::kContainer, place);
     GList* const toolbarItems = newItems(drive, MenuKind::kToolbar, place);

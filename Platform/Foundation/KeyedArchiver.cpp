@@ -149,6 +149,9 @@ Reference KeyedArchiver::referenceToShared(const Object& object) {
     Reference& known = identities_.numberOf(&object);
     if (known != 0) {
         isTree_ = isTree_ && isLeaf(object);
+        if (&object.objectClass() == &Date::kClass) { // the only leaf with a record of its own
+            checkLevel(level_ + 1);
+        }
     } else {
         known = addObject(object);
     }

@@ -178,6 +178,18 @@ TEST_F(KeyedArchiver, CountsADateAmongTheObjectsTooDeep) {
               NS::kInvalidArchiveOperationException);
 }
 
+TEST_F(KeyedArchiver, CountsADateTooDeepThatWasMetBefore) {
+    const auto date = NS::make<NS::Date>(1.0);
+    NS::Ref<NS::Object> nested = date;
+    for (int i = 1; i < 512; ++i) {
+        nested = NS::Array::arrayWithObjects({nested});
+    }
+    EXPECT_EQ(Tests::nameOfException([&] {
+                  archive(NS::Array::arrayWithObjects({date, nested}));
+              }),
+              NS::kInvalidArchiveOperationException);
+}
+
 // A getter may make its value afresh at each call; two of them must not be taken for one because
 // the second stands where the first one did.
 TEST_F(KeyedArchiver, TellsPassingObjectsApart) {

@@ -42,7 +42,7 @@ class Object {
             destroy();
         }
     }
-    // How many references there are now. For tests of ownership only.
+    // How many references there are now; one is its holder's alone.
     std::uint32_t referenceCount() const noexcept {
         return references_.load(std::memory_order_relaxed);
     }

@@ -376,7 +376,7 @@ TEST_F(Frame, LooksAsTheDocumentSays) {
     ASSERT_FALSE(NS::sendFrame(out.get(), *components({"ext_share", "..."}), reply, waiting));
     std::array<char, 256> bytes{};
     const ssize_t length = ::recv(in.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
-    const std::string expected("QVP1\0\0\0\0"
+    const std::string expected("QVP2\0\0\0\0"
                                "\xA0\xA1\xA2\xA3\xA4\xA5\xA6\xA7\xA8\xA9\xAA\xAB\xAC\xAD\xAE\xAF"
                                "\2\0\0\0\0\0\0\0"
                                "\x1C\0\0\0\0\0\0\0"

@@ -12,7 +12,7 @@ int looksOf(NS::Turns& turns, int count, int waiting) {
     for (int i = 0; i < count; ++i) {
         const int most = turns.beginTurn();
         looks += most > 1 ? 1 : 0;
-        turns.endTurn(std::min(most, waiting));
+        turns.endTurn(most, std::min(most, waiting));
     }
     return looks;
 }
@@ -41,8 +41,18 @@ TEST(Turns, NoticeManyMessagesWithinSixteenTurns) {
 
 TEST(Turns, TakeOneMessageWhenTheyDoNotLook) {
     NS::Turns turns;
-    turns.endTurn(1);
+    turns.endTurn(turns.beginTurn(), 1);
     EXPECT_EQ(turns.beginTurn(), 1);
+}
+
+TEST(Turns, LookAgainAfterTurnsWithinOneAnother) {
+    NS::Turns turns;
+    turns.endTurn(turns.beginTurn(), 1);
+    const int outer = turns.beginTurn();
+    const int inner = turns.beginTurn();
+    turns.endTurn(inner, 1);
+    turns.endTurn(outer, 1);
+    EXPECT_EQ(turns.beginTurn(), NS::PortLimits::kMessagesPerTurn);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Exception.h"
 #include "QVApi/Content/QVConversions.h"
 
+#include <algorithm>
 #include <string>
 
 namespace {
@@ -69,6 +70,11 @@ QVResolvedClass::QVResolvedClass(const QVContentClass& itemClass) {
     }
     for (const std::string_view key : qvArchivedKeysOf(itemClass)) {
         archived.push_back(propertyOf(itemClass, key));
+        if (std::ranges::count(archived, archived.back()) > 1) {
+            NS::Exception::raise(NS::kInvalidArgumentException,
+                                 std::string(itemClass.objectClass.name) + " archives \"" +
+                                     std::string(key) + "\" twice");
+        }
     }
     const auto* builder =
         nearest(itemClass, [](const QVContentClass& c) { return c.itemWithDict != nullptr; });

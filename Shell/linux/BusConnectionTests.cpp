@@ -22,8 +22,9 @@ class BusConnection : public Tests::SessionBusTest, public Shell::BusConnection:
         connection->schedule();
     }
     void busWillServe() override {
-        const auto now = std::chrono::steady_clock::now().time_since_epoch();
-        if (now >= std::chrono::microseconds(std::min<std::uint64_t>(moment, INT64_MAX))) {
+        const auto now = std::chrono::duration_cast<std::chrono::microseconds>(
+            std::chrono::steady_clock::now().time_since_epoch());
+        if (static_cast<std::uint64_t>(now.count()) >= moment) {
             moment = kNever;
         }
     }

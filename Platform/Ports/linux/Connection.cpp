@@ -150,7 +150,10 @@ void Connection::ready() {
     while (taken < most && receiveOne()) {
         ++taken;
     }
-    turns_.endTurn(taken);
+    if (taken == most && announced_ == Announced::kYes) { // no message yet
+        (void)receiveOne();
+    }
+    turns_.endTurn(most, taken);
 }
 
 bool Connection::receiveOne() {

@@ -23,8 +23,8 @@ struct FrameHeader {
 };
 static_assert(sizeof(FrameHeader) == 40, "the header is laid out without gaps");
 
-// "QVP1": the kind of packet and the version of its layout.
-inline constexpr std::uint32_t kFrameMagic = 0x31505651;
+// "QVP2": the kind of packet and the version of its layout.
+inline constexpr std::uint32_t kFrameMagic = 0x32505651;
 // The body does not follow the header but is the content of a memory file sent along.
 inline constexpr std::uint32_t kFrameInMemoryFile = 1;
 // No message: a further connection to the same port is sent along.

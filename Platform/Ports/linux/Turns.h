@@ -14,17 +14,15 @@ namespace NS {
 class Turns {
   public:
     // The most that this turn may take: one, when it is not to look for further ones.
-    int beginTurn() noexcept {
-        looks_ = waiting_ == 0;
-        return looks_ ? PortLimits::kMessagesPerTurn : 1;
-    }
-    // Tells how many the turn has taken.
-    void endTurn(int taken) noexcept {
-        if (looks_) {
+    int beginTurn() const noexcept { return waiting_ == 0 ? PortLimits::kMessagesPerTurn : 1; }
+    // Tells how many the turn has taken of the most that it might. Turns can stand within one
+    // another, as a handler may run the loop.
+    void endTurn(int most, int taken) noexcept {
+        if (most > 1) {
             pause_ = taken > 1 ? 0 : std::min(2 * pause_ + 1, kLongestPause);
             waiting_ = pause_;
         } else {
-            --waiting_;
+            waiting_ = std::max(waiting_ - 1, 0);
         }
     }
 
@@ -33,7 +31,6 @@ class Turns {
 
     int pause_ = 0;   // turns that do not look, after one that looked
     int waiting_ = 0; // those of them that are to come
-    bool looks_ = true;
 };
 
 } // namespace NS

@@ -29,7 +29,10 @@ class GtkFileManager(FileManager):
             told = subprocess.run(["pkg-config", f"--variable={variable}", package], check=True,
                                   capture_output=True, text=True, timeout=PATIENCE)
             self.session.mount(plug_in, told.stdout.strip())
-        self.process = self.session.start(self._command(folder), self._environment(plug_in))
+        self._start(folder, self._environment(plug_in))
+
+    def _start(self, folder, environment):
+        self.process = self.session.start(self._command(folder), environment)
         self._wait_for_window(folder.name)
 
     def _environment(self, plug_in):
