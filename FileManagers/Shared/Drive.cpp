@@ -15,6 +15,9 @@ const std::vector<MenuEntry> kNone;
 
 } // namespace
 
+// With what a command is waited for beyond it, less than a quarter of a second.
+static_assert(Shell::FinderClient::kDefaultTimeout <= std::chrono::milliseconds(200));
+
 Drive::Drive(Times times) : patience_(times.patience), breaker_(times.firstPause) {
     client_.setOnChange([this] {
         noteChange();

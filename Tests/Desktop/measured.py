@@ -46,10 +46,14 @@ class Step:
 
 
 def _own_part(call, block):
-    """What a call adds to a block: what the file manager does in it is not ours, but what it calls then is."""
+    """What a call adds to a block: what the file manager does in it is not ours, but what it calls then is.
+    A block can be a rebuilding itself, when the plug-in's notice of a change comes from a timer."""
     if not block.start <= call.start <= call.start + call.duration <= block.start + block.duration:
         return 0
-    return -call.duration if call.what == REBUILD else call.duration if call.depth % 2 == 0 else 0
+    if call.what == REBUILD:
+        return 0 if call is block else -call.duration
+    ours = 1 if block.what == REBUILD else 0
+    return call.duration if call.depth % 2 == ours else 0
 
 
 class MeasuredWindow:
