@@ -10,7 +10,7 @@ void Breaker::noteTimeout(Clock::time_point now) noexcept {
 }
 
 bool Breaker::isOpen(bool isAnswering, Clock::time_point now) const noexcept {
-    return timeouts_ > 0 && (!isAnswering || now < last_ + pause());
+    return timeouts_ > 0 && (!isAnswering || now < closing());
 }
 
 Breaker::Clock::duration Breaker::pause() const noexcept {

@@ -26,6 +26,9 @@ class Breaker {
 
     // Whether to ask nothing now; isAnswering is what the client says of the extension.
     bool isOpen(bool isAnswering, Clock::time_point now) const noexcept;
+    // When it closes, unless something is known before: what the file manager kept may then be
+    // asked for again.
+    Clock::time_point closing() const noexcept { return last_ + pause(); }
 
   private:
     Clock::duration pause() const noexcept;

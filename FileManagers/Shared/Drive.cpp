@@ -106,6 +106,7 @@ void Drive::note(Outcome outcome) {
     noteChange();
     if (outcome == Outcome::kTimedOut) {
         breaker_.noteTimeout(Breaker::Clock::now());
+        client_.tellChangeAt(breaker_.closing());
     } else if (outcome == Outcome::kDone) {
         breaker_.noteAnswer();
     }

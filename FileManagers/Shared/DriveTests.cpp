@@ -34,6 +34,15 @@ class DriveOfOneThatIsLate : public Tests::DriveTest {
     }
 };
 
+// It is left in peace for a time that a test can wait for.
+class DriveOfOneThatIsLateForAWhile : public DriveOfOneThatIsLate {
+  protected:
+    void SetUp() override {
+        times.firstPause = 300ms; // longer than it takes to learn that it is back
+        DriveOfOneThatIsLate::SetUp();
+    }
+};
+
 TEST_F(Drive, HasTheEntriesOfASelection) {
     EXPECT_EQ(titles(MenuKind::kItems, item), (Titles{"Do It", "[Told]"}));
     EXPECT_EQ(asked(), Titles{"MenuOfPaths 0 [/mnt/Drive/a] /mnt/Drive"});
@@ -130,6 +139,22 @@ TEST_F(DriveOfOneThatIsLate, AsksOnceMoreAndThenLeavesItInPeace) {
     EXPECT_EQ(clicked(MenuKind::kItems, item), Titles{});
     EXPECT_EQ(asked().size(), 2U);
     EXPECT_EQ(told.size(), 1U);
+}
+
+TEST_F(DriveOfOneThatIsLateForAWhile, TellsWhenItAsksAgain) {
+    Titles shown = titles(MenuKind::kItems, item);
+    int seen = 0;
+    const auto asFileManagersDo = [&] {
+        if (seen != changes) {
+            seen = changes;
+            shown = titles(MenuKind::kItems, item);
+        }
+        if (asked().size() == 2) {
+            extension->answerKept(); // both came too late
+        }
+        return !shown.empty();
+    };
+    EXPECT_TRUE(pump(asFileManagersDo));
 }
 
 TEST_F(DriveOfOneThatIsLate, AsksAnotherOneAtOnce) {

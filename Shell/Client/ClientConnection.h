@@ -41,8 +41,10 @@ class ClientConnection {
     int descriptor() const noexcept { return epoll_; }
     // Handles what has come, without waiting. Of a flood it leaves the rest for the next time.
     void serve();
-    // Makes the descriptor readable until serve() is called.
-    void wake() noexcept;
+    // Makes the descriptor readable until serve() is called: at once, or from a moment on. Of two
+    // moments the earlier one counts.
+    void wake() noexcept { wakeAt(Clock::time_point()); }
+    void wakeAt(Clock::time_point moment) noexcept;
     // Handles what comes until the condition holds; false when it did not in time, or the bus went.
     bool waitUntil(const std::function<bool()>& condition, Clock::time_point deadline);
     // Looks up what the connection waits for now; after calls that send something.
@@ -64,7 +66,7 @@ class ClientConnection {
 
     int epoll_;
     int timer_;
-    bool isWoken_ = false;
+    std::uint64_t wakeMoment_ = UINT64_MAX; // in microseconds; never
     std::unique_ptr<sd_bus, Close> bus_;
     std::string error_;
 };

@@ -85,6 +85,11 @@ class FinderClient::Session {
         return offeredPlace(extension.watchedFolders(), kind, place);
     }
 
+    void tellChangeAt(Clock::time_point moment) {
+        due_ = moment;
+        handled();
+    }
+
     Outcome ask(Question& question, Clock::time_point deadline) {
         const Outcome outcome = question.ask(deadline);
         error = question.error();
@@ -108,7 +113,9 @@ class FinderClient::Session {
         bool& flag_;
     };
 
-    std::uint64_t changes() const noexcept { return extension.changes() + waiting.changes(); }
+    std::uint64_t changes() const noexcept {
+        return extension.changes() + waiting.changes() + moments_;
+    }
 
     void takeIn() {
         if (connection.bus() == nullptr) {
@@ -116,8 +123,16 @@ class FinderClient::Session {
             waiting.busLost();
         }
         shown.update();
+        if (due_ && *due_ <= Clock::now()) {
+            due_.reset();
+            ++moments_;
+        } else if (due_) {
+            connection.wakeAt(*due_);
+        }
     }
 
+    std::optional<Clock::time_point> due_; // a change that is told then
+    std::uint64_t moments_ = 0;            // that were due
     std::uint64_t told_ = changes();
     bool isTelling_ = false;
 };
@@ -136,6 +151,10 @@ void FinderClient::serve() {
 
 void FinderClient::setOnChange(std::function<void()> onChange) {
     session_->onChange = std::move(onChange);
+}
+
+void FinderClient::tellChangeAt(std::chrono::steady_clock::time_point moment) {
+    session_->tellChangeAt(moment);
 }
 
 bool FinderClient::waitUntilKnown(milliseconds timeout) {

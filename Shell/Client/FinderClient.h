@@ -84,6 +84,9 @@ class FinderClient {
     // true again: a question that learns of it has the descriptor readable. May ask questions, but
     // not destroy the client.
     void setOnChange(std::function<void()> onChange);
+    // Has a change told at a moment, whether there is one or not, for who left the extension alone
+    // until then. A later call replaces the moment.
+    void tellChangeAt(std::chrono::steady_clock::time_point moment);
 
     // Waits until what the extension says of itself is known, or until it is known to be absent;
     // false when neither was so in time.

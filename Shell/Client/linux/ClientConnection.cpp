@@ -33,6 +33,11 @@ ClientConnection::Clock::time_point momentOf(std::uint64_t microseconds) {
         std::chrono::microseconds(std::min(microseconds, kFarAway)));
 }
 
+std::uint64_t microsecondsUntil(ClientConnection::Clock::time_point moment) {
+    return static_cast<std::uint64_t>(
+        std::chrono::ceil<std::chrono::microseconds>(moment.time_since_epoch()).count());
+}
+
 } // namespace
 
 ClientConnection::ClientConnection()
@@ -71,15 +76,21 @@ void ClientConnection::serve() {
     std::uint64_t expirations = 0;
     [[maybe_unused]] const ssize_t taken =
         ::read(timer_, &expirations, sizeof expirations); // none, when it was the socket
-    isWoken_ = false;
+    if (wakeMoment_ <= microsecondsUntil(Clock::now())) {
+        wakeMoment_ = kNever;
+    }
     for (int i = 0; i < kMessagesPerTurn && process(); ++i) {
     }
     awaitEvents();
 }
 
-void ClientConnection::wake() noexcept {
-    isWoken_ = true;
-    awaitMoment(0);
+void ClientConnection::wakeAt(Clock::time_point moment) noexcept {
+    wakeMoment_ = std::min(wakeMoment_, microsecondsUntil(moment));
+    if (bus_) {
+        awaitEvents();
+    } else {
+        awaitMoment(wakeMoment_);
+    }
 }
 
 bool ClientConnection::waitUntil(const std::function<bool()>& condition,
@@ -136,7 +147,7 @@ void ClientConnection::lose(int negativeNumber) {
     error_ =
         "the session bus cannot be reached: " + std::system_category().message(-negativeNumber);
     bus_.reset();
-    awaitMoment(isWoken_ ? 0 : kNever);
+    awaitMoment(wakeMoment_);
 }
 
 void ClientConnection::awaitEvents() noexcept {
@@ -146,7 +157,7 @@ void ClientConnection::awaitEvents() noexcept {
     awaitSocket();
     std::uint64_t moment = kNever;
     (void)sd_bus_get_timeout(bus_.get(), &moment); // fails on a connection that serve() will lose
-    awaitMoment(isWoken_ ? 0 : moment);
+    awaitMoment(std::min(wakeMoment_, moment));
 }
 
 // Each time anew: while it connects, the library may go on to another address with a socket of the
