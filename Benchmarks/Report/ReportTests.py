@@ -99,6 +99,17 @@ class Programs(unittest.TestCase):
             arguments = (Path(folder) / "arguments").read_text(encoding="utf-8")
         self.assertIn("--benchmark_filter=^(a-b/ours)$ ", arguments)
 
+    def test_measure_together_what_is_compared(self):
+        names = ["p/ours/10", "p/ours/1000", "q/ours/10", "p/floor/10", "p/floor/1000"]
+        self.assertEqual(list(measuring.compared(names)),
+                         [["p/ours/10", "p/floor/10"], ["p/ours/1000", "p/floor/1000"], ["q/ours/10"]])
+
+
+class Efforts(unittest.TestCase):
+    def test_are_less_for_what_takes_long(self):
+        effort = measuring.Effort(repetitions=9, seconds=0.1)
+        self.assertEqual([effort.repetitions_of(size) for size in (None, 1000, 1_000_000)], [9, 9, 5])
+
 
 class Verdicts(unittest.TestCase):
     def test_compare_with_the_reference(self):

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Benchmarks/Support/TemporaryFolder.h"
+
 #include <filesystem>
 
 namespace Benchmarks {
@@ -10,14 +12,11 @@ namespace Benchmarks {
 class ScratchFolder {
   public:
     ScratchFolder();
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
 
-    const std::filesystem::path& path() const noexcept { return path_; }
+    const std::filesystem::path& path() const noexcept { return folder_.path(); }
 
   private:
-    std::filesystem::path path_;
+    TemporaryFolder folder_{kInMemory};
 };
 
 } // namespace Benchmarks

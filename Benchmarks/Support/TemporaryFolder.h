@@ -4,11 +4,13 @@
 
 namespace Benchmarks {
 
-// A new folder of this process's own, where programs keep what is temporary. Goes with this object,
-// and with it what is in it. Throws when there can be none.
+// A new folder of this process's own. Goes with this object, and with it what is in it. Throws when
+// there can be none.
 class TemporaryFolder {
   public:
-    TemporaryFolder();
+    // Where programs keep what is temporary: on a disk, mostly.
+    TemporaryFolder() : TemporaryFolder(std::filesystem::temp_directory_path()) {}
+    explicit TemporaryFolder(const std::filesystem::path& parent);
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -19,5 +21,9 @@ class TemporaryFolder {
   private:
     std::filesystem::path path_;
 };
+
+// The parent of folders in memory, where a session's run-time folder is too: a disk would add its own
+// time.
+inline constexpr const char* kInMemory = "/dev/shm";
 
 } // namespace Benchmarks

@@ -7,9 +7,8 @@
 
 namespace Benchmarks {
 
-TemporaryFolder::TemporaryFolder() {
-    std::string path =
-        std::filesystem::canonical(std::filesystem::temp_directory_path()) / "quorvane-XXXXXX";
+TemporaryFolder::TemporaryFolder(const std::filesystem::path& parent) {
+    std::string path = std::filesystem::canonical(parent) / "quorvane-XXXXXX";
     if (::mkdtemp(path.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), path);
     }
