@@ -3,15 +3,14 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/String.h"
+#include "Platform/Foundation/Testing/LastWill.h"
 #include "Platform/Foundation/Testing/RaisedException.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -31,16 +30,6 @@ std::string joined(const Array& array) {
     }
     return text;
 }
-
-// Does something when it ends.
-class LastWill final : public NS::Object {
-  public:
-    explicit LastWill(std::function<void()> act) : act_(std::move(act)) {}
-    ~LastWill() override { act_(); }
-
-  private:
-    std::function<void()> act_;
-};
 
 TEST(Array, HoldsObjectsInOrder) {
     const auto array = abc();
@@ -248,7 +237,7 @@ TEST(MutableArray, IsWholeAgainWhenARemovedObjectEnds) {
     const auto array = abc()->mutableCopy();
     std::string seen;
     const auto addLastWill = [&] {
-        array->addObject(NS::make<LastWill>([&] { seen += joined(*array) + ";"; }));
+        array->addObject(NS::make<Tests::LastWill>([&] { seen += joined(*array) + ";"; }));
     };
     addLastWill();
     array->removeObjectIdenticalTo(*array->objectAtIndex(3));

@@ -4,15 +4,14 @@
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/String.h"
+#include "Platform/Foundation/Testing/LastWill.h"
 #include "Platform/Foundation/Testing/RaisedException.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <map>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -233,16 +232,6 @@ TEST(MutableDictionary, DoesWhatAMapDoes) {
     }
 }
 
-// Does something when it ends.
-class LastWill final : public NS::Object {
-  public:
-    explicit LastWill(std::function<void()> act) : act_(std::move(act)) {}
-    ~LastWill() override { act_(); }
-
-  private:
-    std::function<void()> act_;
-};
-
 TEST(MutableDictionary, IsWholeAgainWhenARemovedObjectEnds) {
     const auto dictionary = Dictionary::dictionaryWithEntries({
                                                                   {"z", number(1)}
@@ -253,7 +242,7 @@ TEST(MutableDictionary, IsWholeAgainWhenARemovedObjectEnds) {
         const auto look = [&] {
             seen += keysOf(*dictionary) + valueOf(*dictionary, "a") + ";";
         };
-        dictionary->setObject_forKey(NS::make<LastWill>(look), "a");
+        dictionary->setObject_forKey(NS::make<Tests::LastWill>(look), "a");
     };
     setLastWill();
     dictionary->setObject_forKey(number(2), "a");

@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace {
 
 class KeyedArchiver : public testing::Test {
@@ -29,6 +31,15 @@ class KeyedArchiver : public testing::Test {
         const std::size_t start = whole.find(begin) + begin.size();
         return whole.substr(start, whole.size() - start - 2);
     }
+    // An object within as many arrays.
+    static NS::Ref<NS::Object> nestedIn(int arrays, NS::Ref<NS::Object> object) {
+        for (int i = 0; i < arrays; ++i) {
+            object = NS::Array::arrayWithObjects({object});
+        }
+        return object;
+    }
+
+    static constexpr int kMostArrays = 511; // within one another, around an object
 };
 
 TEST_F(KeyedArchiver, PutsTheRootIntoTheFormatsContainer) {
@@ -157,33 +168,18 @@ TEST_F(KeyedArchiver, RaisesForAClassThatDoesNotEncode) {
 }
 
 TEST_F(KeyedArchiver, RaisesForObjectsTooDeepWithinOneAnother) {
-    NS::Ref<NS::Array> nested = NS::make<NS::Array>();
-    for (int i = 1; i < 512; ++i) {
-        nested = NS::Array::arrayWithObjects({nested});
+    for (const NS::Ref<NS::Object>& innermost :
+         std::vector<NS::Ref<NS::Object>>{NS::make<NS::Array>(), NS::make<NS::Date>(1.0)}) {
+        const auto nested = nestedIn(kMostArrays, innermost);
+        EXPECT_EQ(Tests::nameOfException([&] { archive(nested); }), "none");
+        EXPECT_EQ(Tests::nameOfException([&] { archive(nestedIn(1, nested)); }),
+                  NS::kInvalidArchiveOperationException);
     }
-    EXPECT_EQ(Tests::nameOfException([&] { archive(nested); }), "none");
-    nested = NS::Array::arrayWithObjects({nested});
-    EXPECT_EQ(Tests::nameOfException([&] { archive(nested); }),
-              NS::kInvalidArchiveOperationException);
-}
-
-TEST_F(KeyedArchiver, CountsADateAmongTheObjectsTooDeep) {
-    NS::Ref<NS::Object> nested = NS::make<NS::Date>(1.0);
-    for (int i = 1; i < 512; ++i) {
-        nested = NS::Array::arrayWithObjects({nested});
-    }
-    EXPECT_EQ(Tests::nameOfException([&] { archive(nested); }), "none");
-    nested = NS::Array::arrayWithObjects({nested});
-    EXPECT_EQ(Tests::nameOfException([&] { archive(nested); }),
-              NS::kInvalidArchiveOperationException);
 }
 
 TEST_F(KeyedArchiver, CountsADateTooDeepThatWasMetBefore) {
     const auto date = NS::make<NS::Date>(1.0);
-    NS::Ref<NS::Object> nested = date;
-    for (int i = 1; i < 512; ++i) {
-        nested = NS::Array::arrayWithObjects({nested});
-    }
+    const auto nested = nestedIn(kMostArrays, date);
     EXPECT_EQ(Tests::nameOfException([&] {
                   archive(NS::Array::arrayWithObjects({date, nested}));
               }),

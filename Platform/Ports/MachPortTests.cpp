@@ -26,7 +26,16 @@ class Pages final : public NS::Object {
     void* address = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
 };
 
-class MachPort : public Tests::PortTest {};
+class MachPort : public Tests::PortTest {
+  protected:
+    // Whether a peer has sent back "last words", which then wait for the receiver unread.
+    bool echoesLastWords(const NS::RefPtr<NS::MachPort>& peer, const TestPort& receiver) {
+        // Once this second port has its echo, the peer has sent the first one too.
+        TestPort witness;
+        return send(peer, {"last words"}, receiver.port) && send(peer, {"x"}, witness.port) &&
+               pump([&] { return witness.collector->messages.size() == 1; });
+    }
+};
 
 TEST_F(MachPort, DeliversAMessageWholeWithItsComponentsInOrder) {
     TestPort receiver;
@@ -233,11 +242,7 @@ TEST_F(MachPort, DeliversWhatAPeerSentBeforeItDied) {
     auto peer = startPeer("peer");
     ASSERT_TRUE(says(peer, "registered"));
     const auto port = lookUp("peer");
-    ASSERT_TRUE(send(port, {"last words"}, own.port));
-    // Once this second port has its echo, the peer has sent the first one too.
-    TestPort witness;
-    ASSERT_TRUE(send(port, {"x"}, witness.port));
-    ASSERT_TRUE(pump([&] { return witness.collector->messages.size() == 1; }));
+    ASSERT_TRUE(echoesLastWords(port, own));
     peer.signal(SIGKILL);
     ASSERT_TRUE(peer.waitForExit());
     own.schedule();
@@ -251,10 +256,7 @@ TEST_F(MachPort, DeliversWhatAPeerSentBeforeItDiedWithMessagesUnread) {
     auto peer = startPeer("peer");
     ASSERT_TRUE(says(peer, "registered"));
     const auto port = lookUp("peer");
-    ASSERT_TRUE(send(port, {"last words"}, own.port));
-    TestPort witness;
-    ASSERT_TRUE(send(port, {"x"}, witness.port));
-    ASSERT_TRUE(pump([&] { return witness.collector->messages.size() == 1; }));
+    ASSERT_TRUE(echoesLastWords(port, own));
     peer.signal(SIGSTOP);
     ASSERT_TRUE(peer.waitForState('T'));
     ASSERT_TRUE(send(port, {"never read"}, own.port));

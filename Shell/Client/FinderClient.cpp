@@ -2,11 +2,12 @@
 
 #include "Shell/Client/ClientConnection.h"
 #include "Shell/Client/FollowedExtension.h"
+#include "Shell/Client/FollowedName.h"
 #include "Shell/Client/Offer.h"
 #include "Shell/Client/Question.h"
 #include "Shell/Client/ShownFolders.h"
-#include "Shell/Client/WaitingExtension.h"
 #include "Shell/Client/WatchedFolders.h"
+#include "Shell/FinderInterface.h"
 
 #include <algorithm>
 #include <utility>
@@ -39,7 +40,7 @@ class FinderClient::Session {
   public:
     ClientConnection connection;
     FollowedExtension extension{connection};
-    WaitingExtension waiting{connection};
+    FollowedName waiting{connection, FinderInterface::kWaitingName};
     ShownFolders shown{connection, extension};
     std::function<void()> onChange;
     std::string error;
@@ -167,7 +168,7 @@ bool FinderClient::isPresent() const noexcept {
 }
 
 bool FinderClient::isWaiting() const noexcept {
-    return session_->waiting.isThere() && !isPresent();
+    return !session_->waiting.owner().empty() && !isPresent();
 }
 
 const std::string& FinderClient::owner() const noexcept {

@@ -11,14 +11,8 @@ namespace Shell {
 
 namespace {
 
-constexpr const char* kBusName = "org.freedesktop.DBus";
-constexpr const char* kBusObject = "/org/freedesktop/DBus";
 constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
 
-const std::string kOwnerChanged =
-    std::string("type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',"
-                "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg0='") +
-    FinderInterface::kName + "'";
 const std::string kPropertiesChanged =
     std::string("type='signal',interface='org.freedesktop.DBus.Properties',"
                 "member='PropertiesChanged',path='") +
@@ -67,25 +61,6 @@ struct FollowedExtension::Callbacks {
         return *static_cast<FollowedExtension*>(object);
     }
 
-    static int ownerChanged(sd_bus_message* signal, void* object, sd_bus_error*) noexcept {
-        const char* name = nullptr;
-        const char* before = nullptr;
-        const char* now = nullptr;
-        if (sd_bus_message_read(signal, "sss", &name, &before, &now) >= 0) {
-            self(object).setOwner(now);
-        }
-        return 0;
-    }
-    // An error says that nobody has the name.
-    static int ownerTold(sd_bus_message* reply, void* object, sd_bus_error*) noexcept {
-        const char* owner = "";
-        if (sd_bus_message_is_method_error(reply, nullptr) > 0 ||
-            sd_bus_message_read(reply, "s", &owner) < 0) {
-            owner = "";
-        }
-        self(object).setOwner(owner);
-        return 1;
-    }
     static int propertiesTold(sd_bus_message* reply, void* object, sd_bus_error*) noexcept {
         self(object).takeAll(reply);
         return 1;
@@ -100,7 +75,7 @@ struct FollowedExtension::Callbacks {
         FollowedExtension& extension = self(object);
         const char* const sender = sd_bus_message_get_sender(signal);
         // What was said before all properties were told is older than these.
-        if (extension.isPresent_ && sender != nullptr && extension.owner_ == sender &&
+        if (extension.isPresent_ && sender != nullptr && extension.owner() == sender &&
             sd_bus_message_skip(signal, "s") >= 0) {
             (void)extension.takeProperties(signal); // as much as can be read
             extension.noteChange();
@@ -109,24 +84,19 @@ struct FollowedExtension::Callbacks {
     }
 };
 
-FollowedExtension::FollowedExtension(ClientConnection& connection) : connection_(connection) {
-    sd_bus* const bus = connection_.bus();
-    if (bus == nullptr) {
-        isOwnerKnown_ = true;
-        return;
+FollowedExtension::FollowedExtension(ClientConnection& connection)
+    : connection_(connection),
+      name_(connection, FinderInterface::kName, [this] { ownerChanged(); }) {
+    if (sd_bus* const bus = connection_.bus(); bus != nullptr) {
+        // What fails here is the connection itself, as whoever serves it will see.
+        (void)sd_bus_add_match_async(bus, nullptr, kPropertiesChanged.c_str(),
+                                     &Callbacks::propertiesChanged, nullptr, this);
+        connection_.awaitEvents();
     }
-    // What fails here is the connection itself, as whoever serves it will see.
-    (void)sd_bus_add_match_async(bus, nullptr, kOwnerChanged.c_str(), &Callbacks::ownerChanged,
-                                 nullptr, this);
-    (void)sd_bus_add_match_async(bus, nullptr, kPropertiesChanged.c_str(),
-                                 &Callbacks::propertiesChanged, nullptr, this);
-    (void)sd_bus_call_method_async(bus, nullptr, kBusName, kBusObject, kBusName, "GetNameOwner",
-                                   &Callbacks::ownerTold, this, "s", FinderInterface::kName);
-    connection_.awaitEvents();
 }
 
 bool FollowedExtension::isKnown() const noexcept {
-    return isOwnerKnown_ && (owner_.empty() || hasAnswered_);
+    return name_.isKnown() && (owner().empty() || hasAnswered_);
 }
 
 void FollowedExtension::noteChange() noexcept {
@@ -134,12 +104,7 @@ void FollowedExtension::noteChange() noexcept {
     ++changes_;
 }
 
-void FollowedExtension::setOwner(const char* owner) {
-    if (isOwnerKnown_ && owner_ == owner) {
-        return;
-    }
-    isOwnerKnown_ = true;
-    owner_ = owner;
+void FollowedExtension::ownerChanged() {
     properties_.reset();
     doubt_.reset();
     hasAnswered_ = false;
@@ -148,20 +113,20 @@ void FollowedExtension::setOwner(const char* owner) {
     toolbarItem_ = {};
     hostAnswers_ = true;
     noteChange();
-    if (!owner_.empty()) {
+    if (!owner().empty()) {
         askForProperties();
     }
 }
 
 void FollowedExtension::doubt() {
-    if (doubt_ || owner_.empty() || connection_.bus() == nullptr) {
+    if (doubt_ || owner().empty() || connection_.bus() == nullptr) {
         return;
     }
     sd_bus_slot* slot = nullptr;
     // Where this cannot be sent the connection has gone, as whoever serves it will see.
-    if (sd_bus_call_method_async(connection_.bus(), &slot, owner_.c_str(), FinderInterface::kObject,
-                                 "org.freedesktop.DBus.Peer", "Ping", &Callbacks::doubtAnswered,
-                                 this, nullptr) >= 0) {
+    if (sd_bus_call_method_async(connection_.bus(), &slot, owner().c_str(),
+                                 FinderInterface::kObject, "org.freedesktop.DBus.Peer", "Ping",
+                                 &Callbacks::doubtAnswered, this, nullptr) >= 0) {
         doubt_.reset(slot);
     }
     connection_.awaitEvents();
@@ -170,7 +135,7 @@ void FollowedExtension::doubt() {
 // Of the owner by its unique name: nobody is started for it.
 void FollowedExtension::askForProperties() {
     sd_bus_message* made = nullptr;
-    if (sd_bus_message_new_method_call(connection_.bus(), &made, owner_.c_str(),
+    if (sd_bus_message_new_method_call(connection_.bus(), &made, owner().c_str(),
                                        FinderInterface::kObject, kProperties, "GetAll") < 0) {
         return;
     }

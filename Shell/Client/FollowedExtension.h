@@ -2,6 +2,7 @@
 
 #include "Shell/Client/ClientConnection.h"
 #include "Shell/Client/FinderClient.h"
+#include "Shell/Client/FollowedName.h"
 
 #include <cstdint>
 #include <string>
@@ -22,7 +23,7 @@ class FollowedExtension {
     bool isKnown() const noexcept;
     bool isPresent() const noexcept { return isPresent_; }
     // Its unique name on the bus; empty while there is none.
-    const std::string& owner() const noexcept { return owner_; }
+    const std::string& owner() const noexcept { return name_.owner(); }
 
     // Whether it has taken in messages since it was doubted last. To doubt it is to ask it just
     // that, without waiting, and once until it has answered.
@@ -39,12 +40,12 @@ class FollowedExtension {
     // How often what is known has changed.
     std::uint64_t changes() const noexcept { return changes_; }
     // The bus has gone, and the extension with it.
-    void busLost() { setOwner(""); }
+    void busLost() { name_.busLost(); }
 
   private:
     struct Callbacks;
 
-    void setOwner(const char* owner);
+    void ownerChanged();
     void askForProperties();
     void takeAll(sd_bus_message* reply);
     void noteChange() noexcept;
@@ -53,8 +54,7 @@ class FollowedExtension {
     int takeWatchedFolders(sd_bus_message* message);
 
     ClientConnection& connection_;
-    std::string owner_;
-    bool isOwnerKnown_ = false;
+    FollowedName name_;
     bool hasAnswered_ = false;
     bool isPresent_ = false;
     BusSlot properties_; // the question that is under way

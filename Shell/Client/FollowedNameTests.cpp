@@ -3,20 +3,20 @@
 
 namespace {
 
-// An extension that waits for its host, as a client sees it.
-class WaitingExtension : public Tests::ClientTest {
+// The name of an extension that waits for its host, as a client sees it.
+class FollowedName : public Tests::ClientTest {
   protected:
     void SetUp() override { extension.emplace(std::vector<std::string>{kDrive}); }
 };
 
-TEST_F(WaitingExtension, IsKnownToAClientThatComesLater) {
+TEST_F(FollowedName, IsKnownToAClientThatComesLater) {
     extension->wait();
     connect();
     EXPECT_TRUE(pump([&] { return client->isWaiting(); }));
     EXPECT_FALSE(client->isPresent());
 }
 
-TEST_F(WaitingExtension, ComesAndGoesWithAChangeEach) {
+TEST_F(FollowedName, ComesAndGoesWithAChangeEach) {
     connect();
     EXPECT_FALSE(client->isWaiting());
     int changes = 0;
@@ -31,7 +31,7 @@ TEST_F(WaitingExtension, ComesAndGoesWithAChangeEach) {
     EXPECT_EQ(changes, 2);
 }
 
-TEST_F(WaitingExtension, WaitsNoLongerOnceItIsPresent) {
+TEST_F(FollowedName, CountsNoLongerOnceItsOwnerIsPresent) {
     extension->wait();
     connect();
     ASSERT_TRUE(pump([&] { return client->isWaiting(); }));
@@ -40,7 +40,7 @@ TEST_F(WaitingExtension, WaitsNoLongerOnceItIsPresent) {
     EXPECT_FALSE(client->isWaiting());
 }
 
-TEST_F(WaitingExtension, GoesWithTheBus) {
+TEST_F(FollowedName, GoesWithTheBus) {
     extension->wait();
     connect();
     ASSERT_TRUE(pump([&] { return client->isWaiting(); }));
