@@ -1,5 +1,7 @@
-#include "Benchmarks/Support/BenchmarkBus.h"
+#include "Benchmarks/Support/BusDaemon.h"
+#include "Benchmarks/Support/Peer.h"
 #include "Benchmarks/Support/RawBusCall.h"
+#include "Benchmarks/Support/ScratchFolder.h"
 #include "Benchmarks/Support/SelectedPaths.h"
 #include "Platform/Finder/FinderSyncController.h"
 #include "Platform/Ports/RunLoop.h"
@@ -12,7 +14,9 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -43,6 +47,7 @@ constexpr std::string_view kServeCalls = "--serve-calls";
     if (!service.start()) {
         std::exit(EXIT_FAILURE);
     }
+    Benchmarks::Peer::sayReady();
     NS::RunLoop::currentRunLoop()->run();
     std::exit(EXIT_SUCCESS);
 }
@@ -71,21 +76,22 @@ class Desktop {
         }
     }
 
-    Benchmarks::SpawnedProgram started(std::string_view role) {
+    // This program as one of the servers.
+    Benchmarks::Peer started(std::string_view role) {
         return {
-            Benchmarks::SpawnedProgram::own(), {std::string(role), drive_}
+            Benchmarks::Peer::ownProgram(), {std::string(role), drive_}
         };
     }
 
-    Benchmarks::BenchmarkBus bus_;
-    Benchmarks::TemporaryFolder folder_;
+    Benchmarks::ScratchFolder folder_;
+    Benchmarks::BusDaemon bus_{folder_.path()};
     std::string drive_ = [this] {
         const std::filesystem::path drive = folder_.path() / "Drive";
         std::filesystem::create_directories(drive / "Pictures");
         return drive.string();
     }();
-    Benchmarks::SpawnedProgram callsServer_ = started(kServeCalls);
-    Benchmarks::SpawnedProgram menuServer_ = started(kServeMenus);
+    Benchmarks::Peer callsServer_ = started(kServeCalls);
+    Benchmarks::Peer menuServer_ = started(kServeMenus);
     Benchmarks::RawBusCall calls_;
     Shell::FinderClient client_;
 };
@@ -145,13 +151,15 @@ int main(int argc, char** argv) {
     if (argc == 3 && argv[1] == kServeMenus) {
         serveMenus(argv[2]);
     }
-    if (argc == 3 && argv[1] == kServeCalls) {
-        Benchmarks::RawBusCall::serve();
-    }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+    try {
+        if (argc == 3 && argv[1] == kServeCalls) {
+            Benchmarks::RawBusCall::serve();
+        }
+        benchmark::Initialize(&argc, argv);
+        benchmark::RunSpecifiedBenchmarks();
+    } catch (const std::exception& error) {
+        std::cerr << argv[0] << ": " << error.what() << '\n';
         return EXIT_FAILURE;
     }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+    return EXIT_SUCCESS;
 }

@@ -3,6 +3,7 @@
 
 import json
 import tempfile
+import time
 import unittest
 import xml.etree.ElementTree
 from pathlib import Path
@@ -33,6 +34,20 @@ def program_that(folder, text):
     program.write_text("#!/bin/sh\n" + text, encoding="utf-8")
     program.chmod(0o755)
     return program
+
+
+def wait_until_gone(process):
+    """Also one that nobody waits for any more is gone."""
+    stat = Path(f"/proc/{process}/stat")
+    deadline = time.monotonic() + 60
+    while time.monotonic() < deadline:
+        try:
+            if stat.read_text(encoding="utf-8").rpartition(")")[2].split()[0] in "ZX":
+                return
+        except OSError:
+            return
+        time.sleep(0.001)
+    raise AssertionError(f"process {process} is still there")
 
 
 class CaseNames(unittest.TestCase):
@@ -84,6 +99,12 @@ class Programs(unittest.TestCase):
             program = program_that(folder, "echo why >&2; exit 3\n")
             with self.assertRaisesRegex(measuring.MeasuringError, "fake ended with status 3: why"):
                 measuring.names_in(program)
+
+    def test_leave_nothing_running(self):
+        with tempfile.TemporaryDirectory() as folder:
+            program = program_that(folder, "sleep 1000 & echo $!\n")
+            left = int(measuring.run(program, []))
+            wait_until_gone(left)
 
     def test_that_are_not_there_are_missed(self):
         with tempfile.TemporaryDirectory() as folder:

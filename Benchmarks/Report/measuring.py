@@ -10,6 +10,7 @@ repetitions. Processor time is what counts, unless a case takes another.
 import json
 import os
 import re
+import signal
 import statistics
 import subprocess
 import tempfile
@@ -85,12 +86,21 @@ def programs_in(folder):
 
 
 def run(program, arguments):
-    """What a program prints, when all goes well."""
-    done = subprocess.run([program, *arguments], text=True, check=False, capture_output=True)
-    if done.returncode != 0:
-        last = (done.stderr.splitlines() or [""])[-1]
-        raise MeasuringError(f"{program.name} ended with status {done.returncode}: {last}")
-    return done.stdout
+    """What a program prints, when all goes well. What it leaves running is ended with it."""
+    with tempfile.TemporaryFile("w+") as out, tempfile.TemporaryFile("w+") as errors:
+        with subprocess.Popen([program, *arguments], stdout=out, stderr=errors, text=True,
+                              start_new_session=True) as process:
+            try:
+                os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOWAIT)
+            finally:
+                os.killpg(process.pid, signal.SIGKILL)  # has its number until it is waited for
+            status = process.wait()
+        if status != 0:
+            errors.seek(0)
+            last = (errors.read().splitlines() or [""])[-1]
+            raise MeasuringError(f"{program.name} ended with status {status}: {last}")
+        out.seek(0)
+        return out.read()
 
 
 def names_in(program):

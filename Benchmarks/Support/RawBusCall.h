@@ -14,10 +14,10 @@ class RawBusCall {
     // The name on the bus, of the one who serves and of his interface.
     static constexpr const char* kName = "com.Quorvane.Benchmarks";
 
-    // Serves the calls until the process is killed. Throws when there is no bus.
+    // Serves the calls as a Peer until the process is killed. Throws when there is no bus.
     [[noreturn]] static void serve();
 
-    // Connects, and waits until somebody serves. Throws when nobody does.
+    // Connects. Throws when there is no bus.
     RawBusCall();
     ~RawBusCall();
     RawBusCall(const RawBusCall&) = delete;
