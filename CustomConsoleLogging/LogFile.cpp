@@ -50,9 +50,7 @@ void LogFile::stampLine(std::string_view message) {
 }
 
 void LogFile::write(std::string_view bytes) const {
-    auto file = NS::FileHandle::fileHandleForWritingAtPath(*path_);
-    // A file without an end to go to would be overwritten from its start.
-    if (file && file->seekToEndOfFile()) {
-        (void)file->writeData(NS::bytesOf(bytes)); // a full disk loses the line
+    if (auto file = NS::FileHandle::fileHandleForAppendingAtPath(*path_)) {
+        (void)file->appendData(NS::bytesOf(bytes)); // a full disk loses the line
     }
 }

@@ -234,7 +234,7 @@ TEST_F(QVLoggingTest, KeepsTheRunningFlag) {
     EXPECT_FALSE(logging->checkQuitFlag());
 }
 
-TEST_F(QVLoggingTest, WritesEachMessageInOneTurnOfOpenSeekWriteClose) {
+TEST_F(QVLoggingTest, WritesEachMessageInOneTurnOfOpenAppendClose) {
     NS::MemoryFileManager memory;
     const NS::ScopedFileManager scope(memory);
     setUp();
@@ -242,10 +242,10 @@ TEST_F(QVLoggingTest, WritesEachMessageInOneTurnOfOpenSeekWriteClose) {
     writeSuccinctly("12345");
     EXPECT_EQ(memory.takeAccesses(),
               (std::vector<std::string>{"make-folder " + logFolder().string(), "make-file " + file,
-                                        "open " + file, "seek", "write 5", "close"}));
+                                        "open " + file, "append 5", "close"}));
     write("12345");
     EXPECT_EQ(memory.takeAccesses(),
-              (std::vector<std::string>{"open " + file, "seek", "write 31", "close"}));
+              (std::vector<std::string>{"open " + file, "append 31", "close"}));
 }
 
 TEST_F(QVLoggingTest, KeepsTheMessagesOfSeveralThreadsWhole) {
