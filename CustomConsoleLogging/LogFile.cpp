@@ -1,7 +1,6 @@
 #include "CustomConsoleLogging/LogFile.h"
 
 #include "CustomConsoleLogging/QVLogging.h"
-#include "Platform/Foundation/Clock.h"
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/Format.h"
 
@@ -40,7 +39,7 @@ void LogFile::create(const NS::String& folder, const NS::RefPtr<NS::String>& pre
 
 void LogFile::stampLine(std::string_view message) {
     line_.assign(1, '[');
-    formatter_.appendDate(NS::absoluteTimeGetCurrent(), line_);
+    line_ += formatter_.now();
     line_ += "]: ";
     line_ += message;
     write(line_);

@@ -1,7 +1,6 @@
 #include "CustomConsoleLogging/LoggingState.h"
 #include "CustomConsoleLogging/consoleLogging.h"
 #include "Platform/Foundation/Array.h"
-#include "Platform/Foundation/Clock.h"
 
 #include <string>
 
@@ -33,7 +32,7 @@ void logLine(std::string_view format, std::span<const NS::FormatArgument> argume
     line.reserve(kCoarseHead + message->length() + 1);
     line += '[';
     // The clock is read here, and once more for the outer stamp: the two may differ by a second.
-    LoggingState::shared().coarseStamp.appendDate(NS::absoluteTimeGetCurrent(), line);
+    line += LoggingState::shared().coarseStamp.now();
     line += "]: ";
     appendUtf8(line, *message);
     line += '\n';
