@@ -11,7 +11,8 @@ constexpr std::size_t kKeptLine = std::size_t{64} << 10U;
 
 } // namespace
 
-void LogFile::append(const QVLogging& logging, std::string_view message, Stamp stamp) {
+void LogFile::append(const QVLogging& logging, std::initializer_list<std::string_view> message,
+                     Stamp stamp) {
     const std::lock_guard lock(mutex_);
     if (!path_) {
         const NS::RefPtr<NS::String> folder = logging.path();
@@ -20,10 +21,16 @@ void LogFile::append(const QVLogging& logging, std::string_view message, Stamp s
         }
         create(*folder, logging.prefix());
     }
-    if (stamp == Stamp::kNone) {
-        write(message);
-    } else {
-        stampLine(message);
+    line_.clear();
+    if (stamp == Stamp::kFine) {
+        ((line_ += '[') += formatter_.now()) += "]: ";
+    }
+    for (const std::string_view part : message) {
+        line_ += part;
+    }
+    write(line_);
+    if (line_.capacity() > kKeptLine) {
+        std::string().swap(line_);
     }
 }
 
@@ -35,17 +42,6 @@ void LogFile::create(const NS::String& folder, const NS::RefPtr<NS::String>& pre
     // Where one of them fails the file cannot be opened, and the lines are lost in silence.
     (void)files.createDirectoryAtPath(folder);
     (void)files.createFileAtPath_contents(*path_, {});
-}
-
-void LogFile::stampLine(std::string_view message) {
-    line_.assign(1, '[');
-    line_ += formatter_.now();
-    line_ += "]: ";
-    line_ += message;
-    write(line_);
-    if (line_.capacity() > kKeptLine) {
-        std::string().swap(line_);
-    }
 }
 
 void LogFile::write(std::string_view bytes) const {

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/String.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -18,13 +19,14 @@ class LogFile {
   public:
     enum class Stamp : std::uint8_t { kNone, kFine };
 
-    // Appends UTF-8, behind "[fine stamp]: " where it is asked for. Folder and prefix come from the
-    // logging instance, for the first message only; while there is no folder, messages are lost.
-    void append(const QVLogging& logging, std::string_view message, Stamp stamp);
+    // Appends a message's parts, in UTF-8, behind "[fine stamp]: " where it is asked for. Folder
+    // and prefix come from the logging instance, for the first message only; while there is no
+    // folder, messages are lost.
+    void append(const QVLogging& logging, std::initializer_list<std::string_view> message,
+                Stamp stamp);
 
   private:
     void create(const NS::String& folder, const NS::RefPtr<NS::String>& prefix);
-    void stampLine(std::string_view message);
     void write(std::string_view bytes) const;
 
     // An exception that is raised below a message, by a lack of memory for instance, is logged

@@ -32,7 +32,9 @@ class DateFormatter {
 
       private:
         friend class DateFormatter;
-        std::array<char, kLongest> characters_{};
+        Text() = default;
+
+        std::array<char, kLongest> characters_; // as many as the length tells
         std::size_t length_ = 0;
     };
 
