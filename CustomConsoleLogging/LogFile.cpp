@@ -1,7 +1,6 @@
 #include "CustomConsoleLogging/LogFile.h"
 
 #include "CustomConsoleLogging/QVLogging.h"
-#include "Platform/Foundation/Clock.h"
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/Format.h"
 
@@ -12,7 +11,8 @@ constexpr std::size_t kKeptLine = std::size_t{64} << 10U;
 
 } // namespace
 
-void LogFile::append(const QVLogging& logging, std::string_view message, Stamp stamp) {
+void LogFile::append(const QVLogging& logging, std::initializer_list<std::string_view> message,
+                     Stamp stamp) {
     const std::lock_guard lock(mutex_);
     if (!path_) {
         const NS::RefPtr<NS::String> folder = logging.path();
@@ -21,10 +21,16 @@ void LogFile::append(const QVLogging& logging, std::string_view message, Stamp s
         }
         create(*folder, logging.prefix());
     }
-    if (stamp == Stamp::kNone) {
-        write(message);
-    } else {
-        stampLine(message);
+    line_.clear();
+    if (stamp == Stamp::kFine) {
+        ((line_ += '[') += formatter_.now()) += "]: ";
+    }
+    for (const std::string_view part : message) {
+        line_ += part;
+    }
+    write(line_);
+    if (line_.capacity() > kKeptLine) {
+        std::string().swap(line_);
     }
 }
 
@@ -38,21 +44,8 @@ void LogFile::create(const NS::String& folder, const NS::RefPtr<NS::String>& pre
     (void)files.createFileAtPath_contents(*path_, {});
 }
 
-void LogFile::stampLine(std::string_view message) {
-    line_.assign(1, '[');
-    formatter_.appendDate(NS::absoluteTimeGetCurrent(), line_);
-    line_ += "]: ";
-    line_ += message;
-    write(line_);
-    if (line_.capacity() > kKeptLine) {
-        std::string().swap(line_);
-    }
-}
-
 void LogFile::write(std::string_view bytes) const {
-    auto file = NS::FileHandle::fileHandleForWritingAtPath(*path_);
-    // A file without an end to go to would be overwritten from its start.
-    if (file && file->seekToEndOfFile()) {
-        (void)file->writeData(NS::bytesOf(bytes)); // a full disk loses the line
+    if (auto file = NS::FileHandle::fileHandleForAppendingAtPath(*path_)) {
+        (void)file->appendData(NS::bytesOf(bytes)); // a full disk loses the line
     }
 }

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/String.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -12,19 +13,20 @@ class QVLogging;
 
 // A log file of this run: named and made by its first message, and fixed from then on.
 //
-// Each message is one open, seek to the end, write and close. Messages of several threads come one
+// Each message is one open, write behind the end and close. Messages of several threads come one
 // after the other and whole; other processes have files of their own.
 class LogFile {
   public:
     enum class Stamp : std::uint8_t { kNone, kFine };
 
-    // Appends UTF-8, behind "[fine stamp]: " where it is asked for. Folder and prefix come from the
-    // logging instance, for the first message only; while there is no folder, messages are lost.
-    void append(const QVLogging& logging, std::string_view message, Stamp stamp);
+    // Appends a message's parts, in UTF-8, behind "[fine stamp]: " where it is asked for. Folder
+    // and prefix come from the logging instance, for the first message only; while there is no
+    // folder, messages are lost.
+    void append(const QVLogging& logging, std::initializer_list<std::string_view> message,
+                Stamp stamp);
 
   private:
     void create(const NS::String& folder, const NS::RefPtr<NS::String>& prefix);
-    void stampLine(std::string_view message);
     void write(std::string_view bytes) const;
 
     // An exception that is raised below a message, by a lack of memory for instance, is logged

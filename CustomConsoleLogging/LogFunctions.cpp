@@ -1,50 +1,41 @@
 #include "CustomConsoleLogging/LoggingState.h"
+#include "CustomConsoleLogging/TextBytes.h"
 #include "CustomConsoleLogging/consoleLogging.h"
 #include "Platform/Foundation/Array.h"
-#include "Platform/Foundation/Clock.h"
-
-#include <string>
 
 namespace {
 
-// "[2026-11-16 06:56:27]: "
-constexpr std::size_t kCoarseHead = 23;
-
-void appendUtf8(std::string& line, const NS::String& text) {
-    if (text.isAscii()) {
-        line += text.ascii();
-    } else {
-        line += text.utf8();
-    }
-}
-
-void append(std::string_view line, LogFile::Stamp stamp) {
-    LoggingState& state = LoggingState::shared();
-    if (const auto logging = state.instance.load()) {
-        state.file.append(*logging, line, stamp);
-    }
+// A line's message, without its end.
+NS::StringBuilder messageOf(std::string_view format,
+                            std::span<const NS::FormatArgument> arguments) {
+    NS::StringBuilder message;
+    NS::appendFormatWithArguments(message, format, arguments);
+    return message;
 }
 
 } // namespace
 
 void logLine(std::string_view format, std::span<const NS::FormatArgument> arguments) {
-    const auto message = NS::stringWithFormatArguments(format, arguments);
-    std::string line;
-    line.reserve(kCoarseHead + message->length() + 1);
-    line += '[';
-    // The clock is read here, and once more for the outer stamp: the two may differ by a second.
-    LoggingState::shared().coarseStamp.appendDate(NS::absoluteTimeGetCurrent(), line);
-    line += "]: ";
-    appendUtf8(line, *message);
-    line += '\n';
-    append(line, LogFile::Stamp::kFine);
+    const NS::StringBuilder message = messageOf(format, arguments);
+    LoggingState& state = LoggingState::shared();
+    if (const auto logging = state.instance.load()) {
+        // The clock is read here, and once more for the outer stamp: the two may differ by a
+        // second.
+        const NS::DateFormatter::Text coarse = state.coarseStamp.now();
+        withUtf8(message, [&](std::string_view bytes) {
+            state.file.append(*logging, {"[", coarse, "]: ", bytes, "\n"}, LogFile::Stamp::kFine);
+        });
+    }
 }
 
 void logSuccinctLine(std::string_view format, std::span<const NS::FormatArgument> arguments) {
-    std::string line;
-    appendUtf8(line, *NS::stringWithFormatArguments(format, arguments));
-    line += '\n';
-    append(line, LogFile::Stamp::kNone);
+    const NS::StringBuilder message = messageOf(format, arguments);
+    LoggingState& state = LoggingState::shared();
+    if (const auto logging = state.instance.load()) {
+        withUtf8(message, [&](std::string_view bytes) {
+            state.file.append(*logging, {bytes, "\n"}, LogFile::Stamp::kNone);
+        });
+    }
 }
 
 void exceptionHandler(const NS::Exception& exception) {

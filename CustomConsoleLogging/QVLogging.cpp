@@ -2,6 +2,7 @@
 
 #include "CustomConsoleLogging/LoggingFolders.h"
 #include "CustomConsoleLogging/LoggingState.h"
+#include "CustomConsoleLogging/TextBytes.h"
 #include "CustomConsoleLogging/consoleLogging.h"
 #include "Platform/Foundation/UserDefaults.h"
 
@@ -10,16 +11,6 @@ constinit const NS::Class QVLogging::kClass{.name = "QVLogging", .superclass = &
 namespace {
 
 constexpr std::string_view kRunningKey = "running";
-
-// Hands a text's UTF-8 to a function, in place where the text is ASCII.
-template <class Function>
-void withUtf8(const NS::String& text, Function&& function) {
-    if (text.isAscii()) {
-        function(text.ascii());
-    } else {
-        function(std::string_view(text.utf8()));
-    }
-}
 
 } // namespace
 
@@ -41,7 +32,7 @@ void QVLogging::fileMessage_succinct(const NS::RefPtr<NS::String>& message, bool
     }
     withUtf8(*message, [&](std::string_view bytes) {
         LoggingState::shared().file.append(
-            *this, bytes, succinct ? LogFile::Stamp::kNone : LogFile::Stamp::kFine);
+            *this, {bytes}, succinct ? LogFile::Stamp::kNone : LogFile::Stamp::kFine);
     });
 }
 
@@ -50,7 +41,7 @@ void QVLogging::fileSuccinctMessage(const NS::RefPtr<NS::String>& message) {
         return;
     }
     withUtf8(*message, [&](std::string_view bytes) {
-        LoggingState::shared().succinctFile.append(*this, bytes, LogFile::Stamp::kNone);
+        LoggingState::shared().succinctFile.append(*this, {bytes}, LogFile::Stamp::kNone);
     });
 }
 

@@ -100,12 +100,17 @@ NS::Ref<NS::Array> QVExtensionCommsComponent::componentsFor(const NS::String& ac
     return NS::make<NS::Array>(std::move(components));
 }
 
+const NS::Date& QVExtensionCommsComponent::noWaiting() {
+    static const NS::Date& date = *NS::RefPtr<NS::Date>(NS::make<NS::Date>(0)).leak();
+    return date;
+}
+
 void QVExtensionCommsComponent::sendAction_data_to(const NS::Ref<NS::String>& action,
                                                    const NS::Array& data,
                                                    const NS::RefPtr<NS::MachPort>& destination) {
     if (destination) {
         (void)destination->sendBeforeDate_components_from_reserved(
-            NS::Date::date(), *componentsFor(action, data), port(), 0);
+            noWaiting(), *componentsFor(action, data), port(), 0);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "Platform/Foundation/DateFormatter.h"
 
+#include "Platform/Foundation/Clock.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/LocalTime.h"
 
@@ -168,21 +169,23 @@ class DateFormatter::Parser {
 };
 
 DateFormatter::DateFormatter(std::string_view pattern) : pieces_(Parser(pattern).run()) {
+    std::size_t length = 0;
     for (const Piece& piece : pieces_) {
         if (piece.field == 'S') {
-            fractions_.push_back({length_, piece.width});
+            fractions_.push_back({length, piece.width});
         }
-        length_ += piece.width;
+        length += piece.width;
     }
-    if (length_ > kLongest) {
+    if (length > kLongest) {
         Exception::raise(kInvalidArgumentException,
                          "date pattern \"" + std::string(pattern) + "\": it is too long");
     }
+    text_.length_ = length;
 }
 
 void DateFormatter::renderSecond(std::int64_t secondsSince1970) noexcept {
     const LocalTime time = localTime(secondsSince1970);
-    char* place = text_.data();
+    char* place = text_.characters_.data();
     for (const Piece& piece : pieces_) {
         if (piece.field == 0) {
             std::ranges::copy(piece.literal, place);
@@ -193,9 +196,10 @@ void DateFormatter::renderSecond(std::int64_t secondsSince1970) noexcept {
     }
 }
 
-bool DateFormatter::isCurrent(std::int64_t second, std::string_view timeZone) const noexcept {
+bool DateFormatter::isKept(std::int64_t second, ZoneLook look) const noexcept {
     return second == second_ && timeZoneLength_ != kUnknown &&
-           timeZone == std::string_view(timeZone_.data(), timeZoneLength_);
+           (look == ZoneLook::kEachSecond ||
+            timeZoneVariable() == std::string_view(timeZone_.data(), timeZoneLength_));
 }
 
 // A text too long to be kept leaves nothing kept, and each date is rendered anew.
@@ -206,30 +210,33 @@ void DateFormatter::keepTimeZone(std::string_view timeZone) noexcept {
     }
 }
 
-void DateFormatter::appendDate(double timeIntervalSinceReferenceDate, std::string& text) {
+DateFormatter::Text DateFormatter::rendered(double timeIntervalSinceReferenceDate,
+                                            ZoneLook look) noexcept {
     const Moment moment = momentOf(timeIntervalSinceReferenceDate);
-    Text rendered;
+    Text text;
     {
         const std::lock_guard lock(mutex_);
-        const std::string_view timeZone = timeZoneVariable();
-        if (!isCurrent(moment.second, timeZone)) {
+        if (!isKept(moment.second, look)) {
             renderSecond(moment.second);
             second_ = moment.second;
-            keepTimeZone(timeZone);
+            keepTimeZone(timeZoneVariable());
         }
-        rendered = text_;
+        text = text_;
     }
     for (const Fraction& fraction : fractions_) {
-        writeDigits(&rendered[fraction.position], fraction.digits,
+        writeDigits(&text.characters_[fraction.position], fraction.digits,
                     cutTo(fraction.digits, moment.microsecond));
     }
-    text.append(rendered.data(), length_);
+    return text;
 }
 
 Ref<String> DateFormatter::stringFromDate(const Date& date) {
-    std::string text;
-    appendDate(date.timeIntervalSinceReferenceDate(), text);
-    return String::fromFileSystemRepresentation(text);
+    return String::fromFileSystemRepresentation(
+        rendered(date.timeIntervalSinceReferenceDate(), ZoneLook::kEachTime));
+}
+
+DateFormatter::Text DateFormatter::now() {
+    return rendered(absoluteTimeGetCurrent(), ZoneLook::kEachSecond);
 }
 
 } // namespace NS

@@ -19,22 +19,35 @@ namespace NS {
 // not rounded. What stands between apostrophes, and all that is no letter, stands for itself; two
 // apostrophes are one.
 //
-// A second is rendered once and kept. A change of the TZ variable shows at once, a change of the
-// machine's time zone with the next second. Any thread, as long as none changes the environment at
-// that moment.
+// A second is rendered once and kept. A change of the machine's time zone shows with the next
+// second. Any thread, as long as none changes the environment at that moment.
 class DateFormatter {
   public:
+    static constexpr std::size_t kLongest = 64;
+
+    // A rendered moment, in place.
+    class Text {
+      public:
+        operator std::string_view() const noexcept { return {characters_.data(), length_}; }
+
+      private:
+        friend class DateFormatter;
+        Text() = default;
+
+        std::array<char, kLongest> characters_; // as many as the length tells
+        std::size_t length_ = 0;
+    };
+
     // Raises NSInvalidArgumentException for a field that is not in the list above, for an
     // apostrophe without its counterpart and for a pattern that gives more than kLongest
     // characters.
     explicit DateFormatter(std::string_view pattern);
 
+    // Years outside of 1 to 9999 stop at these limits. A change of the TZ variable shows at once.
     Ref<String> stringFromDate(const Date& date);
-    // Appends a moment, in seconds since 2001-01-01 00:00:00 UTC. Years outside of 1 to 9999 stop
-    // at these limits.
-    void appendDate(double timeIntervalSinceReferenceDate, std::string& text);
-
-    static constexpr std::size_t kLongest = 64;
+    // This moment, by one reading of the clock. A change of the TZ variable shows with the next
+    // second: to look for it takes longer than all the rest.
+    Text now();
 
   private:
     struct Piece {
@@ -46,21 +59,21 @@ class DateFormatter {
         std::size_t position;
         std::size_t digits;
     };
-    using Text = std::array<char, kLongest>;
+    enum class ZoneLook : std::uint8_t { kEachTime, kEachSecond };
     class Parser;
 
+    Text rendered(double timeIntervalSinceReferenceDate, ZoneLook look) noexcept;
     void renderSecond(std::int64_t secondsSince1970) noexcept;
-    bool isCurrent(std::int64_t second, std::string_view timeZone) const noexcept;
+    bool isKept(std::int64_t second, ZoneLook look) const noexcept;
     void keepTimeZone(std::string_view timeZone) noexcept;
 
     std::vector<Piece> pieces_;
     std::vector<Fraction> fractions_;
-    std::size_t length_ = 0;
 
     // The second that was rendered last, and the zone that it was rendered for. Nothing in it
     // allocates: an exception under the lock would find the lock taken when it is logged.
     std::mutex mutex_;
-    Text text_{};
+    Text text_;
     std::int64_t second_ = 0;
     std::array<char, 64> timeZone_{};
     std::size_t timeZoneLength_ = kUnknown;

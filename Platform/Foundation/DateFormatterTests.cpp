@@ -1,6 +1,7 @@
 #include "Platform/Foundation/DateFormatter.h"
 
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/Testing/ManualClock.h"
 #include "Tests/Support/ScopedVariable.h"
 
 #include <gtest/gtest.h>
@@ -17,9 +18,7 @@ constexpr double kMoment = 816504987;
 class DateFormatter : public testing::Test {
   protected:
     static std::string rendered(NS::DateFormatter& formatter, double moment) {
-        std::string text;
-        formatter.appendDate(moment, text);
-        return text;
+        return formatter.stringFromDate(*NS::make<NS::Date>(moment))->utf8();
     }
     static std::string rendered(std::string_view pattern, double moment) {
         NS::DateFormatter formatter(pattern);
@@ -151,16 +150,25 @@ TEST_F(DateFormatter, FollowsSummerTimeAndAClockThatIsSetBack) {
     EXPECT_EQ(rendered(formatter, 814582799.75), "02:59:59.75");
 }
 
-TEST_F(DateFormatter, RendersADateObject) {
-    NS::DateFormatter formatter("yyyy-MM-dd");
-    EXPECT_EQ(formatter.stringFromDate(*NS::make<NS::Date>(kMoment))->utf8(), "2026-11-16");
+TEST_F(DateFormatter, RendersThisMomentByOneReadingOfTheClock) {
+    NS::ManualClock clock(kMoment + 0.25);
+    const NS::ScopedClock scope(clock);
+    clock.setTick(1.5);
+    NS::DateFormatter formatter("yyyy-MM-dd HH:mm:ss.SS");
+    EXPECT_EQ(std::string_view(formatter.now()), "2026-11-16 06:56:27.25");
+    EXPECT_EQ(std::string_view(formatter.now()), "2026-11-16 06:56:28.75");
 }
 
-TEST_F(DateFormatter, AppendsToWhatIsThere) {
-    NS::DateFormatter formatter("SS");
-    std::string text = "at ";
-    formatter.appendDate(kMoment + 0.25, text);
-    EXPECT_EQ(text, "at 25");
+TEST_F(DateFormatter, LooksForTheZoneOfThisMomentWithEachSecond) {
+    NS::ManualClock clock(kMoment);
+    const NS::ScopedClock scope(clock);
+    NS::DateFormatter formatter("HH:mm:ss");
+    EXPECT_EQ(std::string_view(formatter.now()), "06:56:27");
+    zone.put("XST-1");
+    clock.set(kMoment + 1);
+    EXPECT_EQ(std::string_view(formatter.now()), "07:56:28");
+    zone.put("XST-2");
+    EXPECT_EQ(rendered(formatter, kMoment + 1), "08:56:28");
 }
 
 TEST_F(DateFormatter, ServesSeveralThreads) {

@@ -6,9 +6,9 @@
 
 namespace NS {
 
-std::optional<FileHandle> FileHandle::fileHandleForWritingAtPath(const String& path) {
+std::optional<FileHandle> FileHandle::fileHandleForAppendingAtPath(const String& path) {
     FileManager& manager = FileManager::defaultManager();
-    const std::optional<int> file = manager.openForWriting(path);
+    const std::optional<int> file = manager.openForAppending(path);
     return file ? std::optional<FileHandle>(FileHandle(manager, *file)) : std::nullopt;
 }
 
@@ -21,12 +21,8 @@ FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
     return *this;
 }
 
-bool FileHandle::seekToEndOfFile() {
-    return manager_ != nullptr && manager_->seekToEnd(file_);
-}
-
-bool FileHandle::writeData(Bytes bytes) {
-    return manager_ != nullptr && manager_->write(file_, bytes);
+bool FileHandle::appendData(Bytes bytes) {
+    return manager_ != nullptr && manager_->append(file_, bytes);
 }
 
 void FileHandle::closeFile() noexcept {

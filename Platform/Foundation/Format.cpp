@@ -3,7 +3,6 @@
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/FormatConversion.h"
-#include "Platform/Foundation/StringBuilder.h"
 #include "Platform/Foundation/Utf8.h"
 
 #include <charconv>
@@ -27,12 +26,13 @@ constexpr std::size_t kUsualArguments = 64;
 
 class Formatter {
   public:
-    Formatter(std::string_view format, std::span<const FormatArgument> arguments)
-        : format_(format), rest_(format), arguments_(arguments) {
-        out_.reserve(format.size() + kUsualArguments);
+    Formatter(StringBuilder& out, std::string_view format,
+              std::span<const FormatArgument> arguments)
+        : format_(format), rest_(format), arguments_(arguments), out_(out) {
+        out_.reserve(out_.length() + format.size() + kUsualArguments);
     }
 
-    Ref<String> run() {
+    void run() {
         while (!rest_.empty()) {
             const std::size_t percent = rest_.find('%');
             appendLiteral(rest_.substr(0, percent));
@@ -42,7 +42,6 @@ class Formatter {
             rest_.remove_prefix(percent + 1);
             convert();
         }
-        return out_.string();
     }
 
   private:
@@ -64,12 +63,12 @@ class Formatter {
     }
 
     std::optional<std::size_t> acceptNumber() {
+        if (peek() < '0' || peek() > '9') {
+            return std::nullopt;
+        }
         std::size_t number = 0;
         const char* const end = rest_.data() + rest_.size();
         const auto [stop, error] = std::from_chars(rest_.data(), end, number);
-        if (stop == rest_.data()) {
-            return std::nullopt;
-        }
         if (error != std::errc() || number > kWidthLimit) {
             raiseBadFormat(format_, "a number in it is too large");
         }
@@ -284,14 +283,21 @@ class Formatter {
     std::span<const FormatArgument> arguments_;
     std::size_t next_ = 0;
     std::optional<std::size_t> position_;
-    StringBuilder out_;
+    StringBuilder& out_;
 };
 
 } // namespace
 
 Ref<String> stringWithFormatArguments(std::string_view format,
                                       std::span<const FormatArgument> arguments) {
-    return Formatter(format, arguments).run();
+    StringBuilder text;
+    appendFormatWithArguments(text, format, arguments);
+    return text.string();
+}
+
+void appendFormatWithArguments(StringBuilder& out, std::string_view format,
+                               std::span<const FormatArgument> arguments) {
+    Formatter(out, format, arguments).run();
 }
 
 } // namespace NS

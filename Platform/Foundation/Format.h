@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Object.h"
 #include "Platform/Foundation/String.h"
+#include "Platform/Foundation/StringBuilder.h"
 
 #include <array>
 #include <concepts>
@@ -66,6 +67,10 @@ class FormatArgument {
 // raises NSInvalidArgumentException.
 Ref<String> stringWithFormatArguments(std::string_view format,
                                       std::span<const FormatArgument> arguments);
+
+// The same, appended to a text that is being put together. What was appended before a raise stays.
+void appendFormatWithArguments(StringBuilder& out, std::string_view format,
+                               std::span<const FormatArgument> arguments);
 
 template <class... Args>
 Ref<String> stringWithFormat(std::string_view format, const Args&... arguments) {

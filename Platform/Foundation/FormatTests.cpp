@@ -351,6 +351,18 @@ TEST(Format, RaisesForAWidthThatIsTooLargeForAnyone) {
     EXPECT_EQ(format("%.65536f", 1e308).size(), 309U + 1U + 65536U);
 }
 
+TEST(Format, AppendsToATextThatIsBeingPutTogether) {
+    NS::StringBuilder text;
+    text.appendAscii("<");
+    const NS::FormatArgument one[] = {1};
+    NS::appendFormatWithArguments(text, "%d>", one);
+    EXPECT_EQ(text.ascii(), "<1>");
+    NS::appendFormatWithArguments(text, "\xC3\xA9%d", one);
+    EXPECT_FALSE(text.isAscii());
+    EXPECT_EQ(text.string()->utf8(), "<1>\xC3\xA9"
+                                     "1");
+}
+
 TEST(Format, LeavesArgumentsOutThatItDoesNotAskFor) {
     EXPECT_EQ(format("%d", 1, 2, NS::str("x")), "1");
 }

@@ -47,6 +47,9 @@ void StringBuilder::appendCodePoint(char32_t codePoint) {
 }
 
 void StringBuilder::appendRepeated(char asciiCharacter, std::size_t count) {
+    if (count == 0) { // as for most texts, which are not padded
+        return;
+    }
     if (wide_.empty()) {
         narrow_.append(count, asciiCharacter);
     } else {

@@ -26,6 +26,9 @@ class StringBuilder {
     std::size_t length() const noexcept { return wide_.empty() ? narrow_.size() : wide_.size(); }
     // The text so far.
     Ref<String> string() const;
+    // The same in place, as long as all of it is ASCII; until the next change.
+    bool isAscii() const noexcept { return wide_.empty(); }
+    std::string_view ascii() const noexcept { return narrow_; }
 
   private:
     void widen();

@@ -37,6 +37,8 @@ TEST_F(StringBuilder, StaysNarrowForAscii) {
     EXPECT_EQ(text(), "abcdefg");
     EXPECT_EQ(builder.length(), 7U);
     EXPECT_TRUE(builder.string()->isAscii());
+    EXPECT_TRUE(builder.isAscii());
+    EXPECT_EQ(builder.ascii(), "abcdefg");
 }
 
 TEST_F(StringBuilder, WidensAtTheFirstOtherCharacterAndGoesOn) {

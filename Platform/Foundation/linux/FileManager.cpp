@@ -43,9 +43,11 @@ bool isDirectory(const char* path) noexcept {
     return ::stat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool writeAll(int file, Bytes bytes) noexcept {
+// All of the bytes, by a call that gives what write() would.
+template <class Write>
+bool writeAll(Bytes bytes, Write&& write) noexcept {
     while (!bytes.empty()) {
-        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        const ssize_t written = write(bytes);
         if (written < 0 && errno == EINTR) {
             continue;
         }
@@ -167,7 +169,8 @@ class SystemFileManager final : public FileManager {
         if (!file) {
             return false;
         }
-        const bool written = writeAll(file.get(), contents);
+        const bool written = writeAll(
+            contents, [&](Bytes rest) { return ::write(file.get(), rest.data(), rest.size()); });
         const bool closed = ::close(file.release()) == 0;
         if (written && closed && ::rename(temporary.c_str(), target.c_str()) == 0) {
             return true;
@@ -184,19 +187,22 @@ class SystemFileManager final : public FileManager {
     }
 
   protected:
-    std::optional<int> openForWriting(const String& path) override {
+    std::optional<int> openForAppending(const String& path) override {
         // Without waiting: a named pipe that nobody reads must not hold the caller up.
-        const int file =
-            ::open(SystemPath(path).c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+        const int file = ::open(SystemPath(path).c_str(),
+                                O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
         return file < 0 ? std::nullopt : std::optional<int>(file);
     }
 
-    bool seekToEnd(int file) override { return ::lseek(file, 0, SEEK_END) >= 0; }
-
-    bool write(int file, Bytes bytes) override { return writeAll(file, bytes); }
+    // The file was opened to have all go behind its end, whatever the offset. Other than write(),
+    // pwrite() gives nothing to a pipe.
+    bool append(int file, Bytes bytes) override {
+        return writeAll(bytes,
+                        [&](Bytes rest) { return ::pwrite(file, rest.data(), rest.size(), 0); });
+    }
 
     void close(int file) noexcept override {
-        (void)::close(file); // what could not be written has been told by write()
+        (void)::close(file); // what could not be written has been told by append()
     }
 };
 

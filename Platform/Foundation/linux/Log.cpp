@@ -1,6 +1,5 @@
 #include "Platform/Foundation/Log.h"
 
-#include "Platform/Foundation/Clock.h"
 #include "Platform/Foundation/DateFormatter.h"
 #include "Platform/Foundation/ProcessInfo.h"
 
@@ -23,7 +22,7 @@ void logArguments(std::string_view format, std::span<const FormatArgument> argum
     const std::string message = stringWithFormatArguments(format, arguments)->utf8();
     const auto process = ProcessInfo::processInfo();
     std::string line;
-    stampFormatter().appendDate(absoluteTimeGetCurrent(), line);
+    line += stampFormatter().now();
     line += stringWithFormat(" %@[%d:%d] ", process->processName(), process->processIdentifier(),
                              currentThreadIdentifier())
                 ->utf8();
