@@ -18,8 +18,11 @@ namespace {
 
 constexpr const char* kDrive = "/home/mia/Fennmoor Drive";
 
-std::vector<std::string> pathsFor(const benchmark::State& state) {
-    return Benchmarks::selectedPaths(kDrive, static_cast<std::size_t>(state.range(0)));
+// Of the items that are selected.
+using Paths = std::vector<std::string>(std::string_view drive, std::size_t count);
+
+std::vector<std::string> pathsFor(const benchmark::State& state, Paths* pathsOn) {
+    return pathsOn(kDrive, static_cast<std::size_t>(state.range(0)));
 }
 
 // The selection as it comes from a file manager.
@@ -54,10 +57,10 @@ void makeMenu(FinderSync& extension, std::size_t selected) {
 }
 
 // Each time for a selection that is handed over anew.
-void menu(benchmark::State& state) {
+void menu(benchmark::State& state, Paths* pathsOn) {
     const auto controller = FI::FinderSyncController::defaultController();
     const auto extension = extensionOnDrive();
-    const auto paths = pathsFor(state);
+    const auto paths = pathsFor(state, pathsOn);
     const auto bytes = bytesOf(paths);
     for (auto step : state) {
         controller->setSelection(FI::Selection::selectionWithPaths(bytes));
@@ -67,10 +70,10 @@ void menu(benchmark::State& state) {
 }
 
 // The same of URLs that have told their paths before.
-void menuOfURLs(benchmark::State& state) {
+void menuOfURLs(benchmark::State& state, Paths* pathsOn) {
     const auto controller = FI::FinderSyncController::defaultController();
     const auto extension = extensionOnDrive();
-    const auto paths = pathsFor(state);
+    const auto paths = pathsFor(state, pathsOn);
     controller->setSelection(urlsOf(paths));
     makeMenu(extension, paths.size());
     for (auto step : state) {
@@ -127,8 +130,8 @@ std::vector<Entry> entriesFor(const Verdict& verdict, std::size_t selected) {
     return entries;
 }
 
-void onePass(benchmark::State& state) {
-    const auto paths = pathsFor(state);
+void onePass(benchmark::State& state, Paths* pathsOn) {
+    const auto paths = pathsFor(state, pathsOn);
     for (auto step : state) {
         const std::vector<Entry> entries = entriesFor(look(kDrive, paths), paths.size());
         benchmark::DoNotOptimize(entries.data());
@@ -142,9 +145,16 @@ void ofEachSize(benchmark::internal::Benchmark* benchmark) {
     benchmark->Arg(1)->RangeMultiplier(10)->Range(1'000, 1'000'000)->UseRealTime();
 }
 
-BENCHMARK(menu)->Name("menu/ours")->Apply(ofEachSize);
-BENCHMARK(onePass)->Name("menu/floor")->Apply(ofEachSize);
-BENCHMARK(menuOfURLs)->Name("menu-of-urls/ours")->Apply(ofEachSize);
-BENCHMARK(onePass)->Name("menu-of-urls/floor")->Apply(ofEachSize);
+using Benchmarks::foundPaths;
+using Benchmarks::selectedPaths;
+
+BENCHMARK_CAPTURE(menu, ours, &selectedPaths)->Name("menu/ours")->Apply(ofEachSize);
+BENCHMARK_CAPTURE(onePass, floor, &selectedPaths)->Name("menu/floor")->Apply(ofEachSize);
+BENCHMARK_CAPTURE(menu, ours, &foundPaths)->Name("menu-of-found-items/ours")->Apply(ofEachSize);
+BENCHMARK_CAPTURE(onePass, floor, &foundPaths)
+    ->Name("menu-of-found-items/floor")
+    ->Apply(ofEachSize);
+BENCHMARK_CAPTURE(menuOfURLs, ours, &selectedPaths)->Name("menu-of-urls/ours")->Apply(ofEachSize);
+BENCHMARK_CAPTURE(onePass, floor, &selectedPaths)->Name("menu-of-urls/floor")->Apply(ofEachSize);
 
 } // namespace

@@ -94,11 +94,6 @@ class FinderSync final : public FI::FinderSync {
     void registerHandlers();
     void waitForDrivePath();
 
-    // Calls visit(path) with the drive-relative path, in bytes, of each selected item that is on
-    // the drive, until it returns false.
-    template <class Visitor>
-    void visitSelectionOnDrive(Visitor&& visit) const;
-
     // What a menu depends on of the selection: what the operations above find, in one pass.
     struct SelectionTraits {
         TrashStatus trash;

@@ -3,9 +3,9 @@
 #include "QVFinderExtension/FinderSync.h"
 
 #include "Platform/Finder/FinderSyncController.h"
-#include "Platform/Foundation/PathComponents.h"
 
-#include <algorithm>
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,20 +13,13 @@
 namespace {
 
 constexpr std::string_view kTrash = "Trash";
-constexpr std::string_view kSpecialFolders[] = {kTrash, "Shared Folders"};
+constexpr std::string_view kSharedFolders = "Shared Folders";
 
 // The relative path of the drive's own folder.
 constexpr std::string_view kDriveItself = "/";
 
-// Where in a path's components the name of the top-level folder stands, after the root.
-constexpr std::size_t kTopLevel = 1;
-
 NS::Ref<FI::FinderSyncController> controller() {
     return FI::FinderSyncController::defaultController();
-}
-
-bool isSpecialFolder(std::string_view name) {
-    return std::ranges::find(kSpecialFolders, name) != std::ranges::end(kSpecialFolders);
 }
 
 NS::RefPtr<NS::String> pathOf(const NS::RefPtr<NS::URL>& url) {
@@ -50,22 +43,21 @@ class DrivePrefix {
     DrivePrefix(const DrivePrefix&) = delete;
     DrivePrefix& operator=(const DrivePrefix&) = delete;
 
-    // Nothing for a path that is not on the drive. Valid until the next call.
-    std::optional<std::string_view> restOf(std::string_view path) {
-        if (!isText_) {
-            return restOfText(path);
-        }
-        return path.starts_with(bytes_) ? std::optional(path.substr(bytes_.size())) : std::nullopt;
+    bool isPrefixOf(std::string_view path) const {
+        return isText_ ? path.starts_with(bytes_) : textOf(path)->hasPrefix(drive_);
+    }
+    // What follows it in a path that it is a prefix of. Valid until the next call.
+    std::string_view restOf(std::string_view path) {
+        return isText_ ? path.substr(bytes_.size()) : restOfText(path);
     }
 
   private:
+    static NS::Ref<NS::String> textOf(std::string_view path) {
+        return NS::String::fromFileSystemRepresentation(path);
+    }
     // The last byte of a drive's path that is not UTF-8 may be the first of a character in another.
-    std::optional<std::string_view> restOfText(std::string_view path) {
-        const auto text = NS::String::fromFileSystemRepresentation(path);
-        if (!text->hasPrefix(drive_)) {
-            return std::nullopt;
-        }
-        rest_ = text->substringFromIndex(drive_.length())->fileSystemRepresentation();
+    std::string_view restOfText(std::string_view path) {
+        rest_ = textOf(path)->substringFromIndex(drive_.length())->fileSystemRepresentation();
         return rest_;
     }
 
@@ -76,25 +68,56 @@ class DrivePrefix {
     std::string rest_;
 };
 
-// What classifying needs of a drive-relative path, read in place.
-struct TopLevel {
-    // As far as they are looked at: what follows the top-level folder in the Trash only.
-    std::size_t componentCount = 0;
-    bool isTrash = false;
-    bool isSpecial = false;
-};
+// Where an item of the drive lies, as the menus tell items apart.
+enum class Place : std::uint8_t { kDrive, kTrashItself, kInTrash, kShared, kElsewhere };
 
-TopLevel topLevelOf(std::string_view relativePath) {
-    TopLevel topLevel;
-    NS::visitPathComponents(relativePath, [&](std::string_view component) {
-        const std::size_t index = topLevel.componentCount++;
-        if (index == kTopLevel) {
-            topLevel.isTrash = component == kTrash;
-            topLevel.isSpecial = isSpecialFolder(component);
+constexpr bool beginsWithComponent(std::string_view path, std::string_view component) {
+    return path.front() == component.front() && path.starts_with(component) &&
+           (path.size() == component.size() || path[component.size()] == '/');
+}
+
+// Told by the second component of a drive-relative path, the first being the root, and by whether
+// there is a third. The path has no slash at its end, unless it is the root.
+constexpr Place placeOf(std::string_view path) {
+    const std::size_t rootEnd = path.starts_with('/') ? 0 : path.find('/');
+    const std::size_t second = path.find_first_not_of('/', rootEnd);
+    if (second == std::string_view::npos) {
+        return Place::kDrive;
+    }
+    const std::string_view rest = path.substr(second);
+    if (beginsWithComponent(rest, kTrash)) {
+        return rest.size() == kTrash.size() ? Place::kTrashItself : Place::kInTrash;
+    }
+    return beginsWithComponent(rest, kSharedFolders) ? Place::kShared : Place::kElsewhere;
+}
+
+// Calls visit(path) with the drive-relative path, in bytes, of each selected item that is on the
+// drive, until it returns false.
+template <class Visitor>
+void visitSelectionOnDrive(const NS::RefPtr<NS::String>& drive, Visitor&& visit) {
+    const auto selection = controller()->selection();
+    if (!drive || !selection) {
+        return;
+    }
+    DrivePrefix prefix(*drive);
+    selection->visitPaths([&](std::string_view path) {
+        if (!prefix.isPrefixOf(path)) {
+            return true;
         }
-        return index < kTopLevel || (index == kTopLevel && topLevel.isTrash);
+        const std::string_view rest = prefix.restOf(path);
+        return visit(rest.empty() ? kDriveItself : rest);
     });
-    return topLevel;
+}
+
+// Calls visit(place) for these items, of those in a row that lie in the same place for the first
+// only: the others tell nothing new.
+void visitPlacesOfSelection(const NS::RefPtr<NS::String>& drive,
+                            const std::function<bool(Place)>& visit) {
+    std::optional<Place> last;
+    visitSelectionOnDrive(drive, [&](std::string_view path) {
+        const Place place = placeOf(path);
+        return place == last || visit(last.emplace(place));
+    });
 }
 
 // Where the items looked at so far lie.
@@ -105,14 +128,14 @@ class TrashScan {
     FinderSync::TrashStatus status() const noexcept {
         return isMixed_ ? FinderSync::TrashStatus::kNone : status_;
     }
-    void take(const TopLevel& item) noexcept {
-        if (item.isTrash && item.componentCount == kTopLevel + 1) {
+    void take(Place item) noexcept {
+        if (item == Place::kTrashItself) {
             status_ =
                 FinderSync::TrashStatus::kNone; // the Trash itself: what follows starts afresh
             return;
         }
-        const auto own = item.isTrash ? FinderSync::TrashStatus::kInTrash
-                                      : FinderSync::TrashStatus::kOutsideTrash;
+        const auto own = item == Place::kInTrash ? FinderSync::TrashStatus::kInTrash
+                                                 : FinderSync::TrashStatus::kOutsideTrash;
         isMixed_ = isMixed_ || (status_ != FinderSync::TrashStatus::kNone && status_ != own);
         status_ = own;
     }
@@ -126,12 +149,12 @@ class TrashScan {
 class SpecialFolderScan {
   public:
     bool hasFound() const noexcept { return hasFound_; }
-    void take(const TopLevel& item) {
-        if (!hasFound_ && item.componentCount == kTopLevel) {
-            // The drive's root has no top-level name: reading it raises, and is meant to.
-            (void)NS::str("/")->pathComponents()->objectAtIndex(kTopLevel);
+    void take(Place item) {
+        if (!hasFound_ && item == Place::kDrive) {
+            // It has no second component: reading that raises, and is meant to.
+            (void)NS::str(kDriveItself)->pathComponents()->objectAtIndex(1);
         }
-        hasFound_ = hasFound_ || item.isSpecial;
+        hasFound_ = hasFound_ || (item != Place::kDrive && item != Place::kElsewhere);
     }
 
   private:
@@ -165,23 +188,9 @@ NS::RefPtr<NS::String> FinderSync::relativePathFrom(const NS::RefPtr<NS::String>
     return path->substringFromIndex(drive->length());
 }
 
-template <class Visitor>
-void FinderSync::visitSelectionOnDrive(Visitor&& visit) const {
-    const auto drive = drivePath();
-    const auto selection = controller()->selection();
-    if (!drive || !selection) {
-        return;
-    }
-    DrivePrefix prefix(*drive);
-    selection->visitPaths([&](std::string_view path) {
-        const auto rest = prefix.restOf(path);
-        return !rest || visit(rest->empty() ? kDriveItself : *rest);
-    });
-}
-
 NS::Ref<NS::Array> FinderSync::relativeSelectionArray() const {
     const auto paths = NS::make<NS::MutableArray>();
-    visitSelectionOnDrive([&](std::string_view path) {
+    visitSelectionOnDrive(drivePath(), [&](std::string_view path) {
         paths->addObject(NS::String::fromFileSystemRepresentation(path));
         return true;
     });
@@ -190,8 +199,8 @@ NS::Ref<NS::Array> FinderSync::relativeSelectionArray() const {
 
 FinderSync::TrashStatus FinderSync::trashStatusSelection() const {
     TrashScan trash;
-    visitSelectionOnDrive([&](std::string_view path) {
-        trash.take(topLevelOf(path));
+    visitPlacesOfSelection(drivePath(), [&](Place place) {
+        trash.take(place);
         return !trash.isMixed();
     });
     return trash.status();
@@ -199,8 +208,8 @@ FinderSync::TrashStatus FinderSync::trashStatusSelection() const {
 
 bool FinderSync::isSpecialFolderSelected() const {
     SpecialFolderScan special;
-    visitSelectionOnDrive([&](std::string_view path) {
-        special.take(topLevelOf(path));
+    visitPlacesOfSelection(drivePath(), [&](Place place) {
+        special.take(place);
         return !special.hasFound();
     });
     return special.hasFound();
@@ -209,10 +218,9 @@ bool FinderSync::isSpecialFolderSelected() const {
 FinderSync::SelectionTraits FinderSync::traitsOfSelection() const {
     TrashScan trash;
     SpecialFolderScan special;
-    visitSelectionOnDrive([&](std::string_view path) {
-        const TopLevel item = topLevelOf(path);
-        special.take(item);
-        trash.take(item);
+    visitPlacesOfSelection(drivePath(), [&](Place place) {
+        special.take(place);
+        trash.take(place);
         return !trash.isMixed() || !special.hasFound();
     });
     return {trash.status(), special.hasFound()};

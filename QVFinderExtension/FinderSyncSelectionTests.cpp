@@ -175,6 +175,19 @@ INSTANTIATE_TEST_SUITE_P(
         TrashCase{"TrashWithoutCapital", {"/trash/a"}, TrashStatus::kOutsideTrash},
         TrashCase{"TrashFurtherDown", {"/Docs/Trash/a"}, TrashStatus::kOutsideTrash},
         TrashCase{"NameBeginsLikeTrash", {"/Trash2/a"}, TrashStatus::kOutsideTrash},
+        TrashCase{"InsideTrashInside",
+                  {"/Trash/a", "/Trash/b", "/Trash", "/Trash/c"},
+                  TrashStatus::kInTrash},
+        TrashCase{"ManyInsideThenNameBeginsLikeTrash",
+                  {"/Trash/a", "/Trash/b", "/Trashed/c"},
+                  TrashStatus::kNone},
+        TrashCase{"ManyOutsideThenInside", {"/a", "/b", "/c", "/Trash/d"}, TrashStatus::kNone},
+        TrashCase{"ManyOutsideThenTrash", {"/a", "/b", "/Trash"}, TrashStatus::kNone},
+        TrashCase{
+            "SharedFoldersAndOthers", {"/Shared Folders/a", "/b"}, TrashStatus::kOutsideTrash},
+        TrashCase{"SharedFoldersAndInside", {"/Shared Folders", "/Trash/b"}, TrashStatus::kNone},
+        TrashCase{"RepeatedSlashes", {"//Trash//a", "/Trash/b"}, TrashStatus::kInTrash},
+        TrashCase{"TrashWithRepeatedSlashes", {"/Trash/a", "//Trash"}, TrashStatus::kNone},
         // Without its slash the path has one component less: "Trash" is the second here.
         TrashCase{"SiblingOfTheDrive", {"X/Trash/a"}, TrashStatus::kInTrash}),
     [](const auto& test) { return test.param.name; });
@@ -196,8 +209,8 @@ TEST_F(Selection, IsSpecialInTheSpecialFoldersOnly) {
         selectOnDrive({path});
         EXPECT_TRUE(extension->isSpecialFolderSelected()) << path;
     }
-    for (const char* const path :
-         {"/Documents", "/trash", "/Shared folders", "/Trash ", "/a/Trash"}) {
+    for (const char* const path : {"/Documents", "/trash", "/Shared folders", "/Trash ", "/a/Trash",
+                                   "/T", "/Tra/sh", "/Shared", "/Shared Folders2/a"}) {
         selectOnDrive({path});
         EXPECT_FALSE(extension->isSpecialFolderSelected()) << path;
     }
@@ -212,6 +225,27 @@ TEST_F(Selection, IsNotSpecialWithoutItemsOnTheDrive) {
 TEST_F(Selection, IsSpecialWhenOneOfItsItemsIs) {
     selectOnDrive({"/a", "/Shared Folders/b", "/c"});
     EXPECT_TRUE(extension->isSpecialFolderSelected());
+}
+
+TEST_F(Selection, IsSpecialAlsoBehindManyOthers) {
+    selectPathsOnDrive({"/a/b", "/a/c", "/Shared Folders/b", "/a/d"});
+    EXPECT_TRUE(extension->isSpecialFolderSelected());
+    selectPathsOnDrive({"/a/b", "/a/c", "/a/Trash", "/a/Shared Folders/x"});
+    EXPECT_FALSE(extension->isSpecialFolderSelected());
+}
+
+TEST_F(Selection, RaisesForTheDriveItselfAlsoBehindManyOthers) {
+    selectPathsOnDrive({"/a/b", "/a/c", ""});
+    EXPECT_EQ(Tests::nameOfException([&] { (void)extension->isSpecialFolderSelected(); }),
+              NS::kRangeException);
+}
+
+// "/Volumes/DriveX" is on the drive as "X", which has no second component either.
+TEST_F(Selection, RaisesForANeighbourOfTheDriveToo) {
+    selectOnDrive({"X"});
+    EXPECT_EQ(Tests::nameOfException([&] { (void)extension->isSpecialFolderSelected(); }),
+              NS::kRangeException);
+    EXPECT_EQ(extension->trashStatusSelection(), TrashStatus::kOutsideTrash);
 }
 
 TEST_F(Selection, RaisesForTheDriveItself) {

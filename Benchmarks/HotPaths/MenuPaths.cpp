@@ -7,7 +7,6 @@
 #include "QVFinderExtension/FinderSync.h"
 
 #include <string>
-#include <vector>
 
 namespace HotPaths {
 
@@ -16,25 +15,28 @@ namespace {
 constexpr int kItems = 1000;
 constexpr int kLines = 100;
 
-NS::Ref<NS::Array> selection() {
-    std::vector<NS::Ref<NS::Object>> items;
+// The paths of a selection as they come from a file manager.
+NS::Ref<NS::Data> selectedPaths() {
+    std::string paths;
     for (int i = 0; i < kItems; ++i) {
-        items.push_back(NS::URL::fileURLWithPath(
-            NS::str("/drive/Documents/Holiday pictures/Picture " + std::to_string(i) + ".jpeg")));
+        paths += "/drive/Documents/Holiday pictures/Picture " + std::to_string(i) + ".jpeg";
+        paths.push_back('\0');
     }
-    return NS::make<NS::Array>(std::move(items));
+    return NS::Data::dataWithBytes(NS::bytesOf(paths));
 }
 
 void countMenu() {
     const auto extension = NS::make<FinderSync>();
     extension->setDrivePath(NS::str("/drive"));
-    FI::FinderSyncController::defaultController()->setSelectedItemURLs(selection());
+    const auto controller = FI::FinderSyncController::defaultController();
+    const auto paths = selectedPaths();
     count("menu-items", [&] {
+        controller->setSelection(FI::Selection::selectionWithPaths(paths));
         if (extension->menuForMenuKind(FI::MenuKind::kContextualMenuForItems) == nullptr) {
             NS::Exception::raise(NS::kGenericException, "there is no menu");
         }
     });
-    FI::FinderSyncController::defaultController()->setSelectedItemURLs(nullptr);
+    controller->setSelection(nullptr);
 }
 
 void countLogLine() {

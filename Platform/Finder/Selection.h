@@ -6,6 +6,7 @@
 #include "Platform/Foundation/URL.h"
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace FI {
@@ -74,10 +75,8 @@ void Selection::visitPathsOf(const NS::Array& urls, Visitor&& visit) {
         if (!path) {
             continue;
         }
-        const bool goesOn = path->isAscii()
-                                ? visit(path->ascii())
-                                : visit(std::string_view(path->fileSystemRepresentation()));
-        if (!goesOn) {
+        const std::string bytes = path->isAscii() ? "" : path->fileSystemRepresentation();
+        if (!visit(path->isAscii() ? path->ascii() : std::string_view(bytes))) {
             return;
         }
     }

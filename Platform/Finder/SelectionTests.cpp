@@ -79,6 +79,33 @@ TEST_F(Selection, IsNoneOfWhatIsNoAbsolutePathOrHasNoEnd) {
     }
 }
 
+// Long ones are looked at in blocks.
+TEST_F(Selection, CountsHoweverManyPaths) {
+    std::string paths;
+    for (std::size_t count = 1; count <= 300; ++count) {
+        paths.append("/" + std::string(count % 7, 'a')).push_back('\0');
+        const auto selection = ofPaths(paths);
+        ASSERT_TRUE(selection) << count;
+        ASSERT_EQ(selection->count(), count);
+    }
+    EXPECT_EQ(ofPaths("/" + std::string(5'000, 'a') + '\0')->count(), 1U);
+}
+
+TEST_F(Selection, IsNoneOfManyPathsOneOfWhichIsNotAbsolute) {
+    std::string paths;
+    for (int i = 0; i < 200; ++i) {
+        paths.append("/" + std::string(static_cast<std::size_t>(i % 7), 'a')).push_back('\0');
+    }
+    for (char& each : paths) {
+        if (each == '/') {
+            each = 'b';
+            EXPECT_FALSE(ofPaths(paths)) << &each - paths.data();
+            each = '/';
+        }
+    }
+    EXPECT_TRUE(ofPaths(paths));
+}
+
 TEST_F(Selection, MakesURLsOfItsPathsJustOnce) {
     const auto selection = ofPaths("/a b/\0/\xFF\0"sv);
     const auto urls = selection->URLs();

@@ -139,23 +139,24 @@ void MutableArray::addObject(RefPtr<Object> object) {
     objects_.emplace_back(*object.leak(), kAdopt);
 }
 
-// Tests first and moves then, so that an exception leaves the array as it was. What is removed is
-// let go of at the end: an object that ends may use the array.
-void MutableArray::removeObjectsPassingTest(const std::function<bool(const Object&)>& test) {
-    std::vector<bool> goes;
-    goes.reserve(count());
+// What is removed is let go of at the end: an object that ends may use the array.
+void MutableArray::removeObjectsAt(const std::vector<std::size_t>& indexes) {
+    if (indexes.empty()) {
+        return;
+    }
+    revision_ = 0;
     std::vector<Ref<Object>> removed;
-    for (const Ref<Object>& each : objects_) {
-        goes.push_back(test(*each));
-        if (goes.back()) {
-            removed.push_back(each);
-        }
+    removed.reserve(indexes.size());
+    const auto at = [&](std::size_t i) {
+        return objects_.begin() + static_cast<std::ptrdiff_t>(i);
+    };
+    auto end = at(indexes.front());
+    for (std::size_t i = 0; i < indexes.size(); ++i) {
+        removed.push_back(std::move(*at(indexes[i])));
+        const std::size_t next = i + 1 < indexes.size() ? indexes[i + 1] : objects_.size();
+        end = std::move(at(indexes[i] + 1), at(next), end);
     }
-    if (!removed.empty()) {
-        revision_ = 0;
-        std::size_t next = 0;
-        std::erase_if(objects_, [&](const Ref<Object>&) { return goes[next++]; });
-    }
+    objects_.erase(end, objects_.end());
 }
 
 void MutableArray::removeObject(const Object& object) {

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <initializer_list>
 #include <utility>
 #include <vector>
@@ -75,8 +74,10 @@ class MutableArray final : public Array {
     void removeObject(const Object& object);
     // Removes every occurrence of this very object.
     void removeObjectIdenticalTo(const Object& object);
-    // Removes every element that passes the test, which must not change the array.
-    void removeObjectsPassingTest(const std::function<bool(const Object&)>& test);
+    // Removes every element that passes test(const Object&), which must not change the array. All
+    // are tested before any is removed.
+    template <class Test>
+    void removeObjectsPassingTest(Test&& test);
     // Raises NSRangeException for an index that is not below the count.
     void removeObjectAtIndex(std::size_t index);
     void removeAllObjects();
@@ -87,7 +88,21 @@ class MutableArray final : public Array {
     std::uint64_t revision() const;
 
   private:
+    // The indexes are in order.
+    void removeObjectsAt(const std::vector<std::size_t>& indexes);
+
     mutable std::uint64_t revision_ = 0; // nobody has asked since the last change
 };
+
+template <class Test>
+void MutableArray::removeObjectsPassingTest(Test&& test) {
+    std::vector<std::size_t> indexes;
+    for (std::size_t i = 0; i < objects_.size(); ++i) {
+        if (test(std::as_const(*objects_[i]))) {
+            indexes.push_back(i);
+        }
+    }
+    removeObjectsAt(indexes);
+}
 
 } // namespace NS

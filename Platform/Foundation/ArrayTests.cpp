@@ -221,6 +221,25 @@ TEST(MutableArray, RemovesWhatPassesATest) {
     EXPECT_EQ(array->count(), 0U);
 }
 
+TEST(MutableArray, KeepsTheOrderOfWhatStaysWhateverGoes) {
+    constexpr unsigned kElements = 6;
+    std::vector<NS::Ref<NS::Object>> elements;
+    for (unsigned i = 0; i < kElements; ++i) {
+        elements.emplace_back(str(std::to_string(i)));
+    }
+    for (unsigned goes = 0; goes < 1U << kElements; ++goes) {
+        const auto array = NS::make<MutableArray>(elements);
+        std::string expected;
+        for (unsigned i = 0; i < kElements; ++i) {
+            expected += (goes >> i & 1U) != 0 ? "" : std::to_string(i);
+        }
+        unsigned next = 0;
+        array->removeObjectsPassingTest(
+            [&](const NS::Object&) { return (goes >> next++ & 1U) != 0; });
+        EXPECT_EQ(joined(*array), expected);
+    }
+}
+
 TEST(MutableArray, StaysAsItIsWhenATestRaises) {
     const auto array = abc()->mutableCopy();
     const auto last = array->objectAtIndex(2);

@@ -42,6 +42,12 @@ class AtomicRef {
         return object;
     }
 
+    // The same without a reference to it: for comparing it with an object that the caller holds, or
+    // where whoever replaces it keeps it.
+    const T* peek() const noexcept {
+        return pointer(bits_.load(std::memory_order_acquire) & ~kLocked);
+    }
+
     void store(RefPtr<T> object) noexcept { (void)exchange(std::move(object)); }
 
     // Stores an object and gives the one it took the place of. That is let go of outside of the

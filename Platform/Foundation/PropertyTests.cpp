@@ -172,6 +172,16 @@ TEST(AtomicRef, HoldsOneReferenceUntilItEnds) {
     EXPECT_EQ(text->referenceCount(), 1U);
 }
 
+TEST(AtomicRef, ShowsItsObjectWithoutTakingAReference) {
+    const auto text = NS::str("text");
+    NS::AtomicRef<NS::String> reference;
+    EXPECT_EQ(reference.peek(), nullptr);
+    reference.store(text);
+    EXPECT_EQ(reference.peek(), text.get());
+    reference.whileHeld([&](const NS::String* held) { EXPECT_EQ(reference.peek(), held); });
+    EXPECT_EQ(text->referenceCount(), 2U);
+}
+
 TEST(AtomicRef, GivesWhatAnExchangeTakesThePlaceOf) {
     const auto text = NS::str("text");
     NS::AtomicRef<NS::String> reference;

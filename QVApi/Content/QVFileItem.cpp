@@ -60,7 +60,7 @@ QV_DEFINE_CONTENT_ITEM(QVFileInfoItem, .mapping = kInfoMapping,
 
 bool QVFileItem::isEqualTo(const NS::Object* other) const {
     if (const auto* const file = NS::as<QVFileItem>(other)) {
-        return name() == file->name();
+        return file->entryName().is(name().get());
     }
     return QVContentItem::isEqualTo(other);
 }

@@ -18,6 +18,8 @@ class QVFileItem : public QVContentItem {
     // Two files are equal when their names are the very same object, or both have none; equal texts
     // do not count. With any other record the root's rule decides.
     bool isEqualTo(const NS::Object* other) const final;
+    // The name where it stands.
+    const QVEntryName& entryName() const noexcept { return name_; }
     NS::Ref<NS::String> description() const override;
 };
 

@@ -59,7 +59,7 @@ QV_DEFINE_CONTENT_ITEM(QVFolderInfoItem, .mapping = kInfoMapping,
 
 bool QVFolderItem::isEqualTo(const NS::Object* other) const {
     if (const auto* const folder = NS::as<QVFolderItem>(other)) {
-        return name() == folder->name();
+        return folder->entryName().is(name().get());
     }
     return QVContentItem::isEqualTo(other);
 }

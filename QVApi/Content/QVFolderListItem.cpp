@@ -96,10 +96,19 @@ NS::RefPtr<NS::Object> nameOfA(const NS::Object& entry) {
     return named != nullptr ? named->name() : nullptr;
 }
 
-// The name that an entry of a listing has, or nil.
-NS::RefPtr<NS::Object> nameOf(const NS::Object& entry) {
-    auto name = nameOfA<QVFileItem>(entry);
-    return name ? name : nameOfA<QVFolderItem>(entry);
+// Where the name of a file or folder stands; null for what has none.
+const QVEntryName* entryNameOf(const NS::Object& entry) {
+    if (const auto* const file = NS::as<QVFileItem>(&entry)) {
+        return &file->entryName();
+    }
+    const auto* const folder = NS::as<QVFolderItem>(&entry);
+    return folder != nullptr ? &folder->entryName() : nullptr;
+}
+
+// The name that an entry of a listing has, or null.
+const NS::Object* nameOf(const NS::Object& entry, const QVEntryName::Reading& names) {
+    const QVEntryName* const name = entryNameOf(entry);
+    return name != nullptr ? names.of(*name) : nullptr;
 }
 
 NS::RefPtr<NS::Object> identifierOf(const NS::Object& entry) {
@@ -117,6 +126,21 @@ template <class Predicate>
 NS::RefPtr<NS::Object> firstWhere(const NS::Array& list, Predicate&& isWanted) {
     const auto found = std::ranges::find_if(list, isWanted);
     return found == list.end() ? NS::RefPtr<NS::Object>() : NS::RefPtr<NS::Object>(*found);
+}
+
+// Puts a file or folder in place of all that are equal to it. Those of its own kind are by the
+// name.
+template <class Entry>
+void insert(NS::MutableArray& list, Entry& item, QVNameIndex& names) {
+    const auto name = item.name();
+    if (!names.replacesNone(list, name)) {
+        list.removeObjectsPassingTest([&](const NS::Object& each) {
+            const auto* const entry = NS::as<Entry>(&each);
+            return entry != nullptr ? entry->entryName().is(name.get()) : each.isEqualTo(&item);
+        });
+    }
+    list.addObject(&item);
+    names.inserted(list);
 }
 
 std::size_t countOf(const NS::RefPtr<NS::Array>& list) {
@@ -152,9 +176,10 @@ NS::Ref<NS::Array> QVFolderListItem::combinedItems() const {
 
 NS::RefPtr<QVContentItem> QVFolderListItem::itemNamed(const NS::String& name) const {
     const auto wanted = name.lowercaseString();
+    const QVEntryName::Reading names;
     const auto isWanted = [&](const NS::Ref<NS::Object>& entry) {
-        const auto itsName = NS::as<NS::String>(nameOf(*entry));
-        return itsName && itsName->lowercaseEquals(*wanted);
+        const auto* const itsName = NS::as<NS::String>(nameOf(*entry, names));
+        return itsName != nullptr && itsName->lowercaseEquals(*wanted);
     };
     for (const auto& list : {NS::cast<NS::Array>(folders()), NS::cast<NS::Array>(files())}) {
         const auto found = list ? firstWhere(*list, isWanted) : nullptr;
@@ -173,10 +198,12 @@ NS::Ref<NS::MutableArray> QVFolderListItem::itemNames() const {
     const auto allFolders = NS::cast<NS::Array>(folders());
     const auto allFiles = NS::cast<NS::Array>(files());
     auto names = NS::MutableArray::arrayWithCapacity(countOf(allFolders) + countOf(allFiles));
+    const QVEntryName::Reading reading;
     for (const NS::Array* const list : {allFolders.get(), allFiles.get()}) {
         if (list != nullptr) {
-            std::ranges::for_each(*list,
-                                  [&](const auto& each) { names->addObject(nameOf(*each)); });
+            std::ranges::for_each(*list, [&](const auto& each) {
+                names->addObject(const_cast<NS::Object*>(nameOf(*each, reading)));
+            });
         }
     }
     return names;
@@ -201,13 +228,11 @@ void QVFolderListItem::insertItem(const NS::RefPtr<NS::Object>& item) {
     if (!list) {
         return;
     }
-    QVNameIndex& names = NS::as<QVFileItem>(item) ? fileNames_ : folderNames_;
-    if (!names.replacesNone(*list, nameOf(*item))) {
-        list->removeObjectsPassingTest(
-            [&](const NS::Object& each) { return each.isEqualTo(item.get()); });
+    if (const auto file = NS::as<QVFileItem>(item)) {
+        insert(*list, *file, fileNames_);
+    } else {
+        insert(*list, static_cast<QVFolderItem&>(*item), folderNames_);
     }
-    list->addObject(item);
-    names.inserted(*list);
 }
 
 NS::RefPtr<NS::Object> QVFolderListItem::nameOfFile(const NS::Object& entry) {
@@ -229,7 +254,7 @@ template <class Text>
 void QVFolderListItem::removeWhere(const NS::String& wanted, Text&& textOf) {
     const auto goes = [&](const NS::Object& entry) {
         const auto text = NS::as<NS::String>(textOf(entry));
-        return text && text->isEqualToString(wanted);
+        return text != nullptr && text->isEqualToString(wanted);
     };
     for (const auto& list : {files(), folders()}) {
         if (const auto entries = NS::cast<NS::MutableArray>(list)) {
@@ -239,7 +264,8 @@ void QVFolderListItem::removeWhere(const NS::String& wanted, Text&& textOf) {
 }
 
 void QVFolderListItem::removeItemNamed(const NS::String& name) {
-    removeWhere(name, nameOf);
+    const QVEntryName::Reading names;
+    removeWhere(name, [&](const NS::Object& entry) { return nameOf(entry, names); });
 }
 
 void QVFolderListItem::removeItemWithIdentifier(const NS::String& identifier) {

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -451,6 +452,22 @@ TEST(SharedUsersFolderListItem, StoresWhatAUserLacksAsAbsent) {
     const auto folder = listing->combinedItems()->objectAtIndex(0);
     EXPECT_FALSE(folder->valueForKey(*str("name")));
     EXPECT_FALSE(folder->valueForKey(*str("identifier")));
+}
+
+TEST_F(FolderListItem, CanBeLookedThroughWhileAnotherThreadRenamesItsEntries) {
+    std::thread writer([&] {
+        for (int i = 0; i < 5000; ++i) {
+            a->setName(str("a" + std::to_string(i)));
+            music->setName(str("Music" + std::to_string(i)));
+        }
+    });
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_EQ(listing->itemNamed(*str("B")), b);
+        EXPECT_EQ(listing->itemNames()->count(), 5U);
+        listing->removeItemNamed(*str("none"));
+    }
+    writer.join();
+    EXPECT_EQ(listing->itemNamed(*str("music4999")), music);
 }
 
 } // namespace
