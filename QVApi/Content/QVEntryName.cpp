@@ -7,6 +7,12 @@ namespace {
 
 std::atomic<std::uint64_t> renamingsSoFar{0};
 
+void countIfRenamed(const NS::RefPtr<NS::Object>& before, const NS::Object* name) noexcept {
+    if (before && before.get() != name) {
+        renamingsSoFar.fetch_add(1, std::memory_order_release);
+    }
+}
+
 } // namespace
 
 std::uint64_t QVEntryName::renamings() noexcept {
@@ -15,8 +21,10 @@ std::uint64_t QVEntryName::renamings() noexcept {
 
 void QVEntryName::store(NS::RefPtr<NS::Object> name) noexcept {
     const NS::Object* const newName = name.get();
-    const auto before = name_.exchange(std::move(name));
-    if (before && before.get() != newName) {
-        renamingsSoFar.fetch_add(1, std::memory_order_release);
-    }
+    countIfRenamed(name_.exchange(std::move(name)), newName);
+}
+
+void QVEntryName::storeUnshared(NS::RefPtr<NS::Object> name) noexcept {
+    const NS::Object* const newName = name.get();
+    countIfRenamed(name_.exchangeUnshared(std::move(name)), newName);
 }

@@ -17,6 +17,8 @@ class QVEntryName {
 
     NS::RefPtr<NS::Object> load() const noexcept { return name_.load(); }
     void store(NS::RefPtr<NS::Object> name) noexcept;
+    // The same for an entry that no other thread knows of yet.
+    void storeUnshared(NS::RefPtr<NS::Object> name) noexcept;
     template <class Look>
     void whileHeld(Look&& look) const {
         name_.whileHeld(std::forward<Look>(look));
