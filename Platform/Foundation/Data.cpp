@@ -52,15 +52,15 @@ void appendHexWords(StringBuilder& builder, Bytes bytes) {
 } // namespace
 
 Ref<Data> Data::dataWithBytes(Bytes bytes) {
-    void* const storage = ::operator new(sizeof(Data) + bytes.size());
+    void* const storage = Object::operator new(sizeof(Data) + bytes.size());
     auto* const target = static_cast<std::byte*>(storage) + sizeof(Data);
     std::ranges::copy(bytes, target);
-    return Ref<Data>(*new (storage) Data(Bytes(target, bytes.size()), nullptr), kAdopt);
+    return Ref<Data>(*::new (storage) Data(Bytes(target, bytes.size()), nullptr), kAdopt);
 }
 
 Ref<Data> Data::dataWithBytesNoCopy(Bytes bytes, Ref<Object> owner) {
-    void* const storage = ::operator new(sizeof(Data));
-    return Ref<Data>(*new (storage) Data(bytes, std::move(owner)), kAdopt);
+    void* const storage = Object::operator new(sizeof(Data));
+    return Ref<Data>(*::new (storage) Data(bytes, std::move(owner)), kAdopt);
 }
 
 Ref<Data> Data::dataWithVector(std::vector<std::byte> bytes) {
@@ -80,11 +80,6 @@ Ref<Data> Data::twin() const {
     return isKindOfClass(MutableData::kClass)
                ? dataWithBytes(bytes_)
                : dataWithBytesNoCopy(bytes_, Ref<Object>(const_cast<Data&>(*this)));
-}
-
-void Data::destroy() const noexcept {
-    this->~Data();
-    ::operator delete(const_cast<Data*>(this));
 }
 
 bool Data::isEqual(const Object* other) const {

@@ -48,7 +48,6 @@ class Data : public Object {
 
   protected:
     Data(Bytes bytes, RefPtr<Object> owner) : bytes_(bytes), owner_(std::move(owner)) {}
-    void destroy() const noexcept override;
     const RefPtr<Object>& owner() const noexcept { return owner_; }
     void setBytes(Bytes bytes, RefPtr<Object> owner) noexcept {
         bytes_ = bytes;
@@ -73,8 +72,6 @@ class MutableData final : public Data {
     void setData(Bytes bytes);
 
   private:
-    void destroy() const noexcept override { delete this; }
-
     std::vector<std::byte> storage_; // empty while the bytes are another's
 };
 

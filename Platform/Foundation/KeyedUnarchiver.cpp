@@ -7,6 +7,7 @@
 #include "Platform/Foundation/KeyedArchiveNames.h"
 #include "Platform/Foundation/Limits.h"
 #include "Platform/Foundation/Nesting.h"
+#include "Platform/Foundation/ObjectBatch.h"
 #include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/XMLPropertyList.h"
@@ -78,6 +79,7 @@ RefPtr<Object> KeyedUnarchiver::unarchiveObjectWithData(const Data& data) {
 }
 
 RefPtr<Object> KeyedUnarchiver::unarchive(Bytes list) {
+    const ObjectBatch batch;
     KeyedUnarchiver coder(list);
     try {
         RefPtr<Object> root = coder.decodeRoot();

@@ -71,14 +71,15 @@ void KeyedUnarchiver::decodeProperty_of(const Property& property, Object& object
     const Keeper keeper = property.isScalar ? Keeper::kCoder : Keeper::kReceiver;
     const std::uint64_t position = positionOfProperty(property);
     if (position == kNowhere) {
-        return property.set(object, nullptr);
+        return property.setUnshared(object, nullptr);
     }
     const Item& record = record_.item;
     const std::uint64_t number = list_.reference(record, record.count + position);
     const Item item = list_.item(number);
-    property.set(object, item.kind == Kind::kUid
-                             ? objectForUid(item.bits, keeper)
-                             : objectOf({number, list_.withUid(item), true}, property.key, keeper));
+    property.setUnshared(
+        object, item.kind == Kind::kUid
+                    ? objectForUid(item.bits, keeper)
+                    : objectOf({number, list_.withUid(item), true}, property.key, keeper));
 }
 
 double KeyedUnarchiver::decodeDoubleForKey(std::string_view key) {

@@ -37,9 +37,12 @@ class Object {
     Object& operator=(const Object&) = delete;
 
     void retain() const noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
+    // The holder of the only reference is alone with the object, and spares the exchange with other
+    // processors.
     void release() const noexcept {
-        if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            destroy();
+        if (references_.load(std::memory_order_acquire) == 1 ||
+            references_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            delete this;
         }
     }
     // How many references there are now; one is its holder's alone.
@@ -81,10 +84,13 @@ class Object {
     virtual void encodeWithCoder(KeyedArchiver& coder) const;
     virtual void initWithCoder(KeyedUnarchiver& coder);
 
+    // Storage in the thread's ObjectBatch, where there is one. A class whose objects have
+    // characters or bytes behind them asks for more than its own size.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* storage) noexcept;
+
   protected:
     virtual ~Object() = default;
-    // Ends the object. A class with storage of its own allocation overrides it.
-    virtual void destroy() const noexcept { delete this; }
 
   private:
     mutable std::atomic<std::uint32_t> references_{1};

@@ -30,7 +30,7 @@ template <class T>
 class AtomicRef {
   public:
     AtomicRef() = default;
-    ~AtomicRef() { store(nullptr); }
+    ~AtomicRef() { storeUnshared(nullptr); }
     AtomicRef(const AtomicRef&) = delete;
     AtomicRef& operator=(const AtomicRef&) = delete;
 
@@ -57,6 +57,15 @@ class AtomicRef {
         bits_.store(reinterpret_cast<std::uintptr_t>(object.leak()), std::memory_order_release);
         return RefPtr<T>(pointer(old), kAdopt);
     }
+
+    // The same for a record that is being made or that ends, so that no other thread knows of it:
+    // without the lock, which costs more than all the rest.
+    RefPtr<T> exchangeUnshared(RefPtr<T> object) noexcept {
+        const std::uintptr_t old = bits_.load(std::memory_order_relaxed);
+        bits_.store(reinterpret_cast<std::uintptr_t>(object.leak()), std::memory_order_relaxed);
+        return RefPtr<T>(pointer(old), kAdopt);
+    }
+    void storeUnshared(RefPtr<T> object) noexcept { (void)exchangeUnshared(std::move(object)); }
 
     // Calls look(const T*) with what it refers to, or null, which is not let go of before look()
     // returns. For what takes no longer than to write a text down: other threads wait meanwhile.
@@ -109,6 +118,8 @@ struct Property {
     std::string_view key;
     RefPtr<Object> (*get)(const Object& object);
     void (*set)(Object& object, RefPtr<Object> value);
+    // The same for an object that no other thread knows of yet: AtomicRef::storeUnshared().
+    void (*setUnshared)(Object& object, RefPtr<Object> value);
     // Calls look(context, value) with what stands there, without taking a reference to it: as
     // AtomicRef::whileHeld(). Null for a scalar.
     void (*whileHeld)(const Object& object, Look look, void* context);
@@ -165,9 +176,25 @@ struct Scalar<double> {
     static double unbox(const RefPtr<Object>& value) { return doubleValue(value); }
 };
 
+// The scalar that a boxed value stands for.
+template <class T>
+T unboxedScalar(const Object& object, std::string_view key, const RefPtr<Object>& value) {
+    if (!value) {
+        raiseNilForScalar(object, key);
+    }
+    return Scalar<T>::unbox(value);
+}
+
 } // namespace NS
 
-#define NS_PROPERTY_ENTRY(name, scalar, getExpression, setExpression, whileHeldFunction)           \
+#define NS_PROPERTY_SETTER(expression)                                                             \
+    [](NS::Object& object, NS::RefPtr<NS::Object> value) {                                         \
+        auto& self = static_cast<Self_&>(object);                                                  \
+        expression;                                                                                \
+    }
+
+#define NS_PROPERTY_ENTRY(name, scalar, getExpression, setExpression, setUnsharedExpression,       \
+                          whileHeldFunction)                                                       \
     static constexpr NS::Property propertyAt(NS::PropertyLine<Self_, __LINE__>) {                  \
         static_assert(__LINE__ - kFirstPropertyLine < NS::kPropertyLines,                          \
                       "a property stands too far below its class's NS_OBJECT");                    \
@@ -176,11 +203,10 @@ struct Scalar<double> {
                     const auto& self = static_cast<const Self_&>(object);                          \
                     return getExpression;                                                          \
                 },                                                                                 \
-                [](NS::Object& object, NS::RefPtr<NS::Object> value) {                             \
-                    auto& self = static_cast<Self_&>(object);                                      \
-                    setExpression;                                                                 \
-                },                                                                                 \
-                whileHeldFunction, scalar};                                                        \
+                NS_PROPERTY_SETTER(setExpression),                                                 \
+                NS_PROPERTY_SETTER(setUnsharedExpression),                                         \
+                whileHeldFunction,                                                                 \
+                scalar};                                                                           \
     }
 
 // A strong, atomic property of a record. The type is what its owner expects to find there; a reply
@@ -198,6 +224,7 @@ struct Scalar<double> {
         name##_.store(std::move(value));                                                           \
     }                                                                                              \
     NS_PROPERTY_ENTRY(name, false, self.name##_.load(), self.name##_.store(std::move(value)),      \
+                      self.name##_.storeUnshared(std::move(value)),                                \
                       [](const NS::Object& object, NS::Property::Look look, void* context) {       \
                           static_cast<const Self_&>(object).name##_.whileHeld(                     \
                               [&](const NS::Object* value) { look(context, value); });             \
@@ -212,20 +239,14 @@ struct Scalar<double> {
 #define NS_RECORD_SCALAR(Type, name, setName)                                                      \
   public:                                                                                          \
     Type name() const {                                                                            \
-        return name##_.load();                                                                     \
+        return name##_.load(std::memory_order_acquire);                                            \
     }                                                                                              \
     void setName(Type value) {                                                                     \
-        name##_.store(value);                                                                      \
+        name##_.store(value, std::memory_order_release);                                           \
     }                                                                                              \
-    NS_PROPERTY_ENTRY(                                                                             \
-        name, true, NS::Scalar<Type>::box(self.name##_.load()),                                    \
-        {                                                                                          \
-            if (!value) {                                                                          \
-                NS::raiseNilForScalar(object, #name);                                              \
-            }                                                                                      \
-            self.name##_.store(NS::Scalar<Type>::unbox(value));                                    \
-        },                                                                                         \
-        nullptr)                                                                                   \
+    NS_PROPERTY_ENTRY(name, true, NS::Scalar<Type>::box(self.name()),                              \
+                      self.setName(NS::unboxedScalar<Type>(object, #name, value)),                 \
+                      self.setName(NS::unboxedScalar<Type>(object, #name, value)), nullptr)        \
                                                                                                    \
   private:                                                                                         \
     std::atomic<Type> name##_{};                                                                   \

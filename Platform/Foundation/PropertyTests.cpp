@@ -94,6 +94,7 @@ class DoubleStorage {
   public:
     NS::RefPtr<NS::Object> load() const { return object_; }
     void store(const NS::RefPtr<NS::Object>& object) { object_ = copy_ = object; }
+    void storeUnshared(const NS::RefPtr<NS::Object>& object) { store(object); }
     template <class Look>
     void whileHeld(Look&& look) const {
         look(static_cast<const NS::Object*>(object_.get()));

@@ -72,14 +72,9 @@ Ref<String> String::allocate(std::size_t length, bool wide) {
         Exception::raise(kInvalidArgumentException, "a text is longer than a string can be");
     }
     const std::size_t size = sizeof(String) + length * (wide ? sizeof(char16_t) : sizeof(char));
-    void* const storage = ::operator new(size);
+    void* const storage = Object::operator new(size);
     const auto header = static_cast<std::uint32_t>(length) | (wide ? kWide : 0U);
-    return Ref<String>(*new (storage) String(header), kAdopt);
-}
-
-void String::destroy() const noexcept {
-    this->~String();
-    ::operator delete(const_cast<String*>(this));
+    return Ref<String>(*::new (storage) String(header), kAdopt);
 }
 
 Ref<String> String::fromAscii(std::string_view characters) {

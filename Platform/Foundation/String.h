@@ -119,7 +119,6 @@ class String : public Object {
 
     explicit String(std::uint32_t header) noexcept : header_(header) {}
     ~String() override = default;
-    void destroy() const noexcept override;
     // The object that the text's characters stand in now.
     static Ref<String> directOf(const String& text) {
         return Ref<String>(const_cast<String&>(text.contents()));
@@ -148,7 +147,6 @@ class IndirectString : public String {
   protected:
     IndirectString(Ref<String> direct, std::uint32_t flags)
         : String(kIndirect | flags), text_(std::move(direct)) {}
-    void destroy() const noexcept override { delete this; }
 
     Ref<String> text_;
 

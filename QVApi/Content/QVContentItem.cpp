@@ -27,7 +27,7 @@ NS::RefPtr<QVContentItem> build(const QVContentClass& itemClass, const NS::Dicti
         auto value =
             !raw || mayConvert(*row.converter, *raw) ? (*row.converter)(raw, location) : nullptr;
         if (value) {
-            row.property->set(*item, std::move(value));
+            row.property->setUnshared(*item, std::move(value));
         } else {
             failed = true;
         }

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/Date.h"
 #include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/ObjectBatch.h"
 #include "QVApi/Content/QVContentItem.h"
 
 #include <utility>
@@ -68,6 +69,7 @@ NS::RefPtr<NS::Object> qvItemsOfList(const QVContentClass& elementClass, QVFaile
     if (!list) {
         return NS::make<NS::MutableArray>();
     }
+    const NS::ObjectBatch batch;
     std::vector<NS::Ref<NS::Object>> items;
     items.reserve(list->count());
     for (const NS::Ref<NS::Object>& element : *list) {

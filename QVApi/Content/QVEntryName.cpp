@@ -42,8 +42,17 @@ std::uint64_t QVEntryName::renamings() noexcept {
 
 void QVEntryName::store(NS::RefPtr<NS::Object> name) noexcept {
     const NS::Object* const newName = name.get();
-    const auto before = name_.exchange(std::move(name));
-    if (before && before.get() != newName) {
+    noteReplaced(name_.exchange(std::move(name)), newName);
+}
+
+void QVEntryName::storeUnshared(NS::RefPtr<NS::Object> name) noexcept {
+    const NS::Object* const newName = name.get();
+    noteReplaced(name_.exchangeUnshared(std::move(name)), newName);
+}
+
+void QVEntryName::noteReplaced(const NS::RefPtr<NS::Object>& before,
+                               const NS::Object* now) noexcept {
+    if (before && before.get() != now) {
         renamingsSoFar.fetch_add(1, std::memory_order_release);
         keepForReadings(NS::Ref<NS::Object>(*before));
     }

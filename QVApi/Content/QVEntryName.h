@@ -37,6 +37,8 @@ class QVEntryName {
 
     NS::RefPtr<NS::Object> load() const noexcept { return name_.load(); }
     void store(NS::RefPtr<NS::Object> name) noexcept;
+    // The same for an entry that no other thread knows of yet.
+    void storeUnshared(NS::RefPtr<NS::Object> name) noexcept;
     // Whether it is this very object, which the caller holds; null is no name.
     bool is(const NS::Object* name) const noexcept { return name_.peek() == name; }
     template <class Look>
@@ -45,6 +47,7 @@ class QVEntryName {
     }
 
   private:
+    static void noteReplaced(const NS::RefPtr<NS::Object>& before, const NS::Object* now) noexcept;
     static void keepForReadings(const NS::Ref<NS::Object>& replaced);
 
     NS::AtomicRef<NS::Object> name_;

@@ -1,0 +1,102 @@
+#include "Platform/Foundation/BlockPool.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using NS::BlockPool;
+
+// Kept over the end of each test, as a process's is.
+class BlockPoolTest : public testing::Test {
+  protected:
+    std::vector<void*> take(std::size_t count) {
+        std::vector<void*> blocks;
+        for (std::size_t i = 0; i < count; ++i) {
+            blocks.push_back(pool_.take());
+            std::memset(blocks.back(), static_cast<int>(i), BlockPool::kBlockSize);
+        }
+        return blocks;
+    }
+    void giveBack(const std::vector<void*>& blocks) {
+        for (void* const block : blocks) {
+            pool_.giveBack(block);
+        }
+    }
+
+    // More blocks than the regions that are kept hold.
+    static constexpr std::size_t kMany = (BlockPool::kKeptRegions + 2) * 512;
+
+    BlockPool& pool_ = *new BlockPool;
+};
+
+TEST_F(BlockPoolTest, GivesBlocksThatDoNotOverlap) {
+    const auto blocks = take(2000);
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+        const auto* const bytes = static_cast<const unsigned char*>(blocks[i]);
+        ASSERT_EQ(bytes[0], static_cast<unsigned char>(i));
+        ASSERT_EQ(bytes[BlockPool::kBlockSize - 1], static_cast<unsigned char>(i));
+    }
+    giveBack(blocks);
+}
+
+TEST_F(BlockPoolTest, GivesABlockThatCameBackAgain) {
+    const auto blocks = take(3);
+    pool_.giveBack(blocks[1]);
+    EXPECT_EQ(pool_.take(), blocks[1]);
+    giveBack(blocks);
+}
+
+TEST_F(BlockPoolTest, GivesBlocksOfARegionInUseFirst) {
+    const auto blocks = take(1500);
+    const std::size_t regions = pool_.regionCount();
+    giveBack({blocks.begin() + 700, blocks.end()}); // which empties the last region
+    const auto again = take(800);
+    EXPECT_EQ(pool_.regionCount(), regions);
+    giveBack(again);
+    giveBack({blocks.begin(), blocks.begin() + 700});
+}
+
+TEST_F(BlockPoolTest, KeepsAFewEmptyRegions) {
+    giveBack(take(1500));
+    EXPECT_EQ(pool_.regionCount(), 3U);
+    giveBack(take(1500));
+    EXPECT_EQ(pool_.regionCount(), 3U);
+}
+
+TEST_F(BlockPoolTest, GivesMoreThanAFewEmptyRegionsBackToTheSystem) {
+    const auto blocks = take(kMany);
+    EXPECT_GT(pool_.regionCount(), BlockPool::kKeptRegions);
+    giveBack(blocks);
+    EXPECT_EQ(pool_.regionCount(), BlockPool::kKeptRegions);
+}
+
+TEST_F(BlockPoolTest, KeepsARegionWithABlockInUse) {
+    auto blocks = take(kMany);
+    void* const kept = blocks[700];
+    blocks.erase(blocks.begin() + 700);
+    giveBack(blocks);
+    EXPECT_EQ(pool_.regionCount(), BlockPool::kKeptRegions + 1);
+    std::memset(kept, 1, BlockPool::kBlockSize);
+    pool_.giveBack(kept);
+}
+
+TEST_F(BlockPoolTest, IsForAnyThread) {
+    const auto takeAndGiveBack = [&] {
+        for (int i = 0; i < 20; ++i) {
+            giveBack(take(100));
+        }
+    };
+    std::thread other(takeAndGiveBack);
+    takeAndGiveBack();
+    other.join();
+    const auto blocks = take(200);
+    EXPECT_EQ(std::set<void*>(blocks.begin(), blocks.end()).size(), blocks.size());
+    giveBack(blocks);
+}
+
+} // namespace

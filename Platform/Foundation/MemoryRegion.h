@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+// Large pieces of memory straight from the system, for what manages its own storage.
+namespace NS::MemoryRegion {
+
+// The system's large pages, in which a region comes wherever there are any: it is faulted in at
+// once rather than in hundreds of small steps, each of which costs as much as making ten objects.
+inline constexpr std::size_t kLargePage = std::size_t{2} * 1024 * 1024;
+
+enum class Pages : unsigned char { kSmall, kLarge };
+
+// Cleared memory of this size, a multiple of kLargePage, that begins at such a multiple. Throws
+// std::bad_alloc when there is none. Small pages take memory only as they are used.
+void* map(std::size_t size, Pages pages);
+void unmap(void* region, std::size_t size) noexcept;
+
+} // namespace NS::MemoryRegion

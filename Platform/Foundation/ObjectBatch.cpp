@@ -1,0 +1,142 @@
+#include "Platform/Foundation/ObjectBatch.h"
+
+#include "Platform/Foundation/BlockPool.h"
+#include "Platform/Foundation/Object.h"
+
+#include <sanitizer/asan_interface.h>
+
+#include <atomic>
+#include <cassert>
+#include <new>
+#include <utility>
+
+namespace NS {
+
+namespace {
+
+constinit thread_local ObjectBatch* currentBatch = nullptr;
+
+// The allocator's alignment. An object in a block stands half of it behind, next to a pointer to
+// its block, and is told from one that has storage of its own by nothing but that.
+constexpr std::size_t kGrain = __STDCPP_DEFAULT_NEW_ALIGNMENT__;
+constexpr std::size_t kLead = kGrain / 2;
+static_assert(kLead == sizeof(void*) && kLead >= alignof(Object));
+
+bool isInBlock(const void* storage) noexcept {
+    return reinterpret_cast<std::uintptr_t>(storage) % kGrain != 0;
+}
+
+} // namespace
+
+// Objects in a block of the pool, each behind a pointer to the block.
+class alignas(kGrain) ObjectBatch::Block {
+  public:
+    static constexpr std::size_t kRoom = BlockPool::kBlockSize - kGrain; // for the objects
+
+    static Block* make() {
+        void* const storage = BlockPool::shared().take();
+        ASAN_POISON_MEMORY_REGION(static_cast<std::byte*>(storage) + kGrain, kRoom);
+        return ::new (storage) Block;
+    }
+
+    std::byte* room() noexcept { return reinterpret_cast<std::byte*>(this + 1); }
+
+    // The storage behind a pointer to this block.
+    void* put(std::byte* place, [[maybe_unused]] std::size_t size) noexcept {
+        ASAN_UNPOISON_MEMORY_REGION(place, kLead + size);
+        ::new (place) Block*(this);
+        return place + kLead;
+    }
+
+    // For an object that ended: its block is done with it.
+    static void leave(void* storage) noexcept {
+        Block& block = **reinterpret_cast<Block**>(static_cast<std::byte*>(storage) - kLead);
+        ASAN_POISON_MEMORY_REGION(storage, sizeof(Object));
+        block.release(1);
+    }
+
+    // No objects come any more; so many did.
+    void close(std::uint32_t objects) noexcept { release(kOpen - objects); }
+
+  private:
+    // While a batch fills the block this stands for what is still to come.
+    static constexpr std::uint32_t kOpen = std::uint32_t{1} << 31U;
+
+    void release(std::uint32_t count) noexcept {
+        if (uses_.fetch_sub(count, std::memory_order_acq_rel) == count) {
+            ASAN_UNPOISON_MEMORY_REGION(this, BlockPool::kBlockSize);
+            BlockPool::shared().giveBack(this);
+        }
+    }
+
+    std::atomic<std::uint32_t> uses_{kOpen};
+};
+
+ObjectBatch::ObjectBatch() noexcept : outer_(std::exchange(currentBatch, this)) {}
+
+ObjectBatch::~ObjectBatch() {
+    endBlock();
+    currentBatch = outer_;
+}
+
+void* ObjectBatch::allocate(std::size_t size) {
+    return currentBatch != nullptr ? currentBatch->place(size) : ::operator new(size);
+}
+
+void ObjectBatch::free(void* storage) noexcept {
+    if (isInBlock(storage)) {
+        Block::leave(storage);
+    } else {
+        ::operator delete(storage);
+    }
+}
+
+void* ObjectBatch::place(std::size_t size) {
+    const std::size_t whole = (kLead + size + kGrain - 1) / kGrain * kGrain;
+    if (whole > room_) [[unlikely]] {
+        return placeElsewhere(size);
+    }
+    std::byte* const place = next_;
+    next_ += whole;
+    room_ -= whole;
+    ++placed_;
+    return block_->put(place, size);
+}
+
+// For an object that the block has no room for.
+void* ObjectBatch::placeElsewhere(std::size_t size) {
+    if (size > kLargestObject) {
+        return ::operator new(size);
+    }
+    if (firstObjects_ < kFirstObjects) {
+        ++firstObjects_;
+        return ::operator new(size);
+    }
+    endBlock();
+    startBlock();
+    return place(size);
+}
+
+void ObjectBatch::startBlock() {
+    block_ = Block::make();
+    next_ = block_->room();
+    room_ = Block::kRoom;
+    placed_ = 0;
+}
+
+void ObjectBatch::endBlock() noexcept {
+    if (block_ != nullptr) {
+        std::exchange(block_, nullptr)->close(placed_);
+        room_ = 0;
+    }
+}
+
+void* Object::operator new(std::size_t size) {
+    return ObjectBatch::allocate(size);
+}
+
+void Object::operator delete(void* storage) noexcept {
+    ObjectBatch::free(storage);
+}
+
+} // namespace NS

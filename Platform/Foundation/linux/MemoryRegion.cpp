@@ -1,0 +1,65 @@
+#include "Platform/Foundation/MemoryRegion.h"
+
+#include <sys/mman.h>
+
+#include <cstdint>
+#include <new>
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
+namespace NS::MemoryRegion {
+
+namespace {
+
+// The leak checker looks at the allocator's storage only, and would take whatever is held from
+// elsewhere for lost.
+void showToLeakChecker([[maybe_unused]] const void* region, [[maybe_unused]] std::size_t size) {
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_register_root_region(region, size);
+#endif
+}
+
+void hideFromLeakChecker([[maybe_unused]] const void* region, [[maybe_unused]] std::size_t size) {
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_unregister_root_region(region, size);
+#endif
+}
+
+// That fails only where the system cannot keep account of one more gap.
+void giveBack(void* memory, std::size_t size) noexcept {
+    if (size > 0) {
+        (void)munmap(memory, size);
+    }
+}
+
+} // namespace
+
+// The system gives any page's multiple: what is around a large page's goes back.
+void* map(std::size_t size, Pages pages) {
+    const std::size_t whole = size + kLargePage;
+    void* const mapping =
+        mmap(nullptr, whole, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapping == MAP_FAILED) {
+        throw std::bad_alloc();
+    }
+    auto* const begin = static_cast<std::byte*>(mapping);
+    const std::size_t before =
+        (kLargePage - reinterpret_cast<std::uintptr_t>(mapping) % kLargePage) % kLargePage;
+    std::byte* const region = begin + before;
+    giveBack(begin, before);
+    giveBack(region + size, kLargePage - before);
+    if (pages == Pages::kLarge) {
+        (void)madvise(region, size, MADV_HUGEPAGE); // a wish only: some systems have none
+    }
+    showToLeakChecker(region, size);
+    return region;
+}
+
+void unmap(void* region, std::size_t size) noexcept {
+    hideFromLeakChecker(region, size);
+    giveBack(region, size);
+}
+
+} // namespace NS::MemoryRegion
