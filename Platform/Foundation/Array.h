@@ -74,10 +74,10 @@ class MutableArray final : public Array {
     void removeObject(const Object& object);
     // Removes every occurrence of this very object.
     void removeObjectIdenticalTo(const Object& object);
-    // Removes every element that passes test(const Object&), which must not change the array. All
-    // are tested before any is removed.
+    // Removes every element that passes test(const Object&), which must not change the array, and
+    // returns how many those were. All are tested before any is removed.
     template <class Test>
-    void removeObjectsPassingTest(Test&& test);
+    std::size_t removeObjectsPassingTest(Test&& test);
     // Raises NSRangeException for an index that is not below the count.
     void removeObjectAtIndex(std::size_t index);
     void removeAllObjects();
@@ -95,7 +95,7 @@ class MutableArray final : public Array {
 };
 
 template <class Test>
-void MutableArray::removeObjectsPassingTest(Test&& test) {
+std::size_t MutableArray::removeObjectsPassingTest(Test&& test) {
     std::vector<std::size_t> indexes;
     for (std::size_t i = 0; i < objects_.size(); ++i) {
         if (test(std::as_const(*objects_[i]))) {
@@ -103,6 +103,7 @@ void MutableArray::removeObjectsPassingTest(Test&& test) {
         }
     }
     removeObjectsAt(indexes);
+    return indexes.size();
 }
 
 } // namespace NS

@@ -213,11 +213,14 @@ TEST(MutableArray, RemovesWhatPassesATest) {
     const auto array = abc()->mutableCopy();
     const auto second = array->objectAtIndex(1);
     array->addObject(second);
-    array->removeObjectsPassingTest([&](const NS::Object& each) { return &each == second.get(); });
+    const auto isSecond = [&](const NS::Object& each) {
+        return &each == second.get();
+    };
+    EXPECT_EQ(array->removeObjectsPassingTest(isSecond), 2U);
     EXPECT_EQ(joined(*array), "ac");
-    array->removeObjectsPassingTest([](const NS::Object&) { return false; });
+    EXPECT_EQ(array->removeObjectsPassingTest(isSecond), 0U);
     EXPECT_EQ(joined(*array), "ac");
-    array->removeObjectsPassingTest([](const NS::Object&) { return true; });
+    EXPECT_EQ(array->removeObjectsPassingTest([](const NS::Object&) { return true; }), 2U);
     EXPECT_EQ(array->count(), 0U);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -15,11 +16,18 @@ class Object;
 // Open addressing with linear probing, at most half full.
 class IdentityMap {
   public:
+    // Makes room for as many objects, so that taking them in moves none.
+    void reserve(std::size_t count) {
+        if (2 * count > slots_.size()) {
+            resize(std::bit_ceil(std::max(2 * count, kFirstSize)));
+        }
+    }
+
     // The object's number, to be read or set; 0 for an object that is new to the map. Valid until
     // the next call.
     std::uint32_t& numberOf(const Object* object) {
         if ((count_ + 1) * 2 > slots_.size()) {
-            grow();
+            resize(slots_.empty() ? kFirstSize : slots_.size() * 2);
         }
         Slot& slot = slotOf(object);
         if (slot.object == nullptr) {
@@ -51,8 +59,9 @@ class IdentityMap {
         return slots_[slot];
     }
 
-    void grow() {
-        std::vector<Slot> before(slots_.empty() ? kFirstSize : slots_.size() * 2);
+    // To a power of two.
+    void resize(std::size_t size) {
+        std::vector<Slot> before(size);
         before.swap(slots_);
         shift_ = 64U - static_cast<unsigned>(std::countr_zero(slots_.size()));
         for (const Slot& slot : before) {

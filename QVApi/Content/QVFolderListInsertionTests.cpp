@@ -60,11 +60,12 @@ TEST(FolderListInsertion, FillsAListingOfHundredsOfThousands) {
 // A listing of files whose owner inserts, adds and removes, exchanges the list and renames entries
 // by chance, with few names, in use or not, or none; and beside it what is to be in it, kept by the
 // rule itself without anything to make it quick. On demand the owner adds folders among the files,
-// which only a file of the same identifier replaces.
+// which only a file of the same identifier replaces. Mostly it inserts, so that there are rows of
+// insertions.
 class InsertionByChance : public testing::Test {
   protected:
     void step() {
-        switch (random() % 16) {
+        switch (random() % 48) {
         case 0:
             return addDirectly();
         case 1:
@@ -154,7 +155,7 @@ class InsertionByChance : public testing::Test {
 };
 
 TEST_F(InsertionByChance, FollowsItsRuleWhateverElseHappensToTheList) {
-    for (int i = 0; i < 4'000; ++i) {
+    for (int i = 0; i < 12'000; ++i) {
         step();
         ASSERT_TRUE(isAsExpected()) << "after step " << i;
     }
@@ -163,7 +164,7 @@ TEST_F(InsertionByChance, FollowsItsRuleWhateverElseHappensToTheList) {
 TEST_F(InsertionByChance, FollowsTheRuleOfIdentifiersForFoldersAmongTheFiles) {
     addsFolders = true;
     int steps = 0; // that found a folder there
-    for (int i = 0; i < 4'000; ++i) {
+    for (int i = 0; i < 12'000; ++i) {
         steps += hasFolders() ? 1 : 0;
         step();
         ASSERT_TRUE(isAsExpected()) << "after step " << i;

@@ -128,18 +128,24 @@ NS::RefPtr<NS::Object> firstWhere(const NS::Array& list, Predicate&& isWanted) {
     return found == list.end() ? NS::RefPtr<NS::Object>() : NS::RefPtr<NS::Object>(*found);
 }
 
-// Puts a file or folder in place of all that are equal to it. Those of its own kind are by the
-// name.
+// Removes every entry that is equal to a file or folder: one of its own kind is when it has this
+// very name. Returns how many those were.
 template <class Entry>
-void insert(NS::MutableArray& list, Entry& item, QVNameIndex& names) {
-    const auto name = item.name();
-    if (!names.replacesNone(list, name)) {
-        list.removeObjectsPassingTest([&](const NS::Object& each) {
-            const auto* const entry = NS::as<Entry>(&each);
-            return entry != nullptr ? entry->entryName().is(name.get()) : each.isEqualTo(&item);
-        });
+std::size_t removeEqual(NS::MutableArray& list, const Entry& item,
+                        const NS::RefPtr<NS::Object>& name) {
+    return list.removeObjectsPassingTest([&](const NS::Object& each) {
+        const auto* const entry = NS::as<Entry>(&each);
+        return entry != nullptr ? entry->entryName().is(name.get()) : each.isEqualTo(&item);
+    });
+}
+
+template <class Entry>
+void insert(NS::MutableArray& list, const NS::RefPtr<Entry>& item, QVNameIndex& names) {
+    const auto name = item->name();
+    if (!names.replacesNone(list, name) && removeEqual(list, *item, name) == 0) {
+        names.lookedInVain();
     }
-    list.addObject(&item);
+    list.addObject(item);
     names.inserted(list);
 }
 
@@ -229,9 +235,9 @@ void QVFolderListItem::insertItem(const NS::RefPtr<NS::Object>& item) {
         return;
     }
     if (const auto file = NS::as<QVFileItem>(item)) {
-        insert(*list, *file, fileNames_);
+        insert(*list, file, fileNames_);
     } else {
-        insert(*list, static_cast<QVFolderItem&>(*item), folderNames_);
+        insert(*list, NS::as<QVFolderItem>(item), folderNames_);
     }
 }
 

@@ -44,8 +44,8 @@ class QVFolderListItem : public QVContentItem {
 
     // Puts a file or folder at the end of its list, in place of every one there that is equal to it
     // by isEqualTo(): that has the very same name object. Raises an exception named "QVContentItem"
-    // for anything else, and nil. From the second in a row on, one with a name that no entry has
-    // takes the same time in any listing (QVNameIndex).
+    // for anything else, and nil. After a few in a row, one with a name that no entry has takes the
+    // same time in any listing (QVNameIndex).
     void insertItem(const NS::RefPtr<NS::Object>& item);
     // Removes this very file or folder from its list. Raises as insertItem() does.
     void removeItem(const NS::RefPtr<NS::Object>& item);

@@ -11,7 +11,7 @@ bool QVNameIndex::replacesNone(const NS::MutableArray& list, const NS::RefPtr<NS
         becomes(State::kNotRead);
         return false;
     }
-    if (state_ == State::kNotRead) {
+    if (state_ == State::kNotRead && vainLooks_ >= kVainLooks) {
         read(list);
     }
     if (state_ == State::kKnown && !name) {
@@ -22,6 +22,7 @@ bool QVNameIndex::replacesNone(const NS::MutableArray& list, const NS::RefPtr<NS
 
 void QVNameIndex::read(const NS::MutableArray& list) {
     state_ = State::kKnown;
+    names_.reserve(list.count() + 1);
     for (const NS::Ref<NS::Object>& entry : list) {
         const auto name = nameOf_(*entry);
         if (!name) {
@@ -33,5 +34,6 @@ void QVNameIndex::read(const NS::MutableArray& list) {
 
 void QVNameIndex::becomes(State state) {
     state_ = state;
+    vainLooks_ = 0;
     names_ = {};
 }

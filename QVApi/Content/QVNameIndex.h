@@ -9,11 +9,14 @@
 // names are no entry's yet, and it tells so without looking at the entries.
 //
 // The list belongs to others as well, and entries can be renamed. So it remembers what the list was
-// like after the last insertion, and knows nothing when anything has happened since. It is made at
-// the second insertion in a row: a single one costs no index. It takes up to 64 bytes a name. One
-// thread.
+// like after the last insertion, and knows nothing when anything has happened since. It is made
+// when it seems worth its price: after as many insertions in a row have looked at all entries in
+// vain as cost what it does. It takes up to 64 bytes a name. One thread.
 class QVNameIndex {
   public:
+    // To make it takes about as long as so many looks at all entries.
+    static constexpr int kVainLooks = 8;
+
     // The name of an entry, and nil for one that is not of the list's kind.
     using NameOf = NS::RefPtr<NS::Object> (*)(const NS::Object& entry);
 
@@ -22,6 +25,8 @@ class QVNameIndex {
     // Begins the insertion of an entry of this name, and tells whether that surely replaces none:
     // no entry has this very object for a name. False also when that is not known, as for nil.
     bool replacesNone(const NS::MutableArray& list, const NS::RefPtr<NS::Object>& name);
+    // Says that all entries had to be looked at, and that none gave way.
+    void lookedInVain() noexcept { ++vainLooks_; }
     // Ends it: the entry stands in the list.
     void inserted(const NS::MutableArray& list) { revision_ = list.revision(); }
 
@@ -35,6 +40,7 @@ class QVNameIndex {
 
     NameOf nameOf_;
     State state_ = State::kNotRead;
+    int vainLooks_ = 0; // in a row, but for insertions that replaced an entry
     std::uint64_t revision_ = 0;
     std::uint64_t renamings_ = 0;
     // Also of entries that are gone. Another object may have come to stand at the address of one:
