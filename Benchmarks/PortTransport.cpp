@@ -97,7 +97,8 @@ class Receiver final : public NS::MachPortDelegate {
 
 void send(NS::MachPort& destination, const NS::Array& components,
           const NS::Ref<NS::MachPort>& from) {
-    require(destination.sendBeforeDate_components_from_reserved(NS::Date::date(), components,
+    static const NS::Ref<NS::Date> noWaiting = NS::make<NS::Date>(0); // as the link does
+    require(destination.sendBeforeDate_components_from_reserved(noWaiting, components,
                                                                 NS::RefPtr<NS::MachPort>(from), 0),
             "a message was lost");
 }

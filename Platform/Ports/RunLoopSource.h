@@ -10,8 +10,8 @@ class RunLoopSource : public Object {
   public:
     // The descriptor; the same for as long as the source is in a loop.
     virtual int descriptor() const noexcept = 0;
-    // Called on the loop's thread when the descriptor is readable or hung up. Must not block. What
-    // it raises leaves the loop's turn.
+    // Called on the loop's thread when the descriptor is readable or hung up. Must not block. The
+    // loop keeps the source alive meanwhile. What it raises leaves the loop's turn.
     virtual void ready() = 0;
 };
 

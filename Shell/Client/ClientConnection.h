@@ -62,11 +62,15 @@ class ClientConnection {
     void lose(int negativeNumber);
     void awaitSocket() noexcept;
     void awaitMoment(std::uint64_t microseconds) noexcept;
+    void takeExpiration(std::uint64_t now) noexcept;
     void closeDescriptors() noexcept;
 
     int epoll_;
     int timer_;
     std::uint64_t wakeMoment_ = UINT64_MAX; // in microseconds; never
+    // What the kernel has been told last, which is not worth a call to tell again.
+    std::uint64_t awaitedMoment_ = UINT64_MAX;
+    int awaitedEvents_ = -1; // none that lasts
     std::unique_ptr<sd_bus, Close> bus_;
     std::string error_;
 };

@@ -88,8 +88,8 @@ Placing WatchedFolders::placeResolved(std::string path) const {
     return {where, std::move(path)};
 }
 
-Placing WatchedFolders::placeFolder(std::string_view path) const {
-    return isAbsolute(path) ? placeResolved(resolved(path)) : Placing();
+Placing WatchedFolders::placeFolder(std::string_view path) {
+    return isAbsolute(path) ? placeResolved(folder(path).second.resolved) : Placing();
 }
 
 Placing WatchedFolders::placeItem(std::string_view path) {

@@ -27,15 +27,15 @@ struct Placing {
 // The folders that an extension watches, and where paths stand to them. Paths are compared by
 // component, symbolic links resolved on both sides, since the extension itself compares text only.
 //
-// Made for one question: what is a link, and where it leads, may be otherwise at the next one. The
-// folders that items are in are resolved once.
+// Made for one question: what is a link, and where it leads, may be otherwise at the next one. Each
+// folder is resolved once.
 class WatchedFolders {
   public:
     // Absolute paths as the extension spells them.
     explicit WatchedFolders(const std::vector<std::string>& folders);
 
     // A folder, symbolic links followed.
-    Placing placeFolder(std::string_view path) const;
+    Placing placeFolder(std::string_view path);
     // An item, which is not followed itself, and need not exist.
     Placing placeItem(std::string_view path);
     // The same for one of many: appends the path to others, which takes little for an item beside

@@ -102,9 +102,7 @@ void BusConnection::flush(std::chrono::milliseconds limit) {
 
 void BusConnection::ready() {
     const NS::Ref<BusConnection> self(*this);
-    std::uint64_t expirations = 0;
-    [[maybe_unused]] const ssize_t taken =
-        ::read(timer_.get(), &expirations, sizeof expirations); // none, when it was the socket
+    takeExpiration();
     delegate_.busWillServe();
     const int result = sd_bus_process(bus_.get(), nullptr);
     delegate_.busServed();
@@ -150,8 +148,16 @@ void BusConnection::awaitSocket(int socket, int events) {
     }
 }
 
+// A timer that has run out stays readable until it is read or set.
+void BusConnection::takeExpiration() {
+    std::uint64_t expirations = 0;
+    if (awaitedMoment_ != kNever && ::read(timer_.get(), &expirations, sizeof expirations) > 0) {
+        awaitedMoment_ = kNever;
+    }
+}
+
 void BusConnection::awaitMoment(std::uint64_t microseconds) {
-    if (microseconds == awaitedMoment_ && microseconds != 0) {
+    if (microseconds == awaitedMoment_) {
         return;
     }
     awaitedMoment_ = microseconds;

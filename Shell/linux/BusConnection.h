@@ -69,6 +69,7 @@ class BusConnection final : public NS::RunLoopSource {
     void beforeWaiting();
     void awaitEvents();
     void awaitSocket(int socket, int events);
+    void takeExpiration();
     void awaitMoment(std::uint64_t microseconds);
     void lose();
 

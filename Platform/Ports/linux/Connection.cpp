@@ -144,7 +144,6 @@ void Connection::close() {
 }
 
 void Connection::ready() {
-    const Ref<Connection> kept(*this);
     const int most = turns_.beginTurn();
     int taken = 0;
     while (taken < most && receiveOne()) {
@@ -169,8 +168,8 @@ bool Connection::handle(Received received) {
         return handle(*state);
     }
     announced_ = Announced::kNo;
-    if (const auto* const frame = std::get_if<Frame>(&received)) {
-        return take(*frame);
+    if (auto* const frame = std::get_if<Frame>(&received)) {
+        return take(std::move(*frame));
     }
     if (auto* const socket = std::get_if<FileDescriptor>(&received)) {
         return adopt(std::move(*socket));
@@ -196,7 +195,7 @@ bool Connection::handle(ReceiveState state) {
     return false;
 }
 
-bool Connection::take(const Frame& frame) {
+bool Connection::take(Frame frame) {
     if (!frame.replyPort.isNone() && !(frame.replyPort == peerPort_)) {
         // There is one port at each end, and who it is does not change.
         if (!peerPort_.isNone()) {
@@ -204,8 +203,8 @@ bool Connection::take(const Frame& frame) {
         }
         peerPort_ = frame.replyPort;
     }
-    receiver_->deliver(
-        make<PortMessage>(frame.replyPort.isNone() ? nullptr : replyPort(), frame.components));
+    receiver_->deliver(make<PortMessage>(frame.replyPort.isNone() ? nullptr : replyPort(),
+                                         std::move(frame.components)));
     return true;
 }
 

@@ -61,7 +61,7 @@ class Connection final : public RunLoopSource {
     // Each does what a packet asks for; false when none can follow it.
     bool handle(Received received);
     bool handle(ReceiveState state);
-    bool take(const Frame& frame);
+    bool take(Frame frame);
     // A further connection to the same port.
     bool adopt(FileDescriptor socket);
     bool cutOff(PortDrop reason);

@@ -11,6 +11,9 @@ bool RemoteEndpoint::send(const Array& components, const RefPtr<MachPort>& from)
         return connection_->send(components, PortIdentity{});
     }
     LocalEndpoint* const receiver = from->endpoint().local();
+    if (receiver != nullptr && connection_->receiver() == receiver) {
+        return connection_->send(components, receiver->identity());
+    }
     const RefPtr<Connection> connection =
         receiver != nullptr ? connectionFor(*receiver) : RefPtr<Connection>();
     if (!connection) {
@@ -20,12 +23,10 @@ bool RemoteEndpoint::send(const Array& components, const RefPtr<MachPort>& from)
     return connection->send(components, receiver->identity());
 }
 
-// What comes back on a connection goes to one port. The first that wants answers from a peer has
+// What comes back on a connection goes to one port, here not the one that the connection of the
+// look-up leads to. The first that wants answers from a peer has
 // the connection that the look-up made, and keeps it for every other look-up of the same peer.
 RefPtr<Connection> RemoteEndpoint::connectionFor(LocalEndpoint& receiver) {
-    if (connection_->receiver() == &receiver) {
-        return connection_;
-    }
     if (!connection_->isOpen()) {
         return nullptr;
     }

@@ -73,10 +73,9 @@ void ClientConnection::closeDescriptors() noexcept {
 }
 
 void ClientConnection::serve() {
-    std::uint64_t expirations = 0;
-    [[maybe_unused]] const ssize_t taken =
-        ::read(timer_, &expirations, sizeof expirations); // none, when it was the socket
-    if (wakeMoment_ <= microsecondsUntil(Clock::now())) {
+    const std::uint64_t now = microsecondsUntil(Clock::now());
+    takeExpiration(now);
+    if (wakeMoment_ <= now) {
         wakeMoment_ = kNever;
     }
     for (int i = 0; i < kMessagesPerTurn && process(); ++i) {
@@ -160,17 +159,32 @@ void ClientConnection::awaitEvents() noexcept {
     awaitMoment(std::min(wakeMoment_, moment));
 }
 
-// Each time anew: while it connects, the library may go on to another address with a socket of the
+// Each time anew while it connects: the library may go on to another address with a socket of the
 // same number.
 void ClientConnection::awaitSocket() noexcept {
     const int socket = sd_bus_get_fd(bus_.get());
     const int events = sd_bus_get_events(bus_.get());
-    if (socket >= 0 && events >= 0) {
-        (void)watch(epoll_, socket, events); // a question still sees what comes
+    if (socket < 0 || events < 0 || events == awaitedEvents_) {
+        return;
+    }
+    const bool lasts = sd_bus_is_ready(bus_.get()) > 0;
+    const bool awaited = watch(epoll_, socket, events); // if not, a question still sees what comes
+    awaitedEvents_ = lasts && awaited ? events : -1;
+}
+
+// A timer that has run out stays readable until it is read or set.
+void ClientConnection::takeExpiration(std::uint64_t now) noexcept {
+    std::uint64_t expirations = 0;
+    if (awaitedMoment_ <= now && ::read(timer_, &expirations, sizeof expirations) > 0) {
+        awaitedMoment_ = kNever;
     }
 }
 
 void ClientConnection::awaitMoment(std::uint64_t microseconds) noexcept {
+    if (microseconds == awaitedMoment_) {
+        return;
+    }
+    awaitedMoment_ = microseconds;
     itimerspec moment{};
     if (microseconds != kNever) {
         // All zeros would be never.
