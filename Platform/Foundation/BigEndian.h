@@ -12,12 +12,20 @@ inline std::uint64_t swapped(std::uint64_t value) noexcept {
     return std::endian::native == std::endian::little ? __builtin_bswap64(value) : value;
 }
 
+// What tells numbers of one width (1 to 8 bytes) from others, for who reads many.
+constexpr unsigned shiftOf(unsigned width) noexcept {
+    return 64U - 8U * width;
+}
+inline std::uint64_t loadShifted(const std::byte* bytes, unsigned shift) noexcept {
+    std::uint64_t raw;
+    std::memcpy(&raw, bytes, sizeof raw);
+    return swapped(raw) >> shift;
+}
+
 // The number of `width` bytes (1 to 8) at `bytes`. Reads eight bytes in any case: the caller knows
 // that they are there.
 inline std::uint64_t load(const std::byte* bytes, unsigned width) noexcept {
-    std::uint64_t raw;
-    std::memcpy(&raw, bytes, sizeof raw);
-    return swapped(raw) >> (64U - 8U * width);
+    return loadShifted(bytes, shiftOf(width));
 }
 
 // Writes the lowest `width` bytes (1 to 8) of the number.

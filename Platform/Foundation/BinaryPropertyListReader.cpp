@@ -95,6 +95,8 @@ std::optional<BinaryPropertyListReader> BinaryPropertyListReader::open(Bytes byt
         reason = "its offset table does not fit";
         return std::nullopt;
     }
+    list.offsetShift_ = BigEndian::shiftOf(list.offsetWidth_);
+    list.referenceShift_ = BigEndian::shiftOf(list.referenceWidth_);
     return list;
 }
 

@@ -3,8 +3,10 @@
 #include "Platform/Foundation/BigEndian.h"
 #include "Platform/Foundation/Data.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 
 namespace NS {
@@ -60,10 +62,22 @@ class BinaryPropertyListReader {
     // The object of a number; kDamaged when there is none or it does not fit in the list.
     Item item(std::uint64_t object) const noexcept;
 
+    // The UID that an object is; kNoUid for whatever else item() finds, and for some UIDs that are
+    // written in unusual ways.
+    static constexpr std::uint64_t kNoUid = ~std::uint64_t{0};
+    std::uint64_t usualUid(std::uint64_t object) const noexcept;
+
+    // Whether two dictionaries of as many entries each have the same keys' numbers in order.
+    bool haveSameKeys(const Item& a, const Item& b) const noexcept {
+        return std::memcmp(a.body, b.body, static_cast<std::size_t>(a.count) * referenceWidth_) ==
+               0;
+    }
+
     // The number at a position of a collection, which must be below its count. A dictionary has its
     // keys at these positions and its values as many positions further on.
     std::uint64_t reference(const Item& collection, std::uint64_t position) const noexcept {
-        return BigEndian::load(collection.body + position * referenceWidth_, referenceWidth_);
+        return BigEndian::loadShifted(collection.body + position * referenceWidth_,
+                                      referenceShift_);
     }
     // The object at a position of a collection.
     Item element(const Item& collection, std::uint64_t position) const noexcept {
@@ -79,9 +93,11 @@ class BinaryPropertyListReader {
   private:
     // What objects begin with.
     static constexpr std::uint64_t kObjectsOffset = 8;
+    static constexpr unsigned kShortestUid = 0x80; // the marker of a UID of one byte
 
     BinaryPropertyListReader() = default;
 
+    std::uint64_t offsetOf(std::uint64_t object) const noexcept;
     Item anyItem(std::uint64_t object) const noexcept;
     Item withUidOfOneKey(const Item& dictionary) const noexcept;
     Item numberItem(unsigned marker, const std::byte* body) const noexcept;
@@ -96,16 +112,32 @@ class BinaryPropertyListReader {
     std::uint64_t topObject_ = 0;
     unsigned offsetWidth_ = 0;
     unsigned referenceWidth_ = 0;
+    unsigned offsetShift_ = 0; // of the widths
+    unsigned referenceShift_ = 0;
 };
+
+inline std::uint64_t BinaryPropertyListReader::offsetOf(std::uint64_t object) const noexcept {
+    return object < objectCount_
+               ? BigEndian::loadShifted(bytes_ + tableOffset_ + object * offsetWidth_, offsetShift_)
+               : 0;
+}
+
+// Two of three objects that a record refers to are UIDs of up to four bytes.
+inline std::uint64_t BinaryPropertyListReader::usualUid(std::uint64_t object) const noexcept {
+    const std::uint64_t offset = offsetOf(object);
+    if (offset < kObjectsOffset || offset >= tableOffset_) {
+        return kNoUid;
+    }
+    const unsigned width = std::to_integer<unsigned>(bytes_[offset]) - kShortestUid + 1;
+    const bool isUsual = width - 1 < 4 && width < tableOffset_ - offset;
+    return isUsual ? BigEndian::load(bytes_ + offset + 1, width) : kNoUid;
+}
 
 // Most objects of an archive are of one of these kinds, and short; for any other, and for whatever
 // does not fit, this leaves the decision to anyItem().
 inline BinaryPropertyListReader::Item
 BinaryPropertyListReader::item(std::uint64_t object) const noexcept {
-    const std::uint64_t offset =
-        object < objectCount_
-            ? BigEndian::load(bytes_ + tableOffset_ + object * offsetWidth_, offsetWidth_)
-            : 0;
+    const std::uint64_t offset = offsetOf(object);
     if (offset < kObjectsOffset || offset >= tableOffset_) {
         return anyItem(object);
     }
@@ -122,6 +154,13 @@ BinaryPropertyListReader::item(std::uint64_t object) const noexcept {
             return anyItem(object);
         }
         item.bits = BigEndian::load(marker + 1, 1U << low);
+        return item;
+    case 0x2:
+        item.kind = Kind::kReal;
+        if (low != 3 || left < 8) {
+            return anyItem(object);
+        }
+        item.real = std::bit_cast<double>(BigEndian::load(marker + 1, 8));
         return item;
     case 0x5:
         item.kind = Kind::kAscii;

@@ -47,12 +47,13 @@ void clearProperties(Object& object) {
 // Makes a dictionary of the list the one being decoded, until the end of the block.
 class KeyedUnarchiver::Nesting {
   public:
-    Nesting(KeyedUnarchiver& coder, const Item& item) : coder_(coder), outer_(coder.record_) {
+    Nesting(KeyedUnarchiver& coder, const Item& item)
+        : coder_(coder), outer_(coder.record_), record_{.item = item} {
         if (coder.depth_ == Limits::kDepth) {
             raiseIncomprehensible("objects stand too deep within one another");
         }
         ++coder.depth_;
-        coder.record_ = Record{.item = item};
+        coder.record_ = &record_;
     }
     ~Nesting() {
         coder_.record_ = outer_;
@@ -61,9 +62,12 @@ class KeyedUnarchiver::Nesting {
     Nesting(const Nesting&) = delete;
     Nesting& operator=(const Nesting&) = delete;
 
+    Record& outer() const noexcept { return *outer_; }
+
   private:
     KeyedUnarchiver& coder_;
-    Record outer_;
+    Record* const outer_;
+    Record record_;
 };
 
 RefPtr<Object> KeyedUnarchiver::unarchiveObjectWithData(const Data& data) {
@@ -97,9 +101,7 @@ KeyedUnarchiver::KeyedUnarchiver(Bytes bytes)
 
 KeyedUnarchiver::~KeyedUnarchiver() {
     for (const Made& made : made_) {
-        if (made.isKept) {
-            made.object->release();
-        }
+        made.object->release();
     }
 }
 
@@ -114,10 +116,10 @@ RefPtr<Object> KeyedUnarchiver::decodeRoot() {
     }
     objects_ = memberOf(whole, kObjectsKey).item;
     checkIntact(objects_);
-    if (objects_.kind != Kind::kArray || objects_.count >= kClassSlot) {
+    if (objects_.kind != Kind::kArray) {
         raiseIncomprehensible("it has no list of objects");
     }
-    slots_.resize(static_cast<std::size_t>(objects_.count));
+    slots_.reset(static_cast<std::size_t>(objects_.count));
     return objectOf(memberOf(memberOf(whole, kTopKey), kRootKey), kRootKey, Keeper::kReceiver);
 }
 
@@ -127,9 +129,6 @@ void KeyedUnarchiver::indexAgain() {
         return;
     }
     for (const Made& made : made_) {
-        if (!made.isKept) {
-            continue;
-        }
         if (made.object->isKindOfClass(Set::kClass)) {
             static_cast<Set*>(made.object)->indexAgain(equalityBudget_);
         } else if (made.object->isKindOfClass(Dictionary::kClass)) {
@@ -142,9 +141,6 @@ void KeyedUnarchiver::indexAgain() {
 // still held here, so that none of it is released from within anything else.
 void KeyedUnarchiver::breakCycles() {
     for (const Made& made : made_) {
-        if (!made.isKept) {
-            continue;
-        }
         Object& object = *made.object;
         if (object.isKindOfClass(Array::kClass)) {
             static_cast<Array&>(object).objects_.clear();
@@ -166,7 +162,7 @@ void KeyedUnarchiver::spendElements(std::uint64_t count) {
     elementsLeft_ -= count;
 }
 
-std::uint32_t KeyedUnarchiver::slotOf(std::uint64_t uid) const {
+KeyedUnarchiver::Slot& KeyedUnarchiver::slotOf(std::uint64_t uid) {
     if (uid >= slots_.size()) {
         raiseIncomprehensible("a UID of an object that is not there");
     }
@@ -174,22 +170,36 @@ std::uint32_t KeyedUnarchiver::slotOf(std::uint64_t uid) const {
 }
 
 RefPtr<Object> KeyedUnarchiver::objectForUid(std::uint64_t uid, Keeper keeper) {
-    const std::uint32_t slot = slotOf(uid);
-    if (slot == 0) {
-        return makeObject(uid, keeper);
-    }
-    if ((slot & kClassSlot) != 0) {
+    const Slot slot = slotOf(uid);
+    return slot.kind() == Slot::Kind::kNothing ? makeObject(uid, keeper) : objectIn(slot);
+}
+
+// What was made before.
+RefPtr<Object> KeyedUnarchiver::objectIn(Slot slot) {
+    switch (slot.kind()) {
+    case Slot::Kind::kNil:
+        return nullptr;
+    case Slot::Kind::kPlain:
+        return slot.object();
+    case Slot::Kind::kDate:
+        record_->reach(kDateHeight);
+        return slot.object();
+    case Slot::Kind::kMade:
+        return objectMade(made_[slot.position()]);
+    default:
         raiseIncomprehensible("a class where an object should be");
     }
-    const Made& made = made_[slot - 1];
-    record_.height = std::max(record_.height, made.height);
+}
+
+RefPtr<Object> KeyedUnarchiver::objectMade(const Made& made) {
+    record_->reach(made.height);
     metIncomplete_ = metIncomplete_ || (!made.isComplete && isCollection(*made.object));
     return made.object;
 }
 
 RefPtr<Object> KeyedUnarchiver::keyForUid(std::uint64_t uid, Keeper keeper) {
     RefPtr<Object> object = objectForUid(uid, keeper);
-    if (object && isCollection(*object) && !made_[slotOf(uid) - 1].isComplete) {
+    if (object && isCollection(*object) && !made_[slotOf(uid).position()].isComplete) {
         raiseRefused("it is its own key or member");
     }
     return object;
@@ -201,93 +211,100 @@ RefPtr<Object> KeyedUnarchiver::makeObject(std::uint64_t uid, Keeper keeper) {
     if (item.kind == Kind::kDictionary) {
         return makeRecord(uid, item, keeper);
     }
-    if (isText(item, kNull)) {
-        return note(uid, nullptr, true, keeper); // nil has this name at any UID
+    if (item.count == kNull.size() && isText(item, kNull)) {
+        slotOf(uid) = Slot::nil(); // which has this name at any UID
+        return nullptr;
     }
     const char* reason = nullptr;
     RefPtr<Object> value = values_.value(item, number, reason);
     if (!value) {
         raiseIncomprehensible(reason);
     }
-    return note(uid, std::move(value), true, keeper);
+    if (keeper == Keeper::kCoder) {
+        keep(uid, *value, 0);
+    } else {
+        slotOf(uid) = Slot::plain(value.get());
+    }
+    return value;
 }
 
 RefPtr<Object> KeyedUnarchiver::makeRecord(std::uint64_t uid, const Item& item, Keeper keeper) {
     spendElements(item.count);
     if (RefPtr<Object> date = usualDate(item)) {
-        return noteDate(uid, std::move(date), keeper);
+        noteDate(uid, *date, keeper);
+        return date;
     }
-    std::uint16_t height = 0;
-    RefPtr<Object> object;
-    {
-        const Nesting nesting(*this, item);
-        record_.classIndex = classIndexForUid(classUidOf(item));
-        learnDates(item);
-        object = fillRecord(uid, keeper);
-        // Objects can be archived so that few stand within one another while they are decoded, and
-        // many do afterwards.
-        if (record_.height >= Limits::kDepth) {
-            raiseIncomprehensible("objects stand too deep within one another");
-        }
-        height = static_cast<std::uint16_t>(record_.height + 1);
+    const Nesting nesting(*this, item);
+    record_->archivedClass = &classForUid(classUidOf(item));
+    choosePlan();
+    learnDates(item);
+    RefPtr<Object> object = fillRecord(uid);
+    // Objects can be archived so that few stand within one another while they are decoded, and many
+    // do afterwards.
+    if (record_->height >= Limits::kDepth) {
+        raiseIncomprehensible("objects stand too deep within one another");
     }
-    Made& made = made_[slots_[static_cast<std::size_t>(uid)] - 1];
-    made.height = height;
+    Made& made = made_[slotOf(uid).position()];
+    made.height = static_cast<std::uint16_t>(record_->height + 1);
     made.isComplete = true;
-    record_.height = std::max(record_.height, height);
+    nesting.outer().reach(made.height);
     return object;
 }
 
 // The date of a record that looks like those of dates before: class and time, in this order. Nil
 // for any other record, and for one at a depth that is to be refused.
 RefPtr<Object> KeyedUnarchiver::usualDate(const Item& item) const {
-    if (dateClassSlot_ == 0 || item.count != 2 || depth_ == Limits::kDepth ||
+    if (dateClass_.kind() != Slot::Kind::kClass || item.count != 2 || depth_ == Limits::kDepth ||
         list_.reference(item, 0) != classKeyNumber_ || list_.reference(item, 1) != timeKeyNumber_) {
         return nullptr;
     }
-    const Item uid = list_.element(item, 2);
+    const std::uint64_t uid = list_.usualUid(list_.reference(item, 2));
     const Item time = list_.element(item, 3);
-    const bool isDate = uid.kind == Kind::kUid && uid.bits < slots_.size() &&
-                        slots_[static_cast<std::size_t>(uid.bits)] == dateClassSlot_ &&
+    const bool isDate = uid < slots_.size() &&
+                        slots_[static_cast<std::size_t>(uid)] == dateClass_ &&
                         time.kind == Kind::kReal;
     return isDate ? RefPtr<Object>(make<Date>(time.real)) : nullptr;
 }
 
 void KeyedUnarchiver::learnDates(const Item& item) {
-    if (classes_[record_.classIndex].objectClass == &Date::kClass && item.count == 2 &&
+    if (record_->archivedClass->objectClass == &Date::kClass && item.count == 2 &&
         isText(list_.element(item, 1), kTimeKey)) {
-        dateClassSlot_ = kClassSlot | static_cast<std::uint32_t>(record_.classIndex);
+        dateClass_ = Slot::archivedClass(record_->archivedClass);
         timeKeyNumber_ = list_.reference(item, 1);
     }
 }
 
-RefPtr<Object> KeyedUnarchiver::noteDate(std::uint64_t uid, RefPtr<Object> date, Keeper keeper) {
-    constexpr std::uint16_t kHeight = 1;
-    RefPtr<Object> noted = note(uid, std::move(date), true, keeper);
-    made_[made_.size() - 1].height = kHeight;
-    record_.height = std::max(record_.height, kHeight);
-    return noted;
+void KeyedUnarchiver::noteDate(std::uint64_t uid, Object& date, Keeper keeper) {
+    if (keeper == Keeper::kCoder) {
+        keep(uid, date, kDateHeight);
+    } else {
+        slotOf(uid) = Slot::date(&date);
+    }
+    record_->reach(kDateHeight);
 }
 
-RefPtr<Object> KeyedUnarchiver::fillRecord(std::uint64_t uid, Keeper keeper) {
-    if (const ValueDecoder decode = classes_[record_.classIndex].decodeValue) {
-        return note(uid, decode(*this), true, keeper);
+RefPtr<Object> KeyedUnarchiver::fillRecord(std::uint64_t uid) {
+    const ArchivedClass& archived = *record_->archivedClass;
+    if (archived.decodeValue != nullptr) {
+        RefPtr<Object> value = archived.decodeValue(*this);
+        keep(uid, *value, 0);
+        return value;
     }
-    RefPtr<Object> object = note(uid, classes_[record_.classIndex].objectClass->createForCoder(),
-                                 false, Keeper::kCoder);
+    const Ref<Object> object = archived.objectClass->createForCoder();
+    keepIncomplete(uid, object);
     object->initWithCoder(*this);
     return object;
 }
 
-RefPtr<Object> KeyedUnarchiver::note(std::uint64_t uid, RefPtr<Object> object, bool isComplete,
-                                     Keeper keeper) {
-    const bool isKept = object && keeper == Keeper::kCoder;
-    made_.add({object.get(), 0, isComplete, isKept});
-    if (isKept) {
-        object->retain();
-    }
-    slots_[static_cast<std::size_t>(uid)] = static_cast<std::uint32_t>(made_.size());
-    return object;
+void KeyedUnarchiver::keep(std::uint64_t uid, Object& object, std::uint16_t height) {
+    keepIncomplete(uid, object);
+    made_[made_.size() - 1] = {&object, height, true};
+}
+
+void KeyedUnarchiver::keepIncomplete(std::uint64_t uid, Object& object) {
+    made_.add({&object, 0, false});
+    object.retain();
+    slotOf(uid) = Slot::made(made_.size() - 1);
 }
 
 RefPtr<Object> KeyedUnarchiver::objectOf(const Member& member, std::string_view key,

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/BinaryPropertyListReader.h"
 #include "Platform/Foundation/ByteBuffer.h"
+#include "Platform/Foundation/ClearedArray.h"
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/EqualityBudget.h"
 #include "Platform/Foundation/Object.h"
@@ -11,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -53,6 +55,8 @@ class KeyedUnarchiver {
     bool containsValueForKey(std::string_view key);
     RefPtr<Object> decodeObjectForKey(std::string_view key);
     double decodeDoubleForKey(std::string_view key);
+    // The same for a property's key, which is found sooner.
+    double decodeDoubleOf(const Property& property);
     std::int64_t decodeInt64ForKey(std::string_view key);
     bool decodeBoolForKey(std::string_view key);
     // The object when it is nil or of the class; another one raises as above.
@@ -91,33 +95,95 @@ class KeyedUnarchiver {
     // for one that refers to nothing, whoever asked, who holds it until the archive is decoded.
     enum class Keeper : std::uint8_t { kCoder, kReceiver };
 
-    // An object that was made. Its height is one more than that of the highest object below it.
+    // An object that the coder keeps. Its height is one more than that of the highest object below
+    // it.
     struct Made {
-        Object* object; // null for an entry that stands for nil
+        Object* object;
         std::uint16_t height;
         bool isComplete;
-        bool isKept; // by a reference of the coder's
     };
 
+    // What is known of the keys at a position of a class's records; nothing without a text.
     struct RememberedKey {
-        std::uint64_t number;
+        std::uint64_t number = 0;
         std::string_view text;
-        const Property* property; // whose key it is; null for one that is not known
+
+        bool isOf(std::uint64_t other) const noexcept {
+            return number == other && text.data() != nullptr;
+        }
     };
 
-    // A class of the archive and the keys of its objects by position: most have the same ones.
+    // Whose keys stand where in a record, and in all that have the same ones in the same order.
+    struct Plan {
+        Item record; // which it was made for; damaged when there is none
+        std::vector<const Property*> properties; // by position; null for what is not known yet
+    };
+
+    // A class of the archive. Most of its records have the same keys.
     struct ArchivedClass {
         const Class* objectClass;
-        ValueDecoder decodeValue; // null for a class whose objects are made and then filled
-        std::vector<RememberedKey> keys;
+        ValueDecoder decodeValue;        // null for a class whose objects are made and then filled
+        std::vector<RememberedKey> keys; // by position
+        Plan plan;                       // for the record that came last
+    };
+
+    // What was made of a UID: nothing yet, nil, or one of these, told apart by the lowest bits,
+    // free in every address. There are six for each record of a listing, most of them plain values.
+    class Slot {
+      public:
+        enum class Kind : std::uint8_t {
+            kNothing,
+            kNil,
+            kPlain, // an object that refers to nothing and is kept by whoever asked for it
+            kDate,  // one of the height 1, kept so too
+            kMade,  // the position in made_ of an object that the coder keeps
+            kClass,
+        };
+
+        Slot() noexcept = default;
+        static Slot nil() noexcept { return {Kind::kNil, 0}; }
+        static Slot plain(Object* object) noexcept { return {Kind::kPlain, bitsOf(object)}; }
+        static Slot date(Object* object) noexcept { return {Kind::kDate, bitsOf(object)}; }
+        static Slot made(std::size_t position) noexcept {
+            return {Kind::kMade, std::uint64_t{position} << kKindBits};
+        }
+        static Slot archivedClass(ArchivedClass* archived) noexcept {
+            return {Kind::kClass, bitsOf(archived)};
+        }
+
+        Kind kind() const noexcept { return static_cast<Kind>(bits_ & kKindMask); }
+        Object* object() const noexcept { return reinterpret_cast<Object*>(bits_ & ~kKindMask); }
+        std::size_t position() const noexcept { return bits_ >> kKindBits; }
+        ArchivedClass* archivedClass() const noexcept {
+            return reinterpret_cast<ArchivedClass*>(bits_ & ~kKindMask);
+        }
+        bool operator==(const Slot&) const noexcept = default;
+
+      private:
+        static constexpr unsigned kKindBits = 3;
+        static constexpr std::uintptr_t kKindMask = (1U << kKindBits) - 1;
+
+        Slot(Kind kind, std::uint64_t bits) noexcept
+            : bits_(bits | static_cast<std::uint64_t>(kind)) {}
+        static std::uint64_t bitsOf(const void* address) noexcept {
+            return reinterpret_cast<std::uintptr_t>(address);
+        }
+
+        std::uint64_t bits_ = 0;
     };
 
     // The object being decoded: its dictionary in the list, and where its next key is looked for.
     struct Record {
         Item item;
-        std::size_t classIndex = 0;
+        ArchivedClass* archivedClass = nullptr;
+        const std::byte* planned = nullptr; // the record that its plan was made for
         std::uint64_t cursor = 0;
         std::uint16_t height = 0;
+
+        void moveBehind(std::uint64_t position) noexcept {
+            cursor = position + 1 == item.count ? 0 : position + 1;
+        }
+        void reach(std::uint16_t other) noexcept { height = other > height ? other : height; }
     };
 
     // A value in a collection of the list, with its number there.
@@ -130,10 +196,7 @@ class KeyedUnarchiver {
     class Nesting;
 
     static constexpr std::uint64_t kNowhere = ~std::uint64_t{0};
-
-    // A slot holds the position of what was made of the UID plus one; a class's has the highest
-    // bit.
-    static constexpr std::uint32_t kClassSlot = std::uint32_t{1} << 31U;
+    static constexpr std::uint16_t kDateHeight = 1;
 
     explicit KeyedUnarchiver(Bytes bytes);
     ~KeyedUnarchiver();
@@ -145,26 +208,32 @@ class KeyedUnarchiver {
     RefPtr<Object> keyForUid(std::uint64_t uid, Keeper keeper);
     RefPtr<Object> makeObject(std::uint64_t uid, Keeper keeper);
     RefPtr<Object> makeRecord(std::uint64_t uid, const Item& item, Keeper keeper);
-    RefPtr<Object> fillRecord(std::uint64_t uid, Keeper keeper);
+    RefPtr<Object> objectIn(Slot slot);
+    RefPtr<Object> objectMade(const Made& made);
+    RefPtr<Object> fillRecord(std::uint64_t uid);
     RefPtr<Object> usualDate(const Item& item) const;
     void learnDates(const Item& item);
-    RefPtr<Object> noteDate(std::uint64_t uid, RefPtr<Object> date, Keeper keeper);
-    RefPtr<Object> note(std::uint64_t uid, RefPtr<Object> object, bool isComplete, Keeper keeper);
-    std::uint32_t slotOf(std::uint64_t uid) const;
+    void noteDate(std::uint64_t uid, Object& date, Keeper keeper);
+    void keep(std::uint64_t uid, Object& object, std::uint16_t height);
+    void keepIncomplete(std::uint64_t uid, Object& object);
+    Slot& slotOf(std::uint64_t uid);
     using LookUp = RefPtr<Object> (KeyedUnarchiver::*)(std::uint64_t uid, Keeper keeper);
     std::vector<Ref<Object>> decodeList(std::string_view key, LookUp lookUp, Keeper keeper);
-    RefPtr<Object> elementOf(const Member& member, LookUp lookUp, Keeper keeper);
+    RefPtr<Object> unusualElement(std::uint64_t number, LookUp lookUp, Keeper keeper);
 
     std::uint64_t classUidOf(const Item& record);
-    std::size_t classIndexForUid(std::uint64_t uid);
+    ArchivedClass& classForUid(std::uint64_t uid);
     ArchivedClass readClass(std::uint64_t uid);
     const Class* hintedClass(const Member& hints);
 
     Member find(std::string_view key);
     std::uint64_t positionOfProperty(const Property& property);
-    RememberedKey* rememberedAt(std::uint64_t position);
-    Member plainOf(const Member& member) const;
+    std::uint64_t findProperty(const Property& property);
+    void choosePlan();
+    bool hasNextKey(const Property& property) const;
+    Member plainOf(const Member& member);
     std::optional<Item> numberOf(const Member& found);
+    double doubleOf(const Member& member, std::string_view key);
     Member findArchived(std::string_view archivedKey);
     bool hasKeyAt(std::uint64_t position, std::string_view archivedKey);
     Member memberOf(const Member& dictionary, std::string_view key) const;
@@ -181,15 +250,16 @@ class KeyedUnarchiver {
     EqualityBudget equalityBudget_;
     std::uint64_t elementsLeft_;
 
-    Item objects_;                     // "$objects"
-    std::vector<std::uint32_t> slots_; // by UID: what was made of it
+    Item objects_;             // "$objects"
+    ClearedArray<Slot> slots_; // by UID
     GrowingBuffer<Made> made_;
-    std::vector<ArchivedClass> classes_;
-    std::uint64_t classKeyNumber_; // of the "$class" that was met last
-    // How dates that were met stand in the archive; no class yet.
-    std::uint32_t dateClassSlot_ = 0;
+    std::deque<ArchivedClass> classes_; // which stay where they are
+    std::uint64_t classKeyNumber_;      // of the "$class" that was met last
+    // How dates that were met stand in the archive; none yet.
+    Slot dateClass_;
     std::uint64_t timeKeyNumber_ = 0;
-    Record record_;
+    Record root_; // stands for whoever asked for the archive's root
+    Record* record_ = &root_;
     std::size_t depth_ = 0;
     bool metIncomplete_ = false; // something refers to a collection that was not complete then
 };

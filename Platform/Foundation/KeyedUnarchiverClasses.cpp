@@ -34,6 +34,11 @@ std::uint64_t KeyedUnarchiver::classUidOf(const Item& record) {
             continue;
         }
         classKeyNumber_ = number;
+        record_->moveBehind(i); // most writers put it first
+        const std::uint64_t usual = list_.usualUid(list_.reference(record, record.count + i));
+        if (usual != BinaryPropertyListReader::kNoUid) {
+            return usual;
+        }
         const Item uid = memberAt(record, i).item;
         if (uid.kind != Kind::kUid) {
             raiseIncomprehensible("an object's class is no UID");
@@ -43,18 +48,17 @@ std::uint64_t KeyedUnarchiver::classUidOf(const Item& record) {
     raiseIncomprehensible("an object has no class");
 }
 
-std::size_t KeyedUnarchiver::classIndexForUid(std::uint64_t uid) {
-    const std::uint32_t slot = slotOf(uid);
-    if ((slot & kClassSlot) != 0) {
-        return slot & ~kClassSlot;
+KeyedUnarchiver::ArchivedClass& KeyedUnarchiver::classForUid(std::uint64_t uid) {
+    Slot& slot = slotOf(uid);
+    if (slot.kind() == Slot::Kind::kClass) {
+        return *slot.archivedClass();
     }
-    if (slot != 0) {
+    if (slot.kind() != Slot::Kind::kNothing) {
         raiseIncomprehensible("an object where a class should be");
     }
     classes_.push_back(readClass(uid));
-    const std::size_t index = classes_.size() - 1;
-    slots_[static_cast<std::size_t>(uid)] = kClassSlot | static_cast<std::uint32_t>(index);
-    return index;
+    slot = Slot::archivedClass(&classes_.back());
+    return classes_.back();
 }
 
 KeyedUnarchiver::ArchivedClass KeyedUnarchiver::readClass(std::uint64_t uid) {
@@ -76,7 +80,7 @@ KeyedUnarchiver::ArchivedClass KeyedUnarchiver::readClass(std::uint64_t uid) {
     if (known == nullptr) {
         raiseUnknownClass(*name);
     }
-    return {known, valueDecoderFor(*known), {}};
+    return {known, valueDecoderFor(*known), {}, {}};
 }
 
 // The first class that is known of those that the archive names in another's stead; its chain of

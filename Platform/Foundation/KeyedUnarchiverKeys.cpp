@@ -6,6 +6,8 @@
 #include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/Property.h"
 
+#include <algorithm>
+
 // What the object being decoded has under its keys.
 namespace NS {
 
@@ -47,7 +49,7 @@ void KeyedUnarchiver::raiseWrongKind(std::string_view key, const char* reason) {
 
 void KeyedUnarchiver::raiseRefused(std::string_view reason) const {
     raiseInvalid(stringWithFormat("cannot decode object of class (%s): %@",
-                                  classes_[record_.classIndex].objectClass->name, str(reason)));
+                                  record_->archivedClass->objectClass->name, str(reason)));
 }
 
 // For a value that is not of the kind asked for: there must be none.
@@ -66,6 +68,50 @@ RefPtr<Object> KeyedUnarchiver::decodeObjectForKey(std::string_view key) {
     return objectOf(find(key), key, Keeper::kCoder);
 }
 
+// A record whose keys are those of the one before is decoded by the same plan; a plan is made anew
+// for any other, as its properties are asked for.
+void KeyedUnarchiver::choosePlan() {
+    const Item& record = record_->item;
+    Plan& plan = record_->archivedClass->plan;
+    if (plan.record.count != record.count || plan.record.isDamaged() ||
+        !list_.haveSameKeys(plan.record, record)) {
+        const std::uint64_t count = std::min<std::uint64_t>(record.count, Limits::kRememberedKeys);
+        plan.record = record;
+        plan.properties.assign(static_cast<std::size_t>(count), nullptr);
+    }
+    record_->planned = plan.record.body;
+}
+
+// Whether the property's key stands at the cursor. A record within this one may have changed the
+// plan.
+inline bool KeyedUnarchiver::hasNextKey(const Property& property) const {
+    const Plan& plan = record_->archivedClass->plan;
+    return plan.record.body == record_->planned && record_->cursor < plan.properties.size() &&
+           plan.properties[static_cast<std::size_t>(record_->cursor)] == &property;
+}
+
+inline std::uint64_t KeyedUnarchiver::positionOfProperty(const Property& property) {
+    if (!hasNextKey(property)) {
+        return findProperty(property);
+    }
+    const std::uint64_t position = record_->cursor;
+    record_->moveBehind(position);
+    return position;
+}
+
+std::uint64_t KeyedUnarchiver::findProperty(const Property& property) {
+    if (!find(property.key).isPresent) {
+        return kNowhere;
+    }
+    const std::uint64_t cursor = record_->cursor;
+    const std::uint64_t found = cursor == 0 ? record_->item.count - 1 : cursor - 1;
+    Plan& plan = record_->archivedClass->plan;
+    if (plan.record.body == record_->planned && found < plan.properties.size()) {
+        plan.properties[static_cast<std::size_t>(found)] = &property;
+    }
+    return found;
+}
+
 // A scalar takes what its object says, and not the object.
 void KeyedUnarchiver::decodeProperty_of(const Property& property, Object& object) {
     const Keeper keeper = property.isScalar ? Keeper::kCoder : Keeper::kReceiver;
@@ -73,17 +119,23 @@ void KeyedUnarchiver::decodeProperty_of(const Property& property, Object& object
     if (position == kNowhere) {
         return property.setUnshared(object, nullptr);
     }
-    const Item& record = record_.item;
-    const std::uint64_t number = list_.reference(record, record.count + position);
-    const Item item = list_.item(number);
-    property.setUnshared(
-        object, item.kind == Kind::kUid
-                    ? objectForUid(item.bits, keeper)
-                    : objectOf({number, list_.withUid(item), true}, property.key, keeper));
+    const Item& record = record_->item;
+    const std::uint64_t uid = list_.usualUid(list_.reference(record, record.count + position));
+    property.setUnshared(object, uid != BinaryPropertyListReader::kNoUid
+                                     ? objectForUid(uid, keeper)
+                                     : objectOf(memberAt(record, position), property.key, keeper));
 }
 
 double KeyedUnarchiver::decodeDoubleForKey(std::string_view key) {
-    const Member member = find(key);
+    return doubleOf(find(key), key);
+}
+
+double KeyedUnarchiver::decodeDoubleOf(const Property& property) {
+    const std::uint64_t position = positionOfProperty(property);
+    return position == kNowhere ? 0 : doubleOf(memberAt(record_->item, position), property.key);
+}
+
+double KeyedUnarchiver::doubleOf(const Member& member, std::string_view key) {
     if (member.item.kind == Kind::kReal) {
         return member.item.real;
     }
@@ -159,8 +211,10 @@ std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, LookU
     objects.reserve(static_cast<std::size_t>(list.count));
     for (std::uint64_t i = 0; i < list.count; ++i) {
         const std::uint64_t number = list_.reference(list, i);
-        RefPtr<Object> object =
-            elementOf({number, list_.withUid(list_.item(number)), true}, lookUp, keeper);
+        const std::uint64_t uid = list_.usualUid(number);
+        RefPtr<Object> object = uid != BinaryPropertyListReader::kNoUid
+                                    ? (this->*lookUp)(uid, keeper)
+                                    : unusualElement(number, lookUp, keeper);
         if (!object) {
             raiseWrongKind(key, "an element that is no object");
         }
@@ -170,50 +224,22 @@ std::vector<Ref<Object>> KeyedUnarchiver::decodeList(std::string_view key, LookU
 }
 
 // Nil for what is no object.
-RefPtr<Object> KeyedUnarchiver::elementOf(const Member& member, LookUp lookUp, Keeper keeper) {
-    if (member.item.kind == Kind::kUid) {
-        return (this->*lookUp)(member.item.bits, keeper);
+RefPtr<Object> KeyedUnarchiver::unusualElement(std::uint64_t number, LookUp lookUp, Keeper keeper) {
+    const Item item = list_.withUid(list_.item(number));
+    if (item.kind == Kind::kUid) {
+        return (this->*lookUp)(item.bits, keeper);
     }
-    checkIntact(member.item);
+    checkIntact(item);
     const char* reason = nullptr;
-    return values_.commonValue(member.item, member.number, reason);
+    return values_.commonValue(item, number, reason);
 }
 
 KeyedUnarchiver::Member KeyedUnarchiver::find(std::string_view key) {
     return key.starts_with('$') ? findArchived('$' + std::string(key)) : findArchived(key);
 }
 
-// A property's key most often stands where it stood in the record before.
-std::uint64_t KeyedUnarchiver::positionOfProperty(const Property& property) {
-    const std::uint64_t count = record_.item.count;
-    const std::uint64_t position = record_.cursor;
-    if (position < count) {
-        RememberedKey* const key = rememberedAt(position);
-        if (key != nullptr && key->property == &property) {
-            record_.cursor = position + 1 == count ? 0 : position + 1;
-            return position;
-        }
-    }
-    if (!find(property.key).isPresent) {
-        return kNowhere;
-    }
-    const std::uint64_t found = record_.cursor == 0 ? count - 1 : record_.cursor - 1;
-    if (RememberedKey* const key = rememberedAt(found)) {
-        key->property = &property;
-    }
-    return found;
-}
-
-// What is known of the key at a position below the record's count; null for one that is not.
-KeyedUnarchiver::RememberedKey* KeyedUnarchiver::rememberedAt(std::uint64_t position) {
-    std::vector<RememberedKey>& keys = classes_[record_.classIndex].keys;
-    const bool isKnown =
-        position < keys.size() && keys[position].number == list_.reference(record_.item, position);
-    return isKnown ? &keys[position] : nullptr;
-}
-
 // The entry in the place of its UID where that is a plain value; nothing for nil.
-KeyedUnarchiver::Member KeyedUnarchiver::plainOf(const Member& member) const {
+KeyedUnarchiver::Member KeyedUnarchiver::plainOf(const Member& member) {
     if (member.item.kind != Kind::kUid) {
         return member;
     }
@@ -246,32 +272,30 @@ std::optional<Item> KeyedUnarchiver::numberOf(const Member& found) {
 // Objects are most often decoded in the order in which they were encoded: the key that is looked
 // for stands where the last one was found, or right behind it.
 KeyedUnarchiver::Member KeyedUnarchiver::findArchived(std::string_view archivedKey) {
-    const std::uint64_t count = record_.item.count;
+    const std::uint64_t count = record_->item.count;
     for (std::uint64_t tried = 0; tried < count; ++tried) {
-        const std::uint64_t position = record_.cursor;
-        record_.cursor = position + 1 == count ? 0 : position + 1;
+        const std::uint64_t position = record_->cursor;
+        record_->moveBehind(position);
         if (hasKeyAt(position, archivedKey)) {
-            return memberAt(record_.item, position);
+            return memberAt(record_->item, position);
         }
     }
     return {};
 }
 
 bool KeyedUnarchiver::hasKeyAt(std::uint64_t position, std::string_view archivedKey) {
-    const std::uint64_t number = list_.reference(record_.item, position);
-    std::vector<RememberedKey>& remembered = classes_[record_.classIndex].keys;
-    if (position < remembered.size() && remembered[position].number == number) {
+    const std::uint64_t number = list_.reference(record_->item, position);
+    std::vector<RememberedKey>& remembered = record_->archivedClass->keys;
+    if (position < remembered.size() && remembered[position].isOf(number)) {
         return remembered[position].text == archivedKey;
     }
     const Item key = list_.item(number);
     checkIntact(key);
-    if (key.kind == Kind::kAscii) {
-        const RememberedKey entry{number, charactersOf(key.bytes()), nullptr};
-        if (position < remembered.size()) {
-            remembered[position] = entry;
-        } else if (position == remembered.size() && position < Limits::kRememberedKeys) {
-            remembered.push_back(entry);
+    if (key.kind == Kind::kAscii && position < Limits::kRememberedKeys) {
+        if (position >= remembered.size()) {
+            remembered.resize(position + 1);
         }
+        remembered[position] = {number, charactersOf(key.bytes())};
     }
     return isText(key, archivedKey);
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 #include <new>
 
 namespace NS {
@@ -80,7 +81,7 @@ Ref<String> String::allocate(std::size_t length, bool wide) {
 Ref<String> String::fromAscii(std::string_view characters) {
     assert(Utf8::isAscii(characters));
     const Ref<String> result = allocate(characters.size(), false);
-    std::ranges::copy(characters, result->asciiStorage());
+    characters.copy(result->asciiStorage(), characters.size());
     return result;
 }
 
@@ -187,8 +188,11 @@ std::string String::fileSystemRepresentation() const {
 }
 
 bool String::isEqualToString(const String& other) const noexcept {
-    return length() == other.length() && isAscii() == other.isAscii() && ascii() == other.ascii() &&
-           utf16() == other.utf16();
+    const String& a = contents();
+    const String& b = other.contents();
+    const std::size_t length = a.header_ & kLengthMask;
+    const std::size_t unit = (a.header_ & kWide) != 0 ? sizeof(char16_t) : sizeof(char);
+    return a.header_ == b.header_ && std::memcmp(&a + 1, &b + 1, length * unit) == 0;
 }
 
 int String::compare(const String& other) const noexcept {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <limits>
+#include <optional>
 #include <string>
 
 // Numbers that stand at the beginning of a text.
@@ -60,9 +61,29 @@ bool isDigit(char16_t unit) noexcept {
     return unit >= u'0' && unit <= u'9';
 }
 
+// The number that a text is which has nothing but digits, few enough for any type. Services send
+// sizes and dates so.
+template <class Integer>
+std::optional<Integer> plainInteger(std::string_view ascii) noexcept {
+    if (ascii.empty() || ascii.size() > std::numeric_limits<Integer>::digits10) {
+        return std::nullopt;
+    }
+    Integer value = 0;
+    for (const char c : ascii) {
+        if (c < '0' || c > '9') {
+            return std::nullopt;
+        }
+        value = static_cast<Integer>(value * 10 + (c - '0'));
+    }
+    return value;
+}
+
 // The leading integer of a text, held within the limits of the type.
 template <class Integer>
 Integer leadingInteger(const String& text) noexcept {
+    if (const auto plain = plainInteger<Integer>(text.ascii())) {
+        return *plain;
+    }
     constexpr Integer kMin = std::numeric_limits<Integer>::min();
     constexpr Integer kMax = std::numeric_limits<Integer>::max();
     UnitReader reader(text);

@@ -7,6 +7,10 @@ namespace {
 
 constexpr std::string_view kSynchedArchived[] = {"dateModified"};
 
+// Archived for every item, whatever its class's list says.
+constexpr const NS::Property& kTimeReceived = kQVProperties<QVContentItem>[0];
+static_assert(kTimeReceived.key == "timeReceived");
+
 const NS::ClassRegistration kRegistration(QVContentItem::kClass);
 
 // Builds an item of a reply. A value that may not be converted fails it.
@@ -109,14 +113,14 @@ bool QVContentItem::isEqualTo(const NS::Object* other) const {
 }
 
 void QVContentItem::encodeWithCoder(NS::KeyedArchiver& coder) const {
-    coder.encodeDouble_forKey(timeReceived(), "timeReceived");
+    coder.encodeDouble_forKey(timeReceived(), kTimeReceived.key);
     for (const NS::Property* const property : contentClass().resolved().archived) {
         coder.encodeProperty_of(*property, *this);
     }
 }
 
 void QVContentItem::initWithCoder(NS::KeyedUnarchiver& coder) {
-    setTimeReceived(coder.decodeDoubleForKey("timeReceived"));
+    setTimeReceived(coder.decodeDoubleOf(kTimeReceived));
     for (const NS::Property* const property : contentClass().resolved().archived) {
         coder.decodeProperty_of(*property, *this);
     }
