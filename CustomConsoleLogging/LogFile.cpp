@@ -45,7 +45,9 @@ void LogFile::create(const NS::String& folder, const NS::RefPtr<NS::String>& pre
 }
 
 void LogFile::write(std::string_view bytes) const {
-    if (auto file = NS::FileHandle::fileHandleForAppendingAtPath(*path_)) {
-        (void)file->appendData(NS::bytesOf(bytes)); // a full disk loses the line
+    auto file = NS::FileHandle::fileHandleForWritingAtPath(*path_);
+    // A file without an end to go to would be overwritten from its start.
+    if (file && file->seekToEndOfFile()) {
+        (void)file->writeData(NS::bytesOf(bytes)); // a full disk loses the line
     }
 }

@@ -13,7 +13,7 @@ class QVLogging;
 
 // A log file of this run: named and made by its first message, and fixed from then on.
 //
-// Each message is one open, write behind the end and close. Messages of several threads come one
+// Each message is one open, seek to the end, write and close. Messages of several threads come one
 // after the other and whole; other processes have files of their own.
 class LogFile {
   public:

@@ -235,7 +235,7 @@ TEST_F(QVLoggingTest, KeepsTheRunningFlag) {
     EXPECT_FALSE(logging->checkQuitFlag());
 }
 
-TEST_F(QVLoggingTest, WritesEachMessageInOneTurnOfOpenAppendClose) {
+TEST_F(QVLoggingTest, WritesEachMessageInOneTurnOfOpenSeekWriteClose) {
     NS::MemoryFileManager memory;
     const NS::ScopedFileManager scope(memory);
     setUp();
@@ -243,10 +243,10 @@ TEST_F(QVLoggingTest, WritesEachMessageInOneTurnOfOpenAppendClose) {
     writeSuccinctly("12345");
     EXPECT_EQ(memory.takeAccesses(),
               (std::vector<std::string>{"make-folder " + logFolder().string(), "make-file " + file,
-                                        "open " + file, "append 5", "close"}));
+                                        "open " + file, "seek", "write 5", "close"}));
     write("12345");
     EXPECT_EQ(memory.takeAccesses(),
-              (std::vector<std::string>{"open " + file, "append 31", "close"}));
+              (std::vector<std::string>{"open " + file, "seek", "write 31", "close"}));
 }
 
 TEST_F(QVLoggingTest, KeepsTheMessagesOfSeveralThreadsWhole) {

@@ -6,9 +6,9 @@
 
 namespace NS {
 
-std::optional<FileHandle> FileHandle::fileHandleForAppendingAtPath(const String& path) {
+std::optional<FileHandle> FileHandle::fileHandleForWritingAtPath(const String& path) {
     FileManager& manager = FileManager::defaultManager();
-    const std::optional<int> file = manager.openForAppending(path);
+    const std::optional<int> file = manager.openForWriting(path);
     return file ? std::optional<FileHandle>(FileHandle(manager, *file)) : std::nullopt;
 }
 
@@ -21,8 +21,12 @@ FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
     return *this;
 }
 
-bool FileHandle::appendData(Bytes bytes) {
-    return manager_ != nullptr && manager_->append(file_, bytes);
+bool FileHandle::seekToEndOfFile() {
+    return manager_ != nullptr && manager_->seekToEnd(file_);
+}
+
+bool FileHandle::writeData(Bytes bytes) {
+    return manager_ != nullptr && manager_->write(file_, bytes);
 }
 
 void FileHandle::closeFile() noexcept {

@@ -2,11 +2,9 @@
 
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/Testing/MemoryFileManager.h"
-#include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Tests/Support/PrivateFolders.h"
 #include "Tests/Support/Process.h"
 
-#include <fcntl.h>
 #include <fstream>
 #include <sys/stat.h>
 
@@ -20,7 +18,7 @@ class FileHandle : public Tests::FolderTest {
 
     std::optional<NS::FileHandle> open() const { return open(file); }
     static std::optional<NS::FileHandle> open(const fs::path& path) {
-        return NS::FileHandle::fileHandleForAppendingAtPath(
+        return NS::FileHandle::fileHandleForWritingAtPath(
             *NS::String::fromFileSystemRepresentation(path.string()));
     }
     static std::ptrdiff_t openDescriptors() {
@@ -33,17 +31,14 @@ class FileHandle : public Tests::FolderTest {
 TEST_F(FileHandle, AppendsBehindTheEnd) {
     auto handle = open();
     ASSERT_TRUE(handle);
-    EXPECT_TRUE(handle->appendData(NS::bytesOf("second\n")));
-    EXPECT_TRUE(handle->appendData(NS::bytesOf("third\n")));
-    EXPECT_EQ(Tests::contentsOf(file), "first\nsecond\nthird\n");
+    EXPECT_TRUE(handle->seekToEndOfFile());
+    EXPECT_TRUE(handle->writeData(NS::bytesOf("second\n")));
+    EXPECT_EQ(Tests::contentsOf(file), "first\nsecond\n");
 }
 
-TEST_F(FileHandle, AppendsBehindWhatOthersHaveWrittenMeanwhile) {
-    auto handle = open();
-    ASSERT_TRUE(handle);
-    std::ofstream(file, std::ios::app) << "another's\n";
-    EXPECT_TRUE(handle->appendData(NS::bytesOf("second\n")));
-    EXPECT_EQ(Tests::contentsOf(file), "first\nanother's\nsecond\n");
+TEST_F(FileHandle, WritesAtTheStartWithoutEmptyingTheFile) {
+    EXPECT_TRUE(open()->writeData(NS::bytesOf("FI")));
+    EXPECT_EQ(Tests::contentsOf(file), "FIrst\n");
 }
 
 TEST_F(FileHandle, NeverCreatesAFile) {
@@ -61,28 +56,18 @@ TEST_F(FileHandle, DoesNotWaitForTheReaderOfAPipe) {
     EXPECT_FALSE(open(pipe));
 }
 
-TEST_F(FileHandle, WritesNothingIntoAPipe) {
-    const fs::path pipe = folders.root() / "pipe";
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    const NS::FileDescriptor reader(::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    auto handle = open(pipe);
-    ASSERT_TRUE(handle);
-    EXPECT_FALSE(handle->appendData(NS::bytesOf("lost")));
-    char byte = 0;
-    EXPECT_LT(::read(reader.get(), &byte, 1), 1);
-}
-
 TEST_F(FileHandle, TellsOfAFullDevice) {
     auto handle = open("/dev/full");
     ASSERT_TRUE(handle);
-    EXPECT_FALSE(handle->appendData(NS::bytesOf("lost")));
+    EXPECT_FALSE(handle->writeData(NS::bytesOf("lost")));
 }
 
 TEST_F(FileHandle, AnswersFalseOnceItIsClosed) {
     auto handle = open();
     handle->closeFile();
     handle->closeFile();
-    EXPECT_FALSE(handle->appendData(NS::bytesOf("lost")));
+    EXPECT_FALSE(handle->seekToEndOfFile());
+    EXPECT_FALSE(handle->writeData(NS::bytesOf("lost")));
     EXPECT_EQ(Tests::contentsOf(file), "first\n");
 }
 
@@ -106,10 +91,12 @@ TEST_F(FileHandle, BelongsToTheFileManagerThatOpenedIt) {
         handle = open("/file");
     }
     ASSERT_TRUE(handle);
-    EXPECT_TRUE(handle->appendData(NS::bytesOf(" still")));
+    EXPECT_TRUE(handle->seekToEndOfFile());
+    EXPECT_TRUE(handle->writeData(NS::bytesOf(" still")));
     handle.reset();
     EXPECT_EQ(memory.textOf("/file"), "in memory still");
-    EXPECT_EQ(memory.takeAccesses(), (std::vector<std::string>{"open /file", "append 6", "close"}));
+    EXPECT_EQ(memory.takeAccesses(),
+              (std::vector<std::string>{"open /file", "seek", "write 6", "close"}));
 }
 
 } // namespace

@@ -70,8 +70,9 @@ class FileManager {
   protected:
     // What stands behind a FileHandle: a number of the file manager's own.
     friend class FileHandle;
-    virtual std::optional<int> openForAppending(const String& path) = 0;
-    virtual bool append(int file, Bytes bytes) = 0;
+    virtual std::optional<int> openForWriting(const String& path) = 0;
+    virtual bool seekToEnd(int file) = 0;
+    virtual bool write(int file, Bytes bytes) = 0;
     virtual void close(int file) noexcept = 0;
 };
 

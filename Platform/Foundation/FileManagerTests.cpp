@@ -254,7 +254,7 @@ TEST_F(FileManager, TakesNoPathWithANul) {
     EXPECT_FALSE(files.createDirectoryAtPath(*path));
     EXPECT_FALSE(files.createFileAtPath_contents(*path, {}));
     EXPECT_FALSE(files.removeItemAtPath(*path));
-    EXPECT_FALSE(NS::FileHandle::fileHandleForAppendingAtPath(*path));
+    EXPECT_FALSE(NS::FileHandle::fileHandleForWritingAtPath(*path));
     EXPECT_EQ(Tests::contentsOf(at("file")), "kept");
 }
 

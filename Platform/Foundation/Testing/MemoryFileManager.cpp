@@ -153,29 +153,38 @@ bool MemoryFileManager::removeItemAtPath(const String& path) {
     return true;
 }
 
-std::optional<int> MemoryFileManager::openForAppending(const String& path) {
+std::optional<int> MemoryFileManager::openForWriting(const String& path) {
     const std::string text = asked("open", path);
     const Entry* const entry = find(text);
     if (entry == nullptr || entry->kind != FileAttributes::Kind::kRegular || refuses(text)) {
         return std::nullopt;
     }
-    open_.push_back(text);
+    open_.push_back({text, 0});
     return static_cast<int>(open_.size()) - 1;
 }
 
-bool MemoryFileManager::append(int file, Bytes bytes) {
-    accesses_.push_back("append " + std::to_string(bytes.size()));
-    Entry* const entry = find(open_.at(static_cast<std::size_t>(file)));
+bool MemoryFileManager::seekToEnd(int file) {
+    accesses_.emplace_back("seek");
+    OpenFile& open = open_.at(static_cast<std::size_t>(file));
+    open.position = textOf(open.path).size();
+    return true;
+}
+
+bool MemoryFileManager::write(int file, Bytes bytes) {
+    accesses_.push_back("write " + std::to_string(bytes.size()));
+    OpenFile& open = open_.at(static_cast<std::size_t>(file));
+    Entry* const entry = find(open.path);
     if (entry == nullptr) {
         return false;
     }
-    entry->contents += charactersOf(bytes);
+    entry->contents.replace(open.position, bytes.size(), charactersOf(bytes));
+    open.position += bytes.size();
     return true;
 }
 
 void MemoryFileManager::close(int file) noexcept {
     accesses_.emplace_back("close");
-    open_[static_cast<std::size_t>(file)].clear();
+    open_[static_cast<std::size_t>(file)].path.clear();
 }
 
 } // namespace NS

@@ -31,7 +31,7 @@ class MemoryFileManager final : public FileManager {
     // Names in the order of their making.
     std::vector<std::string> namesIn(std::string_view folder) const;
 
-    // What was asked since the last call, such as "open /log/a.txt", "append 5", "close".
+    // What was asked since the last call, such as "open /log/a.txt", "seek", "write 5", "close".
     std::vector<std::string> takeAccesses() { return std::exchange(accesses_, {}); }
 
     bool fileExistsAtPath(const String& path) override;
@@ -43,8 +43,9 @@ class MemoryFileManager final : public FileManager {
     bool removeItemAtPath(const String& path) override;
 
   protected:
-    std::optional<int> openForAppending(const String& path) override;
-    bool append(int file, Bytes bytes) override;
+    std::optional<int> openForWriting(const String& path) override;
+    bool seekToEnd(int file) override;
+    bool write(int file, Bytes bytes) override;
     void close(int file) noexcept override;
 
   private:
@@ -54,6 +55,11 @@ class MemoryFileManager final : public FileManager {
         double creationDate;
         std::string contents;
     };
+    struct OpenFile {
+        std::string path; // empty once it is closed
+        std::size_t position;
+    };
+
     static std::string normal(std::string_view path);
     std::string asked(std::string_view what, const String& path);
     const Entry* find(const std::string& path) const;
@@ -63,7 +69,7 @@ class MemoryFileManager final : public FileManager {
     bool refuses(const std::string& path) const { return refused_.contains(path); }
 
     std::vector<Entry> entries_;
-    std::vector<std::string> open_; // each file's path, empty once it is closed
+    std::vector<OpenFile> open_;
     std::set<std::string> withoutAttributes_;
     std::set<std::string> refused_;
     std::vector<std::string> accesses_;

@@ -43,11 +43,9 @@ bool isDirectory(const char* path) noexcept {
     return ::stat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// All of the bytes, by a call that gives what write() would.
-template <class Write>
-bool writeAll(Bytes bytes, Write&& write) noexcept {
+bool writeAll(int file, Bytes bytes) noexcept {
     while (!bytes.empty()) {
-        const ssize_t written = write(bytes);
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR) {
             continue;
         }
@@ -169,8 +167,7 @@ class SystemFileManager final : public FileManager {
         if (!file) {
             return false;
         }
-        const bool written = writeAll(
-            contents, [&](Bytes rest) { return ::write(file.get(), rest.data(), rest.size()); });
+        const bool written = writeAll(file.get(), contents);
         const bool closed = ::close(file.release()) == 0;
         if (written && closed && ::rename(temporary.c_str(), target.c_str()) == 0) {
             return true;
@@ -187,22 +184,19 @@ class SystemFileManager final : public FileManager {
     }
 
   protected:
-    std::optional<int> openForAppending(const String& path) override {
+    std::optional<int> openForWriting(const String& path) override {
         // Without waiting: a named pipe that nobody reads must not hold the caller up.
-        const int file = ::open(SystemPath(path).c_str(),
-                                O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+        const int file =
+            ::open(SystemPath(path).c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
         return file < 0 ? std::nullopt : std::optional<int>(file);
     }
 
-    // The file was opened to have all go behind its end, whatever the offset. Other than write(),
-    // pwrite() gives nothing to a pipe.
-    bool append(int file, Bytes bytes) override {
-        return writeAll(bytes,
-                        [&](Bytes rest) { return ::pwrite(file, rest.data(), rest.size(), 0); });
-    }
+    bool seekToEnd(int file) override { return ::lseek(file, 0, SEEK_END) >= 0; }
+
+    bool write(int file, Bytes bytes) override { return writeAll(file, bytes); }
 
     void close(int file) noexcept override {
-        (void)::close(file); // what could not be written has been told by append()
+        (void)::close(file); // what could not be written has been told by write()
     }
 };
 
