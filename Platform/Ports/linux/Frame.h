@@ -45,12 +45,14 @@ class WaitingFiles {
     std::uint64_t length_ = 0;
 };
 
-// Queues a message as one packet, after an announcement when it goes in a memory file, or says why
-// not. An announcement whose packet is not queued does no harm. Components are Data objects;
+// Queues a message as one packet, or says why not. One that goes in a memory file is two packets,
+// the announcement and its own, and so not queued in one step: the first may find room where the
+// second does not. The message is lost then as any other that finds none, and an announcement whose
+// packet is not queued does no harm. Components are Data objects;
 // anything else raises NSInvalidArgumentException.
 std::optional<PortDrop> sendFrame(int socket, const Array& components,
                                   const PortIdentity& replyPort, WaitingFiles& waiting);
-// Queues one end of a further connection with its announcement, or says why not.
+// Queues one end of a further connection, in two packets as well, or says why not.
 std::optional<PortDrop> sendConnectionFrame(int socket, const FileDescriptor& end);
 
 // A message taken apart.
