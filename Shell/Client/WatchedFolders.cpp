@@ -1,5 +1,7 @@
 #include "Shell/Client/WatchedFolders.h"
 
+#include "Shell/Client/LinkFreePath.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
@@ -16,8 +18,29 @@ std::string_view withoutSlashesAtEnd(std::string_view path) {
     return path.substr(0, end == std::string_view::npos ? 1 : end + 1);
 }
 
+// With a slash at its end a link is the folder that it leads to, as "." and ".." are folders.
+bool isFolderItself(std::string_view name) {
+    return name.empty() || name == "." || name == "..";
+}
+
+// Whether each component of an absolute path is a name.
+bool hasNamesOnly(std::string_view path) {
+    if (!path.starts_with('/')) {
+        return false;
+    }
+    while (!path.empty()) {
+        path.remove_prefix(1); // the slash
+        const std::size_t length = std::min(path.find('/'), path.size());
+        if (isFolderItself(path.substr(0, length))) {
+            return false;
+        }
+        path.remove_prefix(length);
+    }
+    return true;
+}
+
 // Without symbolic links, "." and ".."; as far as the path exists and may be seen.
-std::string resolved(std::string_view path) {
+std::string canonical(std::string_view path) {
     const std::filesystem::path given(path);
     std::error_code error;
     std::filesystem::path real = std::filesystem::canonical(given, error);
@@ -41,11 +64,6 @@ std::string joined(std::string_view folder, std::string_view name) {
     return path.append(folder == "/" ? "" : folder).append("/").append(name);
 }
 
-// With a slash at its end a link is the folder that it leads to, as "." and ".." are folders.
-bool isFolderItself(std::string_view name) {
-    return name.empty() || name == "." || name == "..";
-}
-
 bool isBelow(std::string_view path, std::string_view folder) {
     return folder == "/" ? path.size() > 1
                          : path.size() > folder.size() && path.starts_with(folder) &&
@@ -61,15 +79,43 @@ std::string moved(std::string_view path, std::string_view from, std::string_view
 } // namespace
 
 WatchedFolders::WatchedFolders(const std::vector<std::string>& folders) {
+    watched_.reserve(folders.size());
     for (const std::string& folder : folders) {
-        watched_.push_back({folder, resolved(folder)});
+        watched_.push_back({folder, {}});
     }
 }
 
-Placing WatchedFolders::placeResolved(std::string path) const {
+const std::vector<WatchedFolders::Watched>& WatchedFolders::watched() {
+    if (!isWatchedResolved_) {
+        isWatchedResolved_ = true;
+        for (Watched& watched : watched_) {
+            watched.resolved = resolved(watched.spelling);
+        }
+    }
+    return watched_;
+}
+
+// Nearly no path holds a link, which one look tells of the path and of the folders on it; to find
+// where a link leads takes one for each component.
+std::string WatchedFolders::resolved(std::string_view path) {
+    if (!hasNamesOnly(path)) {
+        return canonical(path);
+    }
+    std::string same(path);
+    if (same == linkFree_ || isBelow(linkFree_, same)) {
+        return same;
+    }
+    if (!isFreeOfLinks(same)) {
+        return canonical(path);
+    }
+    linkFree_ = same;
+    return same;
+}
+
+Placing WatchedFolders::placeResolved(std::string path) {
     Where where = Where::kOutside;
     const Watched* respelled = nullptr;
-    for (const Watched& watched : watched_) {
+    for (const Watched& watched : watched()) {
         if (path == watched.resolved || path == watched.spelling) {
             return {Where::kWatched, watched.spelling};
         }
@@ -135,12 +181,12 @@ std::string_view WatchedFolders::nameInLastFolder(std::string_view path) const {
 }
 
 // Whether a watched folder is an item of this one, by either of its paths.
-bool WatchedFolders::holdsWatched(std::string_view folder) const {
+bool WatchedFolders::holdsWatched(std::string_view folder) {
     const auto isItem = [&](std::string_view path) {
         return isBelow(path, folder) &&
                path.find('/', folder == "/" ? 1 : folder.size() + 1) == std::string_view::npos;
     };
-    return std::ranges::any_of(watched_, [&](const Watched& watched) {
+    return std::ranges::any_of(watched(), [&](const Watched& watched) {
         return isItem(watched.spelling) || isItem(watched.resolved);
     });
 }

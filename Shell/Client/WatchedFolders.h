@@ -48,7 +48,7 @@ class WatchedFolders {
         std::string resolved;
     };
 
-    // A folder that items are in.
+    // A folder that was looked at.
     struct Folder {
         std::string resolved;
         // With a slash at its end, as the extension spells it, where every item in it is inside;
@@ -57,12 +57,18 @@ class WatchedFolders {
     };
     using Folders = std::map<std::string, Folder, std::less<>>;
 
-    Placing placeResolved(std::string path) const;
-    bool holdsWatched(std::string_view folder) const;
+    std::string resolved(std::string_view path);
+    const std::vector<Watched>& watched();
+    Placing placeResolved(std::string path);
+    bool holdsWatched(std::string_view folder);
     const Folders::value_type& folder(std::string_view path);
     std::string_view nameInLastFolder(std::string_view path) const;
 
+    // The watched folders are mostly on the way to the first folder that is looked at, which tells
+    // of both: they are resolved after it.
     std::vector<Watched> watched_;
+    bool isWatchedResolved_ = false;
+    std::string linkFree_; // the path last seen to hold no link
     Folders folders_;
     const Folders::value_type* lastFolder_ = nullptr; // of an item that was inside
 };
