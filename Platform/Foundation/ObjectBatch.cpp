@@ -6,7 +6,7 @@
 #include <sanitizer/asan_interface.h>
 
 #include <atomic>
-#include <cassert>
+#include <cstdint>
 #include <new>
 #include <utility>
 
