@@ -1,5 +1,7 @@
 #include "Benchmarks/ResidentMemory.h"
 
+#include "Platform/Foundation/BlockPool.h"
+
 #include <fstream>
 
 #include <malloc.h>
@@ -9,6 +11,7 @@ namespace Benchmarks {
 
 std::size_t residentBytes() {
     (void)::malloc_trim(0);
+    NS::BlockPool::shared().giveBackEmptyRegions();
     std::ifstream statistics("/proc/self/statm");
     std::size_t total = 0;
     std::size_t resident = 0;

@@ -134,6 +134,24 @@ TEST_F(BinaryPropertyListReader, ReadsUidsOf1To8Bytes) {
     }
 }
 
+TEST_F(BinaryPropertyListReader, KnowsUsualUidsAtOnce) {
+    Tests::HandWrittenList list;
+    for (unsigned width = 1; width <= 5; ++width) {
+        const std::string marker(1, static_cast<char>(0x80 + width - 1));
+        list.add(marker + Tests::HandWrittenList::bigEndian(200 + width, width));
+    }
+    list.add("\x51x"s);
+    list.add("\x83\0\0"s); // ends outside of the list
+    text = list.text();
+    const auto reader = open(text).value();
+    for (unsigned width = 1; width <= 4; ++width) {
+        EXPECT_EQ(reader.usualUid(width - 1), 200 + width);
+    }
+    for (unsigned object = 4; object <= 7; ++object) {
+        EXPECT_EQ(reader.usualUid(object), NS::BinaryPropertyListReader::kNoUid) << object;
+    }
+}
+
 TEST_F(BinaryPropertyListReader, ReadsLongerUidsWhoseValueFits) {
     for (unsigned width = 9; width <= 16; ++width) {
         const std::string marker(1, static_cast<char>(0x80 + width - 1));

@@ -83,6 +83,15 @@ void BlockPool::giveBack(void* block) noexcept {
     }
 }
 
+void BlockPool::giveBackEmptyRegions() noexcept {
+    const std::lock_guard lock(mutex_);
+    for (; emptyRegions_ > 0; --emptyRegions_) {
+        Region* const region = last_; // where the empty ones are
+        unlink(region);
+        remove(region);
+    }
+}
+
 std::size_t BlockPool::regionCount() const noexcept {
     const std::lock_guard lock(mutex_);
     return regions_;
@@ -117,15 +126,18 @@ void BlockPool::unlink(Region* region) noexcept {
 void BlockPool::settleEmpty(Region* region) noexcept {
     unlink(region);
     if (emptyRegions_ == kKeptRegions) {
-        --regions_;
-        MemoryRegion::unmap(region, kRegionSize);
-        return;
+        return remove(region);
     }
     ++emptyRegions_;
     region->next = nullptr;
     region->previous = last_;
     (last_ != nullptr ? last_->next : first_) = region;
     last_ = region;
+}
+
+void BlockPool::remove(Region* region) noexcept {
+    --regions_;
+    MemoryRegion::unmap(region, kRegionSize);
 }
 
 } // namespace NS

@@ -6,7 +6,8 @@
 
 namespace NS {
 
-// Blocks of one size, which come and go by the thousand. Any thread.
+// Blocks of one size, which come and go by the thousand, each at a multiple of that size. Any
+// thread.
 //
 // A region of the system's memory holds some hundred blocks. When all of a region's blocks are back
 // it goes back as well, except for a few that are kept for the next listing: memory that the system
@@ -27,6 +28,8 @@ class BlockPool {
     // A block, whose contents are anything. Throws std::bad_alloc when there is no memory.
     void* take();
     void giveBack(void* block) noexcept;
+    // Has the system take back the empty regions that are kept.
+    void giveBackEmptyRegions() noexcept;
 
     // How many regions are the system's no more, empty or not.
     std::size_t regionCount() const noexcept;
@@ -38,6 +41,7 @@ class BlockPool {
     void link(Region* region) noexcept;
     void unlink(Region* region) noexcept;
     void settleEmpty(Region* region) noexcept;
+    void remove(Region* region) noexcept;
 
     mutable std::mutex mutex_;
     // The regions that have blocks to give, those with others in use first.

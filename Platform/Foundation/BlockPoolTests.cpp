@@ -11,7 +11,6 @@ namespace {
 
 using NS::BlockPool;
 
-// Kept over the end of each test, as a process's is.
 class BlockPoolTest : public testing::Test {
   protected:
     std::vector<void*> take(std::size_t count) {
@@ -31,7 +30,13 @@ class BlockPoolTest : public testing::Test {
     // More blocks than the regions that are kept hold.
     static constexpr std::size_t kMany = (BlockPool::kKeptRegions + 2) * 512;
 
-    BlockPool& pool_ = *new BlockPool;
+    // Every test gives back what it took.
+    void TearDown() override {
+        pool_.giveBackEmptyRegions();
+        EXPECT_EQ(pool_.regionCount(), 0U);
+    }
+
+    BlockPool pool_;
 };
 
 TEST_F(BlockPoolTest, GivesBlocksThatDoNotOverlap) {
@@ -73,6 +78,17 @@ TEST_F(BlockPoolTest, GivesMoreThanAFewEmptyRegionsBackToTheSystem) {
     EXPECT_GT(pool_.regionCount(), BlockPool::kKeptRegions);
     giveBack(blocks);
     EXPECT_EQ(pool_.regionCount(), BlockPool::kKeptRegions);
+}
+
+TEST_F(BlockPoolTest, GivesAllEmptyRegionsBackWhenAsked) {
+    const auto blocks = take(1500);
+    giveBack({blocks.begin() + 1, blocks.end()});
+    pool_.giveBackEmptyRegions();
+    EXPECT_EQ(pool_.regionCount(), 1U);
+    giveBack({blocks.front()});
+    pool_.giveBackEmptyRegions();
+    EXPECT_EQ(pool_.regionCount(), 0U);
+    giveBack(take(1));
 }
 
 TEST_F(BlockPoolTest, KeepsARegionWithABlockInUse) {

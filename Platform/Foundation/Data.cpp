@@ -54,7 +54,7 @@ void appendHexWords(StringBuilder& builder, Bytes bytes) {
 Ref<Data> Data::dataWithBytes(Bytes bytes) {
     void* const storage = Object::operator new(sizeof(Data) + bytes.size());
     auto* const target = static_cast<std::byte*>(storage) + sizeof(Data);
-    std::ranges::copy(bytes, target);
+    std::copy_n(bytes.data(), bytes.size(), target);
     return Ref<Data>(*::new (storage) Data(Bytes(target, bytes.size()), nullptr), kAdopt);
 }
 

@@ -7,6 +7,7 @@
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Platform/Foundation/Null.h"
 #include "Platform/Foundation/Number.h"
+#include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/Set.h"
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/Testing/ArchivedRecords.h"
@@ -19,12 +20,51 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
 
 using NS::as;
 using HandMade = Tests::HandMadeArchive;
 using Tests::ArchivedRecord;
+
+// A record that is read by its properties.
+class PropertyRecord final : public NS::Object {
+    NS_OBJECT(PropertyRecord)
+  public:
+    NS_RECORD_SCALAR(double, time, setTime)
+    NS_RECORD_PROPERTY(NS::Object, first, setFirst)
+    NS_RECORD_PROPERTY(NS::Object, second, setSecond)
+
+    void initWithCoder(NS::KeyedUnarchiver& coder) override;
+
+    // "time first second"
+    std::string text() const {
+        const auto part = [](const NS::RefPtr<NS::Object>& value) {
+            return value ? value->description()->utf8() : std::string("nil");
+        };
+        return std::to_string(static_cast<int>(time())) + ' ' + part(first()) + ' ' +
+               part(second());
+    }
+};
+
+constexpr auto kRecordProperties = NS::propertiesOf<PropertyRecord>();
+
+constinit const NS::Class PropertyRecord::kClass{.name = "PropertyRecord",
+                                                 .superclass = &NS::Object::kClass,
+                                                 .properties = kRecordProperties,
+                                                 .createForCoder = []() -> NS::Ref<NS::Object> {
+                                                     return NS::make<PropertyRecord>();
+                                                 }};
+const NS::ClassRegistration kRecordRegistration(PropertyRecord::kClass);
+
+void PropertyRecord::initWithCoder(NS::KeyedUnarchiver& coder) {
+    setTime(coder.decodeDoubleOf(kRecordProperties[0]));
+    coder.decodeProperty_of(kRecordProperties[1], *this);
+    coder.decodeProperty_of(kRecordProperties[2], *this);
+}
 
 class KeyedUnarchiver : public testing::Test {
   protected:
@@ -197,6 +237,70 @@ TEST_F(KeyedUnarchiver, RecordsOfOneClassMayHaveDifferentKeys) {
     const auto back = as<NS::Array>(unarchive(*archive.data(root)));
     EXPECT_EQ(as<ArchivedRecord>(NS::RefPtr<NS::Object>(back->objectAtIndex(0)))->time(), 0.5);
     EXPECT_TRUE(as<ArchivedRecord>(NS::RefPtr<NS::Object>(back->objectAtIndex(1)))->first());
+}
+
+// Records that have the same keys, in two orders and with one missing.
+class PropertyRecords : public KeyedUnarchiver {
+  protected:
+    HandMade::Uid text(std::string_view characters) {
+        return archive.add(archive.list.addAscii(characters));
+    }
+    HandMade::Uid record(std::vector<HandMade::Reference> keys,
+                         std::vector<HandMade::Reference> values) {
+        keys.insert(keys.begin(), classKey);
+        values.insert(values.begin(), archive.uid(record_));
+        return archive.add(archive.list.addDictionary(keys, values));
+    }
+    HandMade::Uid inOrder(double seconds, HandMade::Uid one, HandMade::Uid two) {
+        return record({time, first, second},
+                      {archive.list.addReal(seconds), archive.uid(one), archive.uid(two)});
+    }
+    HandMade::Uid backwards(double seconds, HandMade::Uid one, HandMade::Uid two) {
+        return record({second, first, time},
+                      {archive.uid(two), archive.uid(one), archive.list.addReal(seconds)});
+    }
+    std::vector<NS::RefPtr<PropertyRecord>> read(const std::vector<HandMade::Uid>& records) {
+        const auto root = archive.addCollection(archive.addClass("NSArray"), records);
+        std::vector<NS::RefPtr<PropertyRecord>> all;
+        const auto array = as<NS::Array>(unarchive(*archive.data(root)));
+        for (const auto& each : *array) {
+            all.push_back(as<PropertyRecord>(NS::RefPtr<NS::Object>(each)));
+        }
+        return all;
+    }
+
+    HandMade::Uid record_ = archive.addClass("PropertyRecord");
+    HandMade::Reference classKey = archive.list.addAscii("$class");
+    HandMade::Reference time = archive.list.addAscii("time");
+    HandMade::Reference first = archive.list.addAscii("first");
+    HandMade::Reference second = archive.list.addAscii("second");
+};
+
+TEST_F(PropertyRecords, AreReadAlikeInAnyOrderOfTheirKeys) {
+    const auto all = read({inOrder(1, text("a"), text("b")), inOrder(2, text("c"), text("d")),
+                           backwards(3, text("e"), text("f")), inOrder(4, text("g"), text("h")),
+                           record({second}, {archive.uid(text("i"))})});
+    ASSERT_EQ(all.size(), 5U);
+    EXPECT_EQ(all[0]->text(), "1 a b");
+    EXPECT_EQ(all[1]->text(), "2 c d");
+    EXPECT_EQ(all[2]->text(), "3 e f");
+    EXPECT_EQ(all[3]->text(), "4 g h");
+    EXPECT_EQ(all[4]->text(), "0 nil i");
+}
+
+TEST_F(PropertyRecords, MayStandWithinOneAnother) {
+    const auto inner = backwards(1, text("a"), text("b"));
+    const auto all = read({inOrder(2, inner, text("c")),
+                           inOrder(3, backwards(4, text("d"), text("e")), text("f")), inner});
+    ASSERT_EQ(all.size(), 3U);
+    const auto within = [](const auto& outer) {
+        return as<PropertyRecord>(outer->first())->text();
+    };
+    EXPECT_EQ(within(all[0]), "1 a b");
+    EXPECT_EQ(all[0]->second()->description()->utf8(), "c");
+    EXPECT_EQ(within(all[1]), "4 d e");
+    EXPECT_EQ(all[1]->second()->description()->utf8(), "f");
+    EXPECT_EQ(all[2]->text(), "1 a b");
 }
 
 // Other writers write equal texts once; they were two objects all the same.

@@ -6,7 +6,7 @@
 #include <sanitizer/asan_interface.h>
 
 #include <atomic>
-#include <cassert>
+#include <cstdint>
 #include <new>
 #include <utility>
 
@@ -16,11 +16,10 @@ namespace {
 
 constinit thread_local ObjectBatch* currentBatch = nullptr;
 
-// The allocator's alignment. An object in a block stands half of it behind, next to a pointer to
-// its block, and is told from one that has storage of its own by nothing but that.
+// The allocator's alignment. An object in a block stands half of it behind, and is told from one
+// that has storage of its own by nothing but that.
 constexpr std::size_t kGrain = __STDCPP_DEFAULT_NEW_ALIGNMENT__;
-constexpr std::size_t kLead = kGrain / 2;
-static_assert(kLead == sizeof(void*) && kLead >= alignof(Object));
+static_assert(kGrain / 2 >= alignof(Object));
 
 bool isInBlock(const void* storage) noexcept {
     return reinterpret_cast<std::uintptr_t>(storage) % kGrain != 0;
@@ -28,31 +27,33 @@ bool isInBlock(const void* storage) noexcept {
 
 } // namespace
 
-// Objects in a block of the pool, each behind a pointer to the block.
-class alignas(kGrain) ObjectBatch::Block {
+// A block of the pool with objects in it, and how many.
+class ObjectBatch::Block {
   public:
-    static constexpr std::size_t kRoom = BlockPool::kBlockSize - kGrain; // for the objects
+    // Where the first object stands, and what there is for all of them.
+    static constexpr std::size_t kFirst = kGrain + kGrain / 2;
+    static constexpr std::size_t kRoom = BlockPool::kBlockSize - kFirst;
 
     static Block* make() {
+        static_assert(sizeof(Block) <= kFirst);
         void* const storage = BlockPool::shared().take();
-        ASAN_POISON_MEMORY_REGION(static_cast<std::byte*>(storage) + kGrain, kRoom);
-        return ::new (storage) Block;
+        auto* const block = ::new (storage) Block;
+        ASAN_POISON_MEMORY_REGION(block->first(), kRoom);
+        return block;
     }
 
-    std::byte* room() noexcept { return reinterpret_cast<std::byte*>(this + 1); }
-
-    // The storage behind a pointer to this block.
-    void* put(std::byte* place, [[maybe_unused]] std::size_t size) noexcept {
-        ASAN_UNPOISON_MEMORY_REGION(place, kLead + size);
-        ::new (place) Block*(this);
-        return place + kLead;
+    // The block of an object that is in one: blocks begin at multiples of their size.
+    static Block& of(void* storage) noexcept {
+        const auto offset = reinterpret_cast<std::uintptr_t>(storage) % BlockPool::kBlockSize;
+        return *reinterpret_cast<Block*>(static_cast<std::byte*>(storage) - offset);
     }
 
-    // For an object that ended: its block is done with it.
-    static void leave(void* storage) noexcept {
-        Block& block = **reinterpret_cast<Block**>(static_cast<std::byte*>(storage) - kLead);
+    std::byte* first() noexcept { return reinterpret_cast<std::byte*>(this) + kFirst; }
+
+    // For an object that ended.
+    void leave(void* storage) noexcept {
         ASAN_POISON_MEMORY_REGION(storage, sizeof(Object));
-        block.release(1);
+        release(1);
     }
 
     // No objects come any more; so many did.
@@ -85,14 +86,14 @@ void* ObjectBatch::allocate(std::size_t size) {
 
 void ObjectBatch::free(void* storage) noexcept {
     if (isInBlock(storage)) {
-        Block::leave(storage);
+        Block::of(storage).leave(storage);
     } else {
         ::operator delete(storage);
     }
 }
 
 void* ObjectBatch::place(std::size_t size) {
-    const std::size_t whole = (kLead + size + kGrain - 1) / kGrain * kGrain;
+    const std::size_t whole = (size + kGrain - 1) / kGrain * kGrain;
     if (whole > room_) [[unlikely]] {
         return placeElsewhere(size);
     }
@@ -100,7 +101,8 @@ void* ObjectBatch::place(std::size_t size) {
     next_ += whole;
     room_ -= whole;
     ++placed_;
-    return block_->put(place, size);
+    ASAN_UNPOISON_MEMORY_REGION(place, size);
+    return place;
 }
 
 // For an object that the block has no room for.
@@ -119,7 +121,7 @@ void* ObjectBatch::placeElsewhere(std::size_t size) {
 
 void ObjectBatch::startBlock() {
     block_ = Block::make();
-    next_ = block_->room();
+    next_ = block_->first();
     room_ = Block::kRoom;
     placed_ = 0;
 }

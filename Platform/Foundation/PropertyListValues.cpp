@@ -27,6 +27,15 @@ Ref<Object> twinOf(Object& contents) {
 
 } // namespace
 
+inline RefPtr<Object> PropertyListValues::textOfAscii(const Item& item, const char*& reason) {
+    const std::string_view text = charactersOf(item.bytes());
+    if (!Utf8::isAscii(text)) {
+        reason = "a text that says it is ASCII and is not";
+        return nullptr;
+    }
+    return String::fromAscii(text);
+}
+
 RefPtr<Object> PropertyListValues::value(const Item& item, std::uint64_t number,
                                          const char*& reason) {
     switch (item.kind) {
@@ -42,8 +51,13 @@ RefPtr<Object> PropertyListValues::value(const Item& item, std::uint64_t number,
         return Number::numberWithDouble(item.real);
     case Kind::kDate:
         return make<Date>(item.real);
-    case Kind::kData:
     case Kind::kAscii:
+        if (item.count <= bytesLeft_) {
+            bytesLeft_ -= item.count;
+            return textOfAscii(item, reason);
+        }
+        [[fallthrough]];
+    case Kind::kData:
     case Kind::kUtf16:
         return madeOrShared(item, number, Form::kItself, reason);
     case Kind::kDamaged:
@@ -106,12 +120,7 @@ RefPtr<Object> PropertyListValues::contents(const Item& item, Form form, const c
     if (item.kind == Kind::kUtf16) {
         return textOfUnits(item);
     }
-    const std::string_view text = charactersOf(item.bytes());
-    if (!Utf8::isAscii(text)) {
-        reason = "a text that says it is ASCII and is not";
-        return nullptr;
-    }
-    return String::fromAscii(text);
+    return textOfAscii(item, reason);
 }
 
 RefPtr<Object> PropertyListValues::textOfUnits(const Item& item) {

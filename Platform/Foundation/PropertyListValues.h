@@ -41,6 +41,7 @@ class PropertyListValues {
     RefPtr<Object> madeOrShared(const Item& item, std::uint64_t number, Form form,
                                 const char*& reason);
     RefPtr<Object> contents(const Item& item, Form form, const char*& reason);
+    static RefPtr<Object> textOfAscii(const Item& item, const char*& reason);
     RefPtr<Object> textOfUnits(const Item& item);
 
     std::uint64_t bytesLeft_;

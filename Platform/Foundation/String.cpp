@@ -92,7 +92,7 @@ Ref<String> String::fromUtf16(std::u16string_view units) {
         std::ranges::transform(units, result->asciiStorage(),
                                [](char16_t unit) { return static_cast<char>(unit); });
     } else {
-        std::ranges::copy(units, result->utf16Storage());
+        units.copy(result->utf16Storage(), units.size());
     }
     return result;
 }
