@@ -22,8 +22,8 @@ class TemporaryFolder {
     std::filesystem::path path_;
 };
 
-// The parent of folders in memory, where a session's run-time folder is too: a disk would add its own
-// time.
+// The parent of folders in memory, where a session's run-time folder is too: a disk would add its
+// own time.
 inline constexpr const char* kInMemory = "/dev/shm";
 
 } // namespace Benchmarks
