@@ -21,6 +21,8 @@ namespace FileManagers {
 // Belongs to the thread of that loop, which draws the windows, and never keeps it: the questions of
 // one click, or a command, wait for their answers for less than a quarter of a second, and after
 // one that had none in time there is no waiting at all until the extension takes in messages again.
+// One that does, but is late time and again, is left in peace for pauses that double from two
+// seconds to a minute; at the end of each the file manager builds its menus anew.
 class Drive {
   public:
     struct Times {

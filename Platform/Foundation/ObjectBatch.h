@@ -9,9 +9,9 @@ namespace NS {
 // for whoever makes a listing's thousands, which are mostly let go of together as well. They are
 // objects like any other, on any thread, for as long as someone refers to them.
 //
-// Storage goes back when the last object of a block has ended, so that an object that is kept for
-// itself keeps BlockPool::kBlockSize bytes at most. The first objects of a batch have storage of
-// their own: a small archive takes no more than it needs. Batches may stand within one another.
+// A block goes back when its last object has ended, and can then hold others; to the system only
+// with its region (BlockPool): of few objects that are kept, each may keep two megabytes from it.
+// The first objects of a batch have storage of their own. Batches may stand within one another.
 class ObjectBatch {
   public:
     // Objects that take more have storage of their own.

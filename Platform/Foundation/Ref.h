@@ -126,6 +126,7 @@ bool operator==(const Ref<T>& a, const RefPtr<U>& b) noexcept {
 // Makes an object of a class with the arguments of its constructor.
 template <class T, class... Args>
 Ref<T> make(Args&&... args) {
+    static_assert(alignof(T) <= alignof(void*)); // as storage of a batch's objects is aligned
     return Ref<T>(*new T(std::forward<Args>(args)...), kAdopt);
 }
 

@@ -5,7 +5,16 @@
 #include <cstdint>
 #include <new>
 
-#ifdef __SANITIZE_ADDRESS__
+// Each compiler says in its own way that it checks addresses.
+#if defined(__SANITIZE_ADDRESS__)
+#define QUORVANE_CHECKS_LEAKS
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUORVANE_CHECKS_LEAKS
+#endif
+#endif
+
+#ifdef QUORVANE_CHECKS_LEAKS
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -16,13 +25,13 @@ namespace {
 // The leak checker looks at the allocator's storage only, and would take whatever is held from
 // elsewhere for lost.
 void showToLeakChecker([[maybe_unused]] const void* region, [[maybe_unused]] std::size_t size) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef QUORVANE_CHECKS_LEAKS
     __lsan_register_root_region(region, size);
 #endif
 }
 
 void hideFromLeakChecker([[maybe_unused]] const void* region, [[maybe_unused]] std::size_t size) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef QUORVANE_CHECKS_LEAKS
     __lsan_unregister_root_region(region, size);
 #endif
 }

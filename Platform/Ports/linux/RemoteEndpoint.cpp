@@ -24,8 +24,8 @@ bool RemoteEndpoint::send(const Array& components, const RefPtr<MachPort>& from)
 }
 
 // What comes back on a connection goes to one port, here not the one that the connection of the
-// look-up leads to. The first that wants answers from a peer has
-// the connection that the look-up made, and keeps it for every other look-up of the same peer.
+// look-up leads to. The first that wants answers from a peer has the connection that the look-up
+// made, and keeps it for every other look-up of the same peer.
 RefPtr<Connection> RemoteEndpoint::connectionFor(LocalEndpoint& receiver) {
     if (!connection_->isOpen()) {
         return nullptr;

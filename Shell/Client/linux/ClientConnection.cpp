@@ -33,7 +33,8 @@ ClientConnection::Clock::time_point momentOf(std::uint64_t microseconds) {
         std::chrono::microseconds(std::min(microseconds, kFarAway)));
 }
 
-std::uint64_t microsecondsUntil(ClientConnection::Clock::time_point moment) {
+// As the bus library counts moments; never early.
+std::uint64_t microsecondsOf(ClientConnection::Clock::time_point moment) {
     return static_cast<std::uint64_t>(
         std::chrono::ceil<std::chrono::microseconds>(moment.time_since_epoch()).count());
 }
@@ -73,7 +74,7 @@ void ClientConnection::closeDescriptors() noexcept {
 }
 
 void ClientConnection::serve() {
-    const std::uint64_t now = microsecondsUntil(Clock::now());
+    const std::uint64_t now = microsecondsOf(Clock::now());
     takeExpiration(now);
     if (wakeMoment_ <= now) {
         wakeMoment_ = kNever;
@@ -84,12 +85,8 @@ void ClientConnection::serve() {
 }
 
 void ClientConnection::wakeAt(Clock::time_point moment) noexcept {
-    wakeMoment_ = std::min(wakeMoment_, microsecondsUntil(moment));
-    if (bus_) {
-        awaitEvents();
-    } else {
-        awaitMoment(wakeMoment_);
-    }
+    wakeMoment_ = std::min(wakeMoment_, microsecondsOf(moment));
+    awaitEvents();
 }
 
 bool ClientConnection::waitUntil(const std::function<bool()>& condition,
@@ -151,6 +148,7 @@ void ClientConnection::lose(int negativeNumber) {
 
 void ClientConnection::awaitEvents() noexcept {
     if (!bus_) {
+        awaitMoment(wakeMoment_);
         return;
     }
     awaitSocket();
