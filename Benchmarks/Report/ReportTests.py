@@ -170,7 +170,7 @@ class Verdicts(unittest.TestCase):
         with self.assertRaisesRegex(goals.GoalsError, "nothing to divide by"):
             goals.verdict(measured(ours=1.0, floor=0), row(reference="floor", limit=2))
 
-    def test_as_json_have_the_promised_keys(self):
+    def test_as_json_have_the_keys_that_the_README_names(self):
         verdict = goals.verdict(measured(ours=3.0, floor=1.0), row(reference="floor", limit=2))
         self.assertEqual(verdict.as_json(), {"name": "a row", "ours": 3.0, "floor": 1.0,
                                              "peer": None, "ratio": 3.0, "goal": 2, "met": False})

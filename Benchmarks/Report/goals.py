@@ -1,4 +1,4 @@
-"""What is measured must come to: the rows of goals.json, and the verdict on each.
+"""The rows of goals.json, and the verdict on each.
 
 A row names a path, and a size where the path has one. With "reference" the figure of ours is divided by
 that role's and may not exceed "limit". With "sizes" the figure for each entry at the last size is divided

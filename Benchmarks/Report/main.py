@@ -1,6 +1,7 @@
 """Measures, compares with goals.json, prints the table and renews the README: the second half of ./bench."""
 
 import argparse
+import datetime
 import os
 import platform
 import sys
@@ -36,7 +37,7 @@ def tell(text):
 def rows_for(path, wanted):
     rows = [row for row in goals.load(path) if wanted in row["path"]]
     if not rows:
-        raise goals.GoalsError(f"no path contains “{wanted}”")
+        raise goals.GoalsError(f"no goal's path contains “{wanted}”")
     return rows
 
 
@@ -48,7 +49,8 @@ def processor():
 
 
 def renew(verdicts, grown):
-    machine = f"{processor()}, {os.cpu_count()} cores, Linux {platform.release().split('-')[0]}"
+    machine = (f"{processor()}, one of {os.cpu_count()} processors, Linux "
+               f"{platform.release().split('-')[0]}, {datetime.date.today()}")
     readme = ROOT / "README.md"
     text = writing.renewed(readme.read_text(encoding="utf-8"),
                            writing.section(verdicts, grown, machine))
@@ -72,7 +74,7 @@ def bench(options):
     print(writing.growth_table(grown), end="")
     if options.json:
         writing.write_json(options.json, verdicts)
-    if not options.filter:
+    if not options.filter and not options.quick:
         renew(verdicts, grown)
 
 

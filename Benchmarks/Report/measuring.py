@@ -2,9 +2,9 @@
 
 A case is called path/role or path/role/size. All programs run on one processor, one after the other. What
 is compared, the roles of a path at one size, is measured by one process, mixed at random, so that what
-disturbs the machine disturbs ours, floor and peer alike; by no other, since the memory that a million
-entries leave behind would be tidied up at the expense of a thousand. A figure is the median of its
-repetitions. Processor time is what counts, unless a case takes another.
+disturbs the machine disturbs ours, floor and peer alike. Each size has a process of its own, since tidying up
+after a million entries would slow down a thousand. A figure is the median of its repetitions. Processor time
+is what counts, unless a case takes another.
 """
 
 import json
@@ -39,7 +39,7 @@ class Effort:
     seconds: float
 
     def repetitions_of(self, size):
-        """The largest take seconds each, and are even for it."""
+        """Fewer for the largest: each takes seconds, and varies little."""
         return min(self.repetitions, 5) if size and size >= 1_000_000 else self.repetitions
 
 

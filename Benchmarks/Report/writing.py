@@ -38,11 +38,9 @@ def goal_text(verdict):
         return f"≥ {quantity(verdict.goal, verdict.unit)}"
     if verdict.kind == "atMost":
         return f"≤ {quantity(verdict.goal, verdict.unit)}"
-    if verdict.kind == "perEntryWithin":
-        return f"{verdict.ratio:.2f} ≤ {verdict.goal:g} × an entry"
-    if verdict.kind == "growthOverFloor":
-        return f"{verdict.ratio:.2f} ≤ {verdict.goal:g} × its growth"
-    return f"{verdict.ratio:.2f} ≤ {verdict.goal:g} ×"
+    of_what = {"perEntryWithin": " an entry", "growthOverFloor": " its growth"}
+    sign = "≤" if verdict.met else ">"
+    return f"{verdict.ratio:.2f} {sign} {verdict.goal:g} ×{of_what.get(verdict.kind, '')}"
 
 
 def cells(verdict):
@@ -85,7 +83,10 @@ def markdown(heads, rows):
 def section(verdicts, growth, machine):
     """What stands between the README's markers."""
     met = sum(verdict.met for verdict in verdicts)
-    text = (f"On {machine}: {met} of {len(verdicts)} goals met.\n\n"
+    text = (f"On {machine}: {met} of {len(verdicts)} goals met. “To floor” and “to peer” are ours "
+            "divided by these. A goal is a part of one of them, an amount, or how much more an entry takes at "
+            "the largest size than at the smallest (“× an entry”), or than the floor's growth (“× its "
+            "growth”). In the picture a bar that reaches the line has just met its goal.\n\n"
             "![What each costs, as a part of what it may cost](Docs/pictures/benchmarks.svg)\n\n"
             + markdown(HEADS, [cells(verdict) for verdict in verdicts]))
     if growth:
