@@ -40,10 +40,10 @@ class Effort:
 
     def repetitions_of(self, size):
         """Fewer for the largest: each takes seconds, and varies little."""
-        return min(self.repetitions, 5) if size and size >= 1_000_000 else self.repetitions
+        return min(self.repetitions, 3) if size and size >= 1_000_000 else self.repetitions
 
 
-THOROUGH = Effort(repetitions=9, seconds=0.1)
+THOROUGH = Effort(repetitions=7, seconds=0.06)
 QUICK = Effort(repetitions=3, seconds=0.03)
 
 
