@@ -39,6 +39,12 @@ class ClientConnection {
     // Readable when serve() has something to do; the same for the life of this object. -1 when
     // there was no bus.
     int descriptor() const noexcept { return epoll_; }
+    // A moment as the bus counts it, never earlier.
+    static std::uint64_t microsecondsOf(Clock::time_point moment) noexcept {
+        return static_cast<std::uint64_t>(
+            std::chrono::ceil<std::chrono::microseconds>(moment.time_since_epoch()).count());
+    }
+
     // Handles what has come, without waiting. Of a flood it leaves the rest for the next time.
     void serve();
     // Makes the descriptor readable until serve() is called: at once, or from a moment on. Of two

@@ -29,11 +29,6 @@ Clock::time_point deadlineAfter(milliseconds timeout) {
     return Clock::now() + std::clamp(timeout, milliseconds::zero(), kLongestTimeout);
 }
 
-std::uint64_t microsecondsOf(Clock::time_point moment) {
-    return static_cast<std::uint64_t>(
-        std::chrono::duration_cast<std::chrono::microseconds>(moment.time_since_epoch()).count());
-}
-
 } // namespace
 
 class FinderClient::Session {
@@ -245,7 +240,7 @@ Outcome FinderClient::run(MenuKind kind, std::string_view action, const Place& p
     question.append(action);
     question.appendBytes(offered->items);
     question.appendBytes(offered->target);
-    question.append(microsecondsOf(deadline));
+    question.append(ClientConnection::microsecondsOf(deadline));
     return session_->ask(question, deadline + kGrace);
 }
 

@@ -48,8 +48,8 @@ class WaitingFiles {
 // Queues a message as one packet, or says why not. One that goes in a memory file is two packets,
 // the announcement and its own, and so not queued in one step: the first may find room where the
 // second does not. The message is lost then as any other that finds none, and an announcement whose
-// packet is not queued does no harm. Components are Data objects;
-// anything else raises NSInvalidArgumentException.
+// packet is not queued does no harm. Components are Data objects; anything else raises
+// NSInvalidArgumentException.
 std::optional<PortDrop> sendFrame(int socket, const Array& components,
                                   const PortIdentity& replyPort, WaitingFiles& waiting);
 // Queues one end of a further connection, in two packets as well, or says why not.

@@ -33,12 +33,6 @@ ClientConnection::Clock::time_point momentOf(std::uint64_t microseconds) {
         std::chrono::microseconds(std::min(microseconds, kFarAway)));
 }
 
-// As the bus library counts moments; never early.
-std::uint64_t microsecondsOf(ClientConnection::Clock::time_point moment) {
-    return static_cast<std::uint64_t>(
-        std::chrono::ceil<std::chrono::microseconds>(moment.time_since_epoch()).count());
-}
-
 } // namespace
 
 ClientConnection::ClientConnection()
