@@ -2,6 +2,8 @@
 
 #include "Platform/Foundation/MemoryRegion.h"
 
+#include <array>
+#include <bit>
 #include <new>
 #include <utility>
 
@@ -10,11 +12,33 @@ namespace NS {
 namespace {
 
 constexpr std::size_t kRegionSize = MemoryRegion::kLargePage;
+constexpr std::size_t kPlaces = kRegionSize / BlockPool::kBlockSize;
 // The first block's place is the region's own.
-constexpr std::uint32_t kBlocks = kRegionSize / BlockPool::kBlockSize - 1;
+constexpr std::size_t kBlocks = kPlaces - 1;
 
-struct FreeBlock {
-    FreeBlock* next;
+// Which of a region's places are meant.
+class Places {
+  public:
+    bool has(std::size_t place) const noexcept { return (words_[place / kBits] & bit(place)) != 0; }
+    void add(std::size_t place) noexcept { words_[place / kBits] |= bit(place); }
+    void remove(std::size_t place) noexcept { words_[place / kBits] &= ~bit(place); }
+
+    // Where there is one.
+    std::size_t first() const noexcept {
+        std::size_t word = 0;
+        while (words_[word] == 0) {
+            ++word;
+        }
+        return word * kBits + static_cast<std::size_t>(std::countr_zero(words_[word]));
+    }
+
+  private:
+    static constexpr std::size_t kBits = 64;
+    static constexpr std::uint64_t bit(std::size_t place) noexcept {
+        return std::uint64_t{1} << place % kBits;
+    }
+
+    std::array<std::uint64_t, kPlaces / kBits> words_{};
 };
 
 } // namespace
@@ -23,33 +47,75 @@ struct FreeBlock {
 struct BlockPool::Region {
     Region* next = nullptr;
     Region* previous = nullptr;
-    FreeBlock* returned = nullptr; // blocks that came back
-    std::uint32_t given = 0;       // how many were ever given, from the front
-    std::uint32_t used = 0;
+    Places free;     // the blocks that there are to give
+    Places unbacked; // those of them that take no memory
+    std::size_t used = 0;
+    std::size_t unbackedCount = 0;
+    bool isThinned = false; // some blocks' memory was discarded
+
+    explicit Region(MemoryRegion::Pages pages) noexcept {
+        for (std::size_t place = 1; place < kPlaces; ++place) {
+            free.add(place);
+        }
+        if (pages == MemoryRegion::Pages::kSmall) {
+            unbacked = free;
+            unbackedCount = kBlocks;
+        }
+    }
 
     static Region* of(void* block) noexcept {
         const auto offset = reinterpret_cast<std::uintptr_t>(block) % kRegionSize;
         return reinterpret_cast<Region*>(static_cast<std::byte*>(block) - offset);
     }
 
+    bool isEmpty() const noexcept { return used == 0; }
     bool isFull() const noexcept { return used == kBlocks; }
+    // How many blocks take memory for nothing. Those of an empty region are not in between others.
+    std::size_t idle() const noexcept { return isEmpty() ? 0 : kBlocks - used - unbackedCount; }
 
+    // From the front, so that what is made together stands in the order of its addresses.
     void* take() noexcept {
+        const std::size_t place = free.first();
+        free.remove(place);
         ++used;
-        if (returned != nullptr) {
-            return std::exchange(returned, returned->next);
+        if (unbacked.has(place)) {
+            unbacked.remove(place);
+            --unbackedCount;
         }
-        return reinterpret_cast<std::byte*>(this) + ++given * kBlockSize;
+        return blockAt(place);
     }
 
-    // An empty region gives its blocks from the front again, in the order of their addresses.
     void giveBack(void* block) noexcept {
-        if (--used == 0) {
-            returned = nullptr;
-            given = 0;
-        } else {
-            returned = ::new (block) FreeBlock{returned};
+        free.add(reinterpret_cast<std::uintptr_t>(block) % kRegionSize / kBlockSize);
+        --used;
+    }
+
+    // Leaves the memory of all idle blocks to the system, as many at a time as stand together.
+    void discardIdle() noexcept {
+        if (!std::exchange(isThinned, true)) {
+            MemoryRegion::makePagesSmall(this, kRegionSize);
         }
+        for (std::size_t place = 1; place < kPlaces;) {
+            const std::size_t end = endOfIdle(place);
+            if (end > place) {
+                MemoryRegion::discard(blockAt(place), (end - place) * kBlockSize);
+            }
+            place = end + 1;
+        }
+        unbacked = free;
+        unbackedCount = kBlocks - used;
+    }
+
+  private:
+    void* blockAt(std::size_t place) noexcept {
+        return reinterpret_cast<std::byte*>(this) + place * kBlockSize;
+    }
+
+    std::size_t endOfIdle(std::size_t place) const noexcept {
+        while (place < kPlaces && free.has(place) && !unbacked.has(place)) {
+            ++place;
+        }
+        return place;
     }
 };
 
@@ -61,10 +127,12 @@ BlockPool& BlockPool::shared() noexcept {
 void* BlockPool::take() {
     const std::lock_guard lock(mutex_);
     Region* const region = first_ != nullptr ? first_ : addRegion();
-    if (region->used == 0) {
+    if (region->isEmpty()) {
         --emptyRegions_;
     }
+    idleBlocks_ -= region->idle();
     void* const block = region->take();
+    idleBlocks_ += region->idle();
     if (region->isFull()) {
         unlink(region);
     }
@@ -77,9 +145,13 @@ void BlockPool::giveBack(void* block) noexcept {
     if (region->isFull()) {
         link(region);
     }
+    idleBlocks_ -= region->idle();
     region->giveBack(block);
-    if (region->used == 0) {
+    idleBlocks_ += region->idle();
+    if (region->isEmpty()) {
         settleEmpty(region);
+    } else if (idleBlocks_ > kKeptIdleBlocks) {
+        discardIdleBlocks();
     }
 }
 
@@ -100,11 +172,11 @@ std::size_t BlockPool::regionCount() const noexcept {
 // The first one takes memory only as it is used: most processes never need another.
 BlockPool::Region* BlockPool::addRegion() {
     using MemoryRegion::Pages;
-    void* const memory =
-        MemoryRegion::map(kRegionSize, regions_ == 0 ? Pages::kSmall : Pages::kLarge);
+    const Pages pages = regions_ == 0 ? Pages::kSmall : Pages::kLarge;
+    void* const memory = MemoryRegion::map(kRegionSize, pages);
     ++regions_;
     ++emptyRegions_;
-    auto* const region = ::new (memory) Region;
+    auto* const region = ::new (memory) Region(pages);
     link(region);
     return region;
 }
@@ -122,10 +194,10 @@ void BlockPool::unlink(Region* region) noexcept {
     (region->next != nullptr ? region->next->previous : last_) = region->previous;
 }
 
-// Empty regions stand behind all others, or go.
+// Empty regions stand behind all others, or go: always where not all of their memory is there.
 void BlockPool::settleEmpty(Region* region) noexcept {
     unlink(region);
-    if (emptyRegions_ == kKeptRegions) {
+    if (region->isThinned || emptyRegions_ == kKeptRegions) {
         return remove(region);
     }
     ++emptyRegions_;
@@ -138,6 +210,16 @@ void BlockPool::settleEmpty(Region* region) noexcept {
 void BlockPool::remove(Region* region) noexcept {
     --regions_;
     MemoryRegion::unmap(region, kRegionSize);
+}
+
+// For what is kept of large listings here and there, which would keep all of their memory.
+void BlockPool::discardIdleBlocks() noexcept {
+    for (Region* region = first_; idleBlocks_ > 0; region = region->next) {
+        if (const std::size_t idle = region->idle(); idle > 0) {
+            region->discardIdle();
+            idleBlocks_ -= idle;
+        }
+    }
 }
 
 } // namespace NS

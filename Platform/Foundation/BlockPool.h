@@ -11,12 +11,15 @@ namespace NS {
 //
 // A region of the system's memory holds some hundred blocks. When all of a region's blocks are back
 // it goes back as well, except for a few that are kept for the next listing: memory that the system
-// takes back and gives out again has to be cleared and faulted in anew.
+// takes back and gives out again has to be cleared and faulted in anew. As much, and no more, is
+// kept of blocks that lie idle between others in use.
 class BlockPool {
   public:
     static constexpr std::size_t kBlockSize = 4096;
     // What is kept of empty regions at most: 32 MiB, what a hundred thousand records take.
     static constexpr std::size_t kKeptRegions = 16;
+    // Of the blocks that came back in regions with others in use, how many keep their memory.
+    static constexpr std::size_t kKeptIdleBlocks = kKeptRegions * 512;
 
     // The process's.
     static BlockPool& shared() noexcept;
@@ -42,6 +45,7 @@ class BlockPool {
     void unlink(Region* region) noexcept;
     void settleEmpty(Region* region) noexcept;
     void remove(Region* region) noexcept;
+    void discardIdleBlocks() noexcept;
 
     mutable std::mutex mutex_;
     // The regions that have blocks to give, those with others in use first.
@@ -49,6 +53,7 @@ class BlockPool {
     Region* last_ = nullptr;
     std::size_t regions_ = 0;
     std::size_t emptyRegions_ = 0;
+    std::size_t idleBlocks_ = 0; // in regions with others in use, and with memory of their own
 };
 
 } // namespace NS

@@ -14,6 +14,11 @@ enum class Pages : unsigned char { kSmall, kLarge };
 // Cleared memory of this size, a multiple of kLargePage, that begins at such a multiple. Throws
 // std::bad_alloc when there is none. Small pages take memory only as they are used.
 void* map(std::size_t size, Pages pages);
+// Leaves the memory of parts of a region to the system: first the region's pages become small ones,
+// then parts of it, whole multiples of 4 KiB, lose what is in them. They can be used again,
+// cleared.
+void makePagesSmall(void* region, std::size_t size) noexcept;
+void discard(void* part, std::size_t size) noexcept;
 void unmap(void* region, std::size_t size) noexcept;
 
 } // namespace NS::MemoryRegion

@@ -9,9 +9,9 @@ namespace NS {
 // for whoever makes a listing's thousands, which are mostly let go of together as well. They are
 // objects like any other, on any thread, for as long as someone refers to them.
 //
-// A block goes back when its last object has ended, and can then hold others; to the system only
-// with its region (BlockPool): of few objects that are kept, each may keep two megabytes from it.
-// The first objects of a batch have storage of their own. Batches may stand within one another.
+// A block of 4 KiB goes back when its last object has ended, and can then hold others: of few
+// objects that are kept, each may keep as much from them, and from the system (BlockPool). The
+// first objects of a batch have storage of their own. Batches may stand within one another.
 class ObjectBatch {
   public:
     // Objects that take more have storage of their own.

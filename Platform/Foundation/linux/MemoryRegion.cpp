@@ -66,6 +66,15 @@ void* map(std::size_t size, Pages pages) {
     return region;
 }
 
+// Otherwise the system may make one large page of the region again, and what was discarded with it.
+void makePagesSmall(void* region, std::size_t size) noexcept {
+    (void)madvise(region, size, MADV_NOHUGEPAGE); // a system without large pages refuses
+}
+
+void discard(void* part, std::size_t size) noexcept {
+    (void)madvise(part, size, MADV_DONTNEED); // cannot fail for a region's own pages
+}
+
 void unmap(void* region, std::size_t size) noexcept {
     hideFromLeakChecker(region, size);
     giveBack(region, size);
