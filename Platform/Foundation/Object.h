@@ -87,7 +87,7 @@ class Object {
     // Storage in the thread's ObjectBatch, where there is one. A class whose objects have
     // characters or bytes behind them asks for more than its own size.
     static void* operator new(std::size_t size);
-    static void operator delete(void* storage) noexcept;
+    static void operator delete(void* storage, std::size_t size) noexcept;
 
   protected:
     virtual ~Object() = default;

@@ -50,9 +50,9 @@ class ObjectBatch::Block {
 
     std::byte* first() noexcept { return reinterpret_cast<std::byte*>(this) + kFirst; }
 
-    // For an object that ended.
-    void leave(void* storage) noexcept {
-        ASAN_POISON_MEMORY_REGION(storage, sizeof(Object));
+    // For an object that ended. The size is its class's: characters behind it are not seen.
+    void leave(void* storage, [[maybe_unused]] std::size_t size) noexcept {
+        ASAN_POISON_MEMORY_REGION(storage, size);
         release(1);
     }
 
@@ -84,9 +84,9 @@ void* ObjectBatch::allocate(std::size_t size) {
     return currentBatch != nullptr ? currentBatch->place(size) : ::operator new(size);
 }
 
-void ObjectBatch::free(void* storage) noexcept {
+void ObjectBatch::free(void* storage, std::size_t size) noexcept {
     if (isInBlock(storage)) {
-        Block::of(storage).leave(storage);
+        Block::of(storage).leave(storage, size);
     } else {
         ::operator delete(storage);
     }
@@ -137,8 +137,8 @@ void* Object::operator new(std::size_t size) {
     return ObjectBatch::allocate(size);
 }
 
-void Object::operator delete(void* storage) noexcept {
-    ObjectBatch::free(storage);
+void Object::operator delete(void* storage, std::size_t size) noexcept {
+    ObjectBatch::free(storage, size);
 }
 
 } // namespace NS

@@ -30,7 +30,7 @@ class ObjectBatch {
 
     // Storage for an object, in the thread's batch where there is one.
     static void* allocate(std::size_t size);
-    static void free(void* storage) noexcept;
+    static void free(void* storage, std::size_t size) noexcept;
 
     void* place(std::size_t size);
     void* placeElsewhere(std::size_t size);

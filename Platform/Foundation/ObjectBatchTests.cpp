@@ -5,6 +5,7 @@
 #include "Platform/Foundation/String.h"
 
 #include <gtest/gtest.h>
+#include <sanitizer/asan_interface.h>
 
 #include <cstdint>
 #include <optional>
@@ -92,6 +93,18 @@ TEST(ObjectBatch, GivesBlocksBackWhenTheirObjectsHaveEnded) {
     }
     EXPECT_EQ(NS::BlockPool::shared().regionCount(), regions);
 }
+
+#ifdef __SANITIZE_ADDRESS__
+TEST(ObjectBatch, LetsTheSanitiserSeeWhoReadsAnObjectThatEnded) {
+    const ObjectBatch batch;
+    auto objects = numbers(100);
+    auto* const last = reinterpret_cast<std::byte*>(objects.back().get());
+    ASSERT_FALSE(standsAlone(*objects.back()));
+    objects.pop_back();
+    EXPECT_TRUE(__asan_address_is_poisoned(last));
+    EXPECT_TRUE(__asan_address_is_poisoned(last + sizeof(NS::Number) - 1));
+}
+#endif
 
 TEST(ObjectBatch, MayStandWithinAnother) {
     const ObjectBatch outer;
