@@ -11,6 +11,7 @@
 #include <limits>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace NS {
 
@@ -61,6 +62,14 @@ class BinaryPropertyListWriter {
 
     // The whole list with this object on top. The writer is done then, and takes nothing more.
     ByteBuffer finish(Reference top);
+    // The same in the memory where it was put together: valid until that is taken or used again.
+    Bytes finishInPlace(Reference top);
+    ByteBuffer takeBytes() noexcept { return std::move(bytes_); }
+
+    // Begins another list in the memory of the one before.
+    void reset();
+    // Bytes of memory that it holds.
+    std::size_t heldBytes() const noexcept { return bytes_.heldBytes() + offsets_.heldBytes(); }
 
   private:
     // Numbers are written with the bytes behind them, which what comes next is written over.
@@ -100,15 +109,14 @@ class BinaryPropertyListWriter {
     std::byte* putReferences(std::byte* out, std::span<const Reference> references) const noexcept;
     Reference lastAdded() const noexcept { return static_cast<Reference>(offsets_.size() - 1); }
     void widen();
-    void widenObject(std::size_t object, ByteBuffer& wider, unsigned width) const;
-    std::size_t endOf(std::size_t object) const noexcept;
+    void widenObject(Bytes object, unsigned width);
     void putTrailer(std::byte* out, unsigned offsetWidth, Reference top,
                     std::uint64_t table) const noexcept;
 
     ByteBuffer bytes_;
     GrowingBuffer<std::uint32_t> offsets_; // of each object
-    unsigned referenceWidth_ = 1;
-    std::size_t referenceLimit_; // with more objects than this, references are wider
+    unsigned referenceWidth_ = 0;
+    std::size_t referenceLimit_ = 0; // with more objects than this, references are wider
 };
 
 } // namespace NS

@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <memory>
 #include <optional>
 
 namespace NS {
@@ -54,12 +56,53 @@ void checkLevel(std::size_t level) {
 
 } // namespace
 
-KeyedArchiver::KeyedArchiver() {
+bool KeyedArchiver::Storage::isSmall() const noexcept {
+    return list.heldBytes() + entries.heldBytes() + pending.heldBytes() +
+               elements.capacity() * sizeof(Reference) <=
+           kKeptBytes;
+}
+
+void KeyedArchiver::Storage::clear() {
+    list.reset();
+    entries.clear();
+    pending.clear();
+}
+
+// The storage that is kept, or another one while that is in use.
+class KeyedArchiver::BorrowedStorage {
+  public:
+    BorrowedStorage() : storage_(kept_.exchange(nullptr, std::memory_order_acquire)) {
+        if (storage_ == nullptr) {
+            storage_ = std::make_unique<Storage>();
+        }
+    }
+    ~BorrowedStorage() {
+        if (storage_->isSmall()) {
+            storage_->clear();
+            storage_.reset(kept_.exchange(storage_.release(), std::memory_order_acq_rel));
+        }
+    }
+    BorrowedStorage(const BorrowedStorage&) = delete;
+    BorrowedStorage& operator=(const BorrowedStorage&) = delete;
+
+    Storage& operator*() const noexcept { return *storage_; }
+
+  private:
+    static constinit std::atomic<Storage*> kept_;
+
+    std::unique_ptr<Storage> storage_;
+};
+
+constinit std::atomic<KeyedArchiver::Storage*> KeyedArchiver::BorrowedStorage::kept_{nullptr};
+
+KeyedArchiver::KeyedArchiver(Storage& storage)
+    : storage_(storage), list_(storage.list), entries_(storage.entries), pending_(storage.pending) {
     (void)addEntry(list_.addAscii(kNull));
 }
 
 Ref<Data> KeyedArchiver::archivedDataWithRootObject(const RefPtr<Object>& root) {
-    KeyedArchiver archiver;
+    const BorrowedStorage storage;
+    KeyedArchiver archiver(*storage);
     const Reference top = archiver.referenceToRoot(root);
     archiver.writePending();
     return archiver.finish(top);
@@ -305,11 +348,13 @@ Ref<Data> KeyedArchiver::finish(Reference root) {
     const std::array values{list_.addInteger(kVersion), list_.addAscii(kArchiverName),
                             list_.addDictionary(rootKey, std::span(&root, 1)),
                             list_.addArray(entries_)};
-    auto data = Data::dataWithBuffer(list_.finish(list_.addDictionary(keys, values)));
+    const Reference top = list_.addDictionary(keys, values);
+    const Bytes archive = list_.finishInPlace(top);
     if (!isTree_) {
-        checkReadable(data->bytes());
+        checkReadable(archive);
     }
-    return data;
+    return storage_.isSmall() ? Data::dataWithBytes(archive)
+                              : Data::dataWithBuffer(list_.takeBytes());
 }
 
 void KeyedArchiver::checkReadable(Bytes archive) const {

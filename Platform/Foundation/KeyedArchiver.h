@@ -60,11 +60,12 @@ class KeyedArchiver {
     // that is being written holds each of them by a reference for each time that it hands it out.
     template <class ObjectAt>
     void encodeObjects_forKey(std::size_t count, ObjectAt&& objectAt, std::string_view key) {
-        elements_.resize(count);
+        std::vector<Reference>& elements = storage_.elements;
+        elements.resize(count);
         for (std::size_t i = 0; i < count; ++i) {
-            elements_[i] = referenceToHeld(objectAt(i));
+            elements[i] = referenceToHeld(objectAt(i));
         }
-        put(key, list_.addArray(elements_));
+        put(key, list_.addArray(elements));
     }
 
   private:
@@ -93,7 +94,24 @@ class KeyedArchiver {
         std::uint32_t uid;
     };
 
-    KeyedArchiver();
+    // What an archive is put together in. One of these is kept for the next archive of the process,
+    // unless that takes more than kKeptBytes: memory that the allocator gives back to the system
+    // and asks for again is faulted in page by page, at half of what writing a thousand records
+    // costs.
+    struct Storage {
+        BinaryPropertyListWriter list;
+        GrowingBuffer<Reference> entries;
+        GrowingBuffer<Pending> pending;
+        std::vector<Reference> elements;
+
+        bool isSmall() const noexcept;
+        void clear();
+    };
+    class BorrowedStorage;
+
+    static constexpr std::size_t kKeptBytes = std::size_t{1024} * 1024;
+
+    explicit KeyedArchiver(Storage& storage);
 
     Reference referenceToRoot(const RefPtr<Object>& root);
     Reference referenceToHeld(const Object& object);
@@ -117,13 +135,14 @@ class KeyedArchiver {
     Ref<Data> finish(Reference root);
     void checkReadable(Bytes archive) const;
 
-    BinaryPropertyListWriter list_;
-    IdentityMap identities_;           // the reference of each UID of what may be met again
-    GrowingBuffer<Reference> entries_; // "$objects"
-    std::vector<Ref<Object>> kept_;    // what may be let go of before all is written
-    GrowingBuffer<Pending> pending_;   // by UID
-    std::size_t level_ = 0;            // of the object being written, the root's being 1
-    bool isTree_ = true;               // nothing that refers to something was met twice
+    Storage& storage_;
+    BinaryPropertyListWriter& list_;
+    GrowingBuffer<Reference>& entries_; // "$objects"
+    GrowingBuffer<Pending>& pending_;   // by UID
+    IdentityMap identities_;            // the reference of each UID of what may be met again
+    std::vector<Ref<Object>> kept_;     // what may be let go of before all is written
+    std::size_t level_ = 0;             // of the object being written, the root's being 1
+    bool isTree_ = true;                // nothing that refers to something was met twice
     std::map<std::string, Reference, std::less<>> names_;
     std::vector<std::unique_ptr<ArchivedClass>> classes_;
     // The keys and the class that stand in most objects' records; 0 for one that no object had yet.
@@ -136,7 +155,6 @@ class KeyedArchiver {
     bool hasUsualKeys_ = true; // those so far are the first of its class's
     std::vector<Reference> keys_;
     std::vector<Reference> values_;
-    std::vector<Reference> elements_;
 };
 
 } // namespace NS
