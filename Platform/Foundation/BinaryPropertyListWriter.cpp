@@ -86,11 +86,12 @@ BinaryPropertyListWriter::BinaryPropertyListWriter() {
     reset();
 }
 
-void BinaryPropertyListWriter::reset() {
+void BinaryPropertyListWriter::reset(std::size_t expectedLength) {
     bytes_.clear();
+    (void)bytes_.room(expectedLength);
     offsets_.clear();
     referenceWidth_ = 1;
-    referenceLimit_ = largestOf(referenceWidth_);
+    untilWider_ = largestOf(referenceWidth_);
     putRaw(bytes_.room(kMagic.size()), std::span(kMagic));
     bytes_.extend(kMagic.size());
 }
@@ -99,13 +100,9 @@ void BinaryPropertyListWriter::raiseTooLong() {
     Exception::raise(kInvalidArchiveOperationException, "a property list grew longer than 4 GiB");
 }
 
-std::byte* BinaryPropertyListWriter::beginCounted(unsigned kind, std::uint64_t count,
-                                                  std::size_t bodySize) {
-    if (count < 0xF) {
-        std::byte* const out = begin(1 + bodySize);
-        *out = static_cast<std::byte>(kind << 4U | count);
-        return out + 1;
-    }
+// With the count in an integer of its own.
+std::byte* BinaryPropertyListWriter::beginLong(unsigned kind, std::uint64_t count,
+                                               std::size_t bodySize) {
     std::byte* const out = begin(1 + integerSize(count) + bodySize);
     *out = static_cast<std::byte>(kind << 4U | 0xFU);
     return putInteger(out + 1, count);
@@ -172,7 +169,7 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addString(const St
 // Widens before the references are counted in bytes.
 std::byte* BinaryPropertyListWriter::beginCollection(unsigned kind, std::uint64_t count,
                                                      std::size_t references) {
-    if (offsets_.size() == referenceLimit_) [[unlikely]] {
+    if (untilWider_ == 0) [[unlikely]] {
         widen();
     }
     return beginCounted(kind, count, references * referenceWidth_);
@@ -217,7 +214,7 @@ void BinaryPropertyListWriter::widen() {
         }
     }
     referenceWidth_ = width;
-    referenceLimit_ = largestOf(width);
+    untilWider_ = largestOf(width) - offsets_.size();
 }
 
 void BinaryPropertyListWriter::widenObject(Bytes object, unsigned width) {
