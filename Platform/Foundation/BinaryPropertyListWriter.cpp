@@ -82,7 +82,16 @@ std::byte* putNumbers(std::byte* out, std::span<const std::uint32_t> numbers,
 
 } // namespace
 
-BinaryPropertyListWriter::BinaryPropertyListWriter() : referenceLimit_(largestOf(referenceWidth_)) {
+BinaryPropertyListWriter::BinaryPropertyListWriter() {
+    reset();
+}
+
+void BinaryPropertyListWriter::reset(std::size_t expectedLength) {
+    bytes_.clear();
+    (void)bytes_.room(expectedLength);
+    offsets_.clear();
+    referenceWidth_ = 1;
+    untilWider_ = largestOf(referenceWidth_);
     putRaw(bytes_.room(kMagic.size()), std::span(kMagic));
     bytes_.extend(kMagic.size());
 }
@@ -91,13 +100,9 @@ void BinaryPropertyListWriter::raiseTooLong() {
     Exception::raise(kInvalidArchiveOperationException, "a property list grew longer than 4 GiB");
 }
 
-std::byte* BinaryPropertyListWriter::beginCounted(unsigned kind, std::uint64_t count,
-                                                  std::size_t bodySize) {
-    if (count < 0xF) {
-        std::byte* const out = begin(1 + bodySize);
-        *out = static_cast<std::byte>(kind << 4U | count);
-        return out + 1;
-    }
+// With the count in an integer of its own.
+std::byte* BinaryPropertyListWriter::beginLong(unsigned kind, std::uint64_t count,
+                                               std::size_t bodySize) {
     std::byte* const out = begin(1 + integerSize(count) + bodySize);
     *out = static_cast<std::byte>(kind << 4U | 0xFU);
     return putInteger(out + 1, count);
@@ -164,7 +169,7 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addString(const St
 // Widens before the references are counted in bytes.
 std::byte* BinaryPropertyListWriter::beginCollection(unsigned kind, std::uint64_t count,
                                                      std::size_t references) {
-    if (offsets_.size() == referenceLimit_) [[unlikely]] {
+    if (untilWider_ == 0) [[unlikely]] {
         widen();
     }
     return beginCounted(kind, count, references * referenceWidth_);
@@ -190,60 +195,58 @@ BinaryPropertyListWriter::addDictionary(std::span<const Reference> keys,
     return lastAdded();
 }
 
-std::size_t BinaryPropertyListWriter::endOf(std::size_t object) const noexcept {
-    return object + 1 < offsets_.size() ? offsets_[object + 1] : bytes_.size();
-}
-
 // Writes all that was added anew, with the next width of references. It happens twice at most, for
 // the 256th object and the 65,536th.
 void BinaryPropertyListWriter::widen() {
     const unsigned width = referenceWidth_ * 2;
-    ByteBuffer wider;
-    putRaw(wider.room(kMagic.size()), std::span(kMagic));
-    wider.extend(kMagic.size());
-    GrowingBuffer<std::uint32_t> offsets;
+    ByteBuffer before;
+    putRaw(before.room(bytes_.size() + kAhead), Bytes(bytes_)); // numbers are read in eight bytes
+    before.extend(bytes_.size());
+    bytes_.clear();
+    bytes_.extend(kMagic.size());
     for (std::size_t object = 0; object < offsets_.size(); ++object) {
-        offsets.add(static_cast<std::uint32_t>(wider.size()));
-        widenObject(object, wider, width);
-        if (wider.size() > kLongest) {
+        const std::size_t begin = offsets_[object];
+        const std::size_t end = object + 1 < offsets_.size() ? offsets_[object + 1] : before.size();
+        offsets_[object] = static_cast<std::uint32_t>(bytes_.size());
+        widenObject(Bytes(before).subspan(begin, end - begin), width);
+        if (bytes_.size() > kLongest) {
             raiseTooLong();
         }
     }
-    bytes_ = std::move(wider);
-    offsets_ = std::move(offsets);
     referenceWidth_ = width;
-    referenceLimit_ = largestOf(width);
+    untilWider_ = largestOf(width) - offsets_.size();
 }
 
-void BinaryPropertyListWriter::widenObject(std::size_t object, ByteBuffer& wider,
-                                           unsigned width) const {
-    const std::byte* const begin = bytes_.data() + offsets_[object];
-    const std::byte* const end = bytes_.data() + endOf(object);
-    const auto kind = std::to_integer<unsigned>(*begin >> 4);
+void BinaryPropertyListWriter::widenObject(Bytes object, unsigned width) {
+    const auto kind = std::to_integer<unsigned>(object[0] >> 4);
     const bool isCollection = kind == kArray || kind == kDictionary;
-    const std::byte* const references = isCollection ? begin + headSize(begin) : end;
-    const auto headLength = static_cast<std::size_t>(references - begin);
-    const auto count = static_cast<std::size_t>(end - references) / referenceWidth_;
-    std::byte* out = wider.room(headLength + count * width + kAhead);
-    out = putRaw(out, std::span(begin, headLength));
+    const std::size_t head = isCollection ? headSize(object.data()) : object.size();
+    const std::size_t count = (object.size() - head) / referenceWidth_;
+    std::byte* out = bytes_.room(head + count * width + kAhead);
+    out = putRaw(out, object.first(head));
     for (std::size_t i = 0; i < count; ++i) {
-        const std::byte* const reference = references + i * referenceWidth_;
+        const std::byte* const reference = object.data() + head + i * referenceWidth_;
         BigEndian::storeAhead(out, BigEndian::load(reference, referenceWidth_), width);
         out += width;
     }
-    wider.extend(headLength + count * width);
+    bytes_.extend(head + count * width);
 }
 
 // Readers want the widths to hold the number of objects and the offset table's own offset, not
 // merely the largest reference and the last object's offset.
-ByteBuffer BinaryPropertyListWriter::finish(Reference top) {
+Bytes BinaryPropertyListWriter::finishInPlace(Reference top) {
     static_assert(kTrailerSize >= kAhead); // the trailer follows whatever is written ahead of it
     const std::size_t table = bytes_.size();
     const unsigned width = machineWidthOf(table);
     std::byte* const out = bytes_.room(offsets_.size() * width + kTrailerSize);
     putTrailer(putNumbers(out, offsets_, width), width, top, table);
     bytes_.extend(offsets_.size() * width + kTrailerSize);
-    return std::move(bytes_);
+    return bytes_;
+}
+
+ByteBuffer BinaryPropertyListWriter::finish(Reference top) {
+    (void)finishInPlace(top);
+    return takeBytes();
 }
 
 void BinaryPropertyListWriter::putTrailer(std::byte* out, unsigned offsetWidth, Reference top,

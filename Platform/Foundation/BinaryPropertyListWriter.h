@@ -11,6 +11,7 @@
 #include <limits>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace NS {
 
@@ -61,6 +62,15 @@ class BinaryPropertyListWriter {
 
     // The whole list with this object on top. The writer is done then, and takes nothing more.
     ByteBuffer finish(Reference top);
+    // The same in the memory where it was put together: valid until that is taken or used again.
+    Bytes finishInPlace(Reference top);
+    ByteBuffer takeBytes() noexcept { return std::move(bytes_); }
+
+    // Begins another list in the memory of the one before, or in that of the expected length where
+    // it has none.
+    void reset(std::size_t expectedLength = 0);
+    // Bytes of memory that it holds.
+    std::size_t heldBytes() const noexcept { return bytes_.heldBytes() + offsets_.heldBytes(); }
 
   private:
     // Numbers are written with the bytes behind them, which what comes next is written over.
@@ -69,19 +79,21 @@ class BinaryPropertyListWriter {
 
     // The fewest bytes for the number that are also those of an integer of a machine.
     static constexpr unsigned machineWidthOf(std::uint64_t value) noexcept {
-        return std::bit_ceil(BigEndian::widthOf(value));
+        return value < 0x100 ? 1U : (value < 0x10000 ? 2U : (value >> 32U == 0 ? 4U : 8U));
     }
 
     // Begins an object and gives room for its bytes, and some more.
     std::byte* begin(std::size_t size) {
-        if (offsets_.size() == referenceLimit_) [[unlikely]] {
+        if (untilWider_ == 0) [[unlikely]] {
             widen();
         }
-        if (size > kLongest - bytes_.size()) [[unlikely]] {
+        const std::size_t offset = bytes_.size();
+        if (size > kLongest - offset) [[unlikely]] {
             raiseTooLong();
         }
         std::byte* const out = bytes_.room(size + kAhead);
-        offsets_.add(static_cast<std::uint32_t>(bytes_.size()));
+        offsets_.add(static_cast<std::uint32_t>(offset));
+        --untilWider_;
         bytes_.extend(size);
         return out;
     }
@@ -95,20 +107,28 @@ class BinaryPropertyListWriter {
     }
 
     [[noreturn]] static void raiseTooLong();
-    std::byte* beginCounted(unsigned kind, std::uint64_t count, std::size_t bodySize);
+    // Begins an object with its count, and gives room for its body.
+    std::byte* beginCounted(unsigned kind, std::uint64_t count, std::size_t bodySize) {
+        if (count >= 0xF) {
+            return beginLong(kind, count, bodySize);
+        }
+        std::byte* const out = begin(1 + bodySize);
+        *out = static_cast<std::byte>(kind << 4U | count);
+        return out + 1;
+    }
+    std::byte* beginLong(unsigned kind, std::uint64_t count, std::size_t bodySize);
     std::byte* beginCollection(unsigned kind, std::uint64_t count, std::size_t references);
     std::byte* putReferences(std::byte* out, std::span<const Reference> references) const noexcept;
     Reference lastAdded() const noexcept { return static_cast<Reference>(offsets_.size() - 1); }
     void widen();
-    void widenObject(std::size_t object, ByteBuffer& wider, unsigned width) const;
-    std::size_t endOf(std::size_t object) const noexcept;
+    void widenObject(Bytes object, unsigned width);
     void putTrailer(std::byte* out, unsigned offsetWidth, Reference top,
                     std::uint64_t table) const noexcept;
 
     ByteBuffer bytes_;
     GrowingBuffer<std::uint32_t> offsets_; // of each object
-    unsigned referenceWidth_ = 1;
-    std::size_t referenceLimit_; // with more objects than this, references are wider
+    unsigned referenceWidth_ = 0;
+    std::uint64_t untilWider_ = 0; // how many objects may come before references are wider
 };
 
 } // namespace NS

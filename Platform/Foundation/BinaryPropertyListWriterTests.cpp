@@ -147,4 +147,17 @@ TEST_F(BinaryPropertyListWriter, WidensTheReferencesOfCollectionsThatItHas) {
     EXPECT_EQ(NS::charactersOf(reader.element(elements, 19).bytes()), "text");
 }
 
+TEST_F(BinaryPropertyListWriter, BeginsAnotherListInTheSameMemory) {
+    for (int i = 0; i < 300; ++i) {
+        list.addAscii("of the list before");
+    }
+    (void)list.finishInPlace(0);
+    const std::size_t held = list.heldBytes();
+    list.reset();
+    const std::string another(NS::charactersOf(list.finishInPlace(list.addAscii("text"))));
+    EXPECT_EQ(list.heldBytes(), held);
+    NS::BinaryPropertyListWriter fresh;
+    EXPECT_EQ(another, NS::charactersOf(fresh.finish(fresh.addAscii("text"))));
+}
+
 } // namespace

@@ -1,26 +1,30 @@
 #pragma once
 
+#include "Platform/Foundation/GrowingStorage.h"
+
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
-#include <new>
 #include <type_traits>
 #include <utility>
 
 namespace NS {
 
 // Values that are put together from the front to the back. Unlike a vector's, they are not cleared
-// before they are written, and many of them move to a larger place without being copied, since the
-// machine moves their pages.
+// before they are written, and many of them move to a larger place without being copied.
 template <class T>
 class GrowingBuffer {
     static_assert(std::is_trivially_copyable_v<T>);
 
   public:
     GrowingBuffer() noexcept = default;
-    GrowingBuffer(GrowingBuffer&& other) noexcept { swap(other); }
+    GrowingBuffer(GrowingBuffer&& other) noexcept
+        : storage_(std::move(other.storage_)), next_(std::exchange(other.next_, nullptr)),
+          limit_(std::exchange(other.limit_, nullptr)) {}
     GrowingBuffer& operator=(GrowingBuffer&& other) noexcept {
-        GrowingBuffer(std::move(other)).swap(*this);
+        GrowingBuffer taken(std::move(other));
+        storage_ = std::move(taken.storage_);
+        next_ = taken.next_;
+        limit_ = taken.limit_;
         return *this;
     }
     GrowingBuffer(const GrowingBuffer& other) {
@@ -28,53 +32,52 @@ class GrowingBuffer {
         extend(other.size());
     }
     GrowingBuffer& operator=(const GrowingBuffer&) = delete;
-    ~GrowingBuffer() { std::free(values_); }
+    ~GrowingBuffer() = default;
 
-    const T* data() const noexcept { return values_; }
-    std::size_t size() const noexcept { return size_; }
-    T& operator[](std::size_t index) noexcept { return values_[index]; }
-    const T& operator[](std::size_t index) const noexcept { return values_[index]; }
-    const T* begin() const noexcept { return values_; }
-    const T* end() const noexcept { return values_ + size_; }
+    const T* data() const noexcept { return values(); }
+    std::size_t size() const noexcept { return static_cast<std::size_t>(next_ - values()); }
+    T& operator[](std::size_t index) noexcept { return values()[index]; }
+    const T& operator[](std::size_t index) const noexcept { return values()[index]; }
+    const T* begin() const noexcept { return values(); }
+    const T* end() const noexcept { return next_; }
 
     void add(T value) {
-        *room(1) = value;
-        ++size_;
+        if (next_ == limit_) [[unlikely]] {
+            grow(1);
+        }
+        *next_++ = value;
     }
 
     // The place behind the last value, with room for this many more, whose contents are anything.
     // Valid until the next call.
     T* room(std::size_t count) {
-        if (capacity_ - size_ < count) [[unlikely]] {
+        if (static_cast<std::size_t>(limit_ - next_) < count) [[unlikely]] {
             grow(count);
         }
-        return values_ + size_;
+        return next_;
     }
     // Takes so many values in that were written to the room.
-    void extend(std::size_t count) noexcept { size_ += count; }
+    void extend(std::size_t count) noexcept { next_ += count; }
+
+    // Begins anew, in the same memory.
+    void clear() noexcept { next_ = values(); }
+    // Bytes of memory that it holds.
+    std::size_t heldBytes() const noexcept { return storage_.size(); }
 
   private:
-    static constexpr std::size_t kFirstCapacity = 512 / sizeof(T);
+    T* values() const noexcept { return static_cast<T*>(storage_.memory()); }
 
-    void grow(std::size_t count) {
-        const std::size_t capacity = std::max({capacity_ * 2, size_ + count, kFirstCapacity});
-        void* const values = std::realloc(values_, capacity * sizeof(T));
-        if (values == nullptr) {
-            throw std::bad_alloc();
-        }
-        values_ = static_cast<T*>(values);
-        capacity_ = capacity;
+    // Seldom, and kept apart so that what is done often is short.
+    [[gnu::noinline]] void grow(std::size_t count) {
+        const std::size_t size = this->size();
+        storage_.grow(size * sizeof(T), (size + count) * sizeof(T));
+        next_ = values() + size;
+        limit_ = values() + storage_.size() / sizeof(T);
     }
 
-    void swap(GrowingBuffer& other) noexcept {
-        std::swap(values_, other.values_);
-        std::swap(size_, other.size_);
-        std::swap(capacity_, other.capacity_);
-    }
-
-    T* values_ = nullptr;
-    std::size_t size_ = 0;
-    std::size_t capacity_ = 0;
+    GrowingStorage storage_;
+    T* next_ = nullptr;  // behind the last value
+    T* limit_ = nullptr; // of what there is room for
 };
 
 using ByteBuffer = GrowingBuffer<std::byte>;

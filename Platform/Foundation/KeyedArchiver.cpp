@@ -12,7 +12,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <memory>
 #include <optional>
+#include <utility>
 
 namespace NS {
 
@@ -54,15 +57,75 @@ void checkLevel(std::size_t level) {
 
 } // namespace
 
-KeyedArchiver::KeyedArchiver() {
+bool KeyedArchiver::Storage::isSmall() const noexcept {
+    return list.heldBytes() + expectedLength + entries.heldBytes() + pending.heldBytes() +
+               values.heldBytes() + elements.capacity() * sizeof(Reference) <=
+           kKeptBytes;
+}
+
+void KeyedArchiver::Storage::begin() {
+    list.reset(std::exchange(expectedLength, 0));
+    entries.clear();
+    pending.clear();
+    values.clear();
+}
+
+// The storage that is kept, or another one while that is in use.
+class KeyedArchiver::BorrowedStorage {
+  public:
+    BorrowedStorage() : storage_(kept_.exchange(nullptr, std::memory_order_acquire)) {
+        if (storage_ == nullptr) {
+            storage_ = std::make_unique<Storage>();
+        }
+    }
+    ~BorrowedStorage() {
+        if (storage_->isSmall()) {
+            storage_.reset(kept_.exchange(storage_.release(), std::memory_order_acq_rel));
+        }
+    }
+    BorrowedStorage(const BorrowedStorage&) = delete;
+    BorrowedStorage& operator=(const BorrowedStorage&) = delete;
+
+    Storage& operator*() const noexcept { return *storage_; }
+
+  private:
+    static constinit std::atomic<Storage*> kept_;
+
+    std::unique_ptr<Storage> storage_;
+};
+
+constinit std::atomic<KeyedArchiver::Storage*> KeyedArchiver::BorrowedStorage::kept_{nullptr};
+
+// Adds an entry to "$objects" and returns the reference of the UID that leads there.
+inline Reference KeyedArchiver::addEntry(Reference contents) {
+    const auto uid = entries_.size();
+    entries_.add(contents);
+    return list_.addUid(uid);
+}
+
+KeyedArchiver::KeyedArchiver(Storage& storage)
+    : storage_(storage), list_(storage.list), entries_(storage.entries), pending_(storage.pending),
+      values_(storage.values) {
+    storage.begin();
     (void)addEntry(list_.addAscii(kNull));
 }
 
 Ref<Data> KeyedArchiver::archivedDataWithRootObject(const RefPtr<Object>& root) {
-    KeyedArchiver archiver;
+    const BorrowedStorage storage;
+    KeyedArchiver archiver(*storage);
     const Reference top = archiver.referenceToRoot(root);
     archiver.writePending();
     return archiver.finish(top);
+}
+
+// What the previous objects of the class had at the same place is most often the key.
+inline void KeyedArchiver::put(const Property& property, Reference value) {
+    if (nextKey_ != lastKey_ && nextKey_->property == &property) {
+        ++nextKey_;
+        values_.add(value);
+    } else {
+        putUnusual(property.key, &property, value);
+    }
 }
 
 // The object that is being written may hand out one that nobody else holds, or the same one again.
@@ -88,11 +151,15 @@ void KeyedArchiver::encodeProperty_of(const Property& property, const Object& ob
         reference = archiver.referenceToPropertys(value);
     };
     property.whileHeld(object, look, &context);
-    put(property.key, &property, context.reference);
+    put(property, context.reference);
 }
 
 void KeyedArchiver::encodeDouble_forKey(double value, std::string_view key) {
     put(key, list_.addReal(value));
+}
+
+void KeyedArchiver::encodeDouble_of(double value, const Property& property) {
+    put(property, list_.addReal(value));
 }
 
 void KeyedArchiver::encodeInt64_forKey(std::int64_t value, std::string_view key) {
@@ -109,13 +176,6 @@ void KeyedArchiver::encodeBytes_forKey(Bytes bytes, std::string_view key) {
 
 void KeyedArchiver::encodeText_forKey(const String& text, std::string_view key) {
     put(key, list_.addString(text));
-}
-
-// Adds an entry to "$objects" and returns the reference of the UID that leads there.
-Reference KeyedArchiver::addEntry(Reference contents) {
-    const auto uid = entries_.size();
-    entries_.add(contents);
-    return list_.addUid(uid);
 }
 
 void KeyedArchiver::keep(const Object& object) {
@@ -171,20 +231,23 @@ Reference KeyedArchiver::addPending(const Object& object) {
 // Nothing for an object that is no leaf.
 std::optional<Reference> KeyedArchiver::addLeaf(const Object& object) {
     const Class* const objectClass = &object.objectClass();
+    Reference value = 0;
     if (objectClass == &String::kClass) {
         const auto& text = static_cast<const String&>(object);
-        return isPlainText(text) ? std::optional(addEntry(list_.addString(text))) : std::nullopt;
-    }
-    if (objectClass == &Number::kClass) {
-        return addEntry(list_.addNumber(static_cast<const Number&>(object)));
-    }
-    if (objectClass == &Date::kClass) {
+        if (!isPlainText(text)) {
+            return std::nullopt;
+        }
+        value = list_.addString(text);
+    } else if (objectClass == &Number::kClass) {
+        value = list_.addNumber(static_cast<const Number&>(object));
+    } else if (objectClass == &Date::kClass) {
         return addDate(static_cast<const Date&>(object));
+    } else if (objectClass == &Data::kClass) {
+        value = list_.addData(static_cast<const Data&>(object).bytes());
+    } else {
+        return std::nullopt;
     }
-    if (objectClass == &Data::kClass) {
-        return addEntry(list_.addData(static_cast<const Data&>(object).bytes()));
-    }
-    return std::nullopt;
+    return addEntry(value);
 }
 
 // The record of a date, a level below the object being written.
@@ -217,10 +280,15 @@ void KeyedArchiver::writePending() {
 void KeyedArchiver::writeRecord(const Object& object, std::uint32_t uid) {
     class_ = &archivedClass(object.objectClass());
     hasUsualKeys_ = true;
-    keys_.assign(1, classKey());
-    values_.assign(1, class_->reference);
+    nextKey_ = class_->keys.data();
+    lastKey_ = nextKey_ + class_->keys.size();
+    if (class_->keyReferences.empty()) {
+        class_->keyReferences.push_back(classKey());
+    }
+    values_.clear();
+    values_.add(class_->reference);
     object.encodeWithCoder(*this);
-    entries_[uid] = list_.addDictionary(keys_, values_);
+    entries_[uid] = list_.addDictionary(keysSoFar(), values_);
 }
 
 Reference KeyedArchiver::classKey() {
@@ -239,8 +307,8 @@ KeyedArchiver::ArchivedClass& KeyedArchiver::archivedClass(const Class& objectCl
     if (known != classes_.end()) {
         return **known;
     }
-    classes_.push_back(
-        std::make_unique<ArchivedClass>(ArchivedClass{&objectClass, addClass(objectClass), {}}));
+    classes_.push_back(std::make_unique<ArchivedClass>(
+        ArchivedClass{&objectClass, addClass(objectClass), {}, {}}));
     return *classes_.back();
 }
 
@@ -255,36 +323,50 @@ Reference KeyedArchiver::addClass(const Class& objectClass) {
     return addEntry(list_.addDictionary(keys, values));
 }
 
-// What the previous objects of the class had at the same place is most often the key.
-void KeyedArchiver::put(std::string_view key, const Property* property, Reference value) {
-    const std::size_t place = keys_.size() - 1;
-    const std::vector<ArchivedKey>& usual = class_->keys;
-    if (hasUsualKeys_ && place < usual.size() && usual[place].is(key, property)) {
-        keys_.push_back(usual[place].reference);
-        values_.push_back(value);
+void KeyedArchiver::put(std::string_view key, Reference value) {
+    if (nextKey_ != lastKey_ && nextKey_->property == nullptr && nextKey_->text == key) {
+        ++nextKey_;
+        values_.add(value);
     } else {
-        putUnusual(key, property, value);
+        putUnusual(key, nullptr, value);
     }
+}
+
+std::span<const Reference> KeyedArchiver::keysSoFar() const noexcept {
+    return hasUsualKeys_ ? std::span(class_->keyReferences).first(values_.size())
+                         : std::span<const Reference>(keys_);
 }
 
 void KeyedArchiver::putUnusual(std::string_view key, const Property* property, Reference value) {
     const Reference reference =
         nameReference(key.starts_with('$') ? '$' + std::string(key) : std::string(key));
-    const auto earlier = std::ranges::find(keys_, reference);
-    if (earlier != keys_.end()) {
-        values_[static_cast<std::size_t>(earlier - keys_.begin())] = value;
-        hasUsualKeys_ = false;
+    const std::span<const Reference> keys = keysSoFar();
+    const auto earlier = std::ranges::find(keys, reference);
+    if (earlier != keys.end()) {
+        values_[static_cast<std::size_t>(earlier - keys.begin())] = value;
         return;
     }
     std::vector<ArchivedKey>& usual = class_->keys;
-    const bool isNext = hasUsualKeys_ && keys_.size() - 1 == usual.size();
+    const bool isNext = hasUsualKeys_ && nextKey_ == lastKey_;
     if (isNext && usual.size() < Limits::kRememberedKeys) {
-        usual.push_back({std::string(key), property, reference});
+        usual.push_back({std::string(key), property});
+        class_->keyReferences.push_back(reference);
+        nextKey_ = lastKey_ = usual.data() + usual.size();
     } else {
-        hasUsualKeys_ = false;
+        beginUnusualKeys();
+        keys_.push_back(reference);
     }
-    keys_.push_back(reference);
-    values_.push_back(value);
+    values_.add(value);
+}
+
+// From here on the object's keys are not the first of its class's.
+void KeyedArchiver::beginUnusualKeys() {
+    if (hasUsualKeys_) {
+        const std::span<const Reference> keys = keysSoFar();
+        keys_.assign(keys.begin(), keys.end());
+        hasUsualKeys_ = false;
+        nextKey_ = lastKey_;
+    }
 }
 
 // Keys and class names are texts of the property list, not objects of the archive: one of each.
@@ -305,11 +387,19 @@ Ref<Data> KeyedArchiver::finish(Reference root) {
     const std::array values{list_.addInteger(kVersion), list_.addAscii(kArchiverName),
                             list_.addDictionary(rootKey, std::span(&root, 1)),
                             list_.addArray(entries_)};
-    auto data = Data::dataWithBuffer(list_.finish(list_.addDictionary(keys, values)));
+    const Reference top = list_.addDictionary(keys, values);
+    const Bytes archive = list_.finishInPlace(top);
     if (!isTree_) {
-        checkReadable(data->bytes());
+        checkReadable(archive);
     }
-    return data;
+    return archive.size() <= kCopiedBytes ? Data::dataWithBytes(archive) : takeArchive();
+}
+
+// Another listing is often about as long as this one.
+Ref<Data> KeyedArchiver::takeArchive() {
+    ByteBuffer archive = list_.takeBytes();
+    storage_.expectedLength = archive.size() + archive.size() / 8;
+    return Data::dataWithBuffer(std::move(archive));
 }
 
 void KeyedArchiver::checkReadable(Bytes archive) const {

@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,6 +52,8 @@ class KeyedArchiver {
     // What a property of the object has, under the property's key.
     void encodeProperty_of(const Property& property, const Object& object);
     void encodeDouble_forKey(double value, std::string_view key);
+    // The same for a property's key, which is found sooner.
+    void encodeDouble_of(double value, const Property& property);
     void encodeInt64_forKey(std::int64_t value, std::string_view key);
     void encodeBool_forKey(bool value, std::string_view key);
     // Contents without an identity of their own.
@@ -60,11 +63,12 @@ class KeyedArchiver {
     // that is being written holds each of them by a reference for each time that it hands it out.
     template <class ObjectAt>
     void encodeObjects_forKey(std::size_t count, ObjectAt&& objectAt, std::string_view key) {
-        elements_.resize(count);
+        std::vector<Reference>& elements = storage_.elements;
+        elements.resize(count);
         for (std::size_t i = 0; i < count; ++i) {
-            elements_[i] = referenceToHeld(objectAt(i));
+            elements[i] = referenceToHeld(objectAt(i));
         }
-        put(key, list_.addArray(elements_));
+        put(key, list_.addArray(elements));
     }
 
   private:
@@ -73,11 +77,6 @@ class KeyedArchiver {
     struct ArchivedKey {
         std::string text;
         const Property* property; // whose key it is, or null
-        Reference reference;
-
-        bool is(std::string_view key, const Property* itsProperty) const noexcept {
-            return property == itsProperty && (property != nullptr || text == key);
-        }
     };
 
     // A class that was met, with the keys that its objects used, in order: most use the same ones.
@@ -85,6 +84,7 @@ class KeyedArchiver {
         const Class* objectClass;
         Reference reference;
         std::vector<ArchivedKey> keys;
+        std::vector<Reference> keyReferences; // that of "$class", and theirs
     };
 
     // An object that has its place in the archive and waits for being written there.
@@ -93,7 +93,30 @@ class KeyedArchiver {
         std::uint32_t uid;
     };
 
-    KeyedArchiver();
+    // What an archive is put together in. One of these is kept for the next archive of the process,
+    // unless that takes more than kKeptBytes: memory that the allocator gives back to the system
+    // and asks for again is faulted in page by page, at half of what writing a thousand records
+    // costs.
+    struct Storage {
+        BinaryPropertyListWriter list;
+        GrowingBuffer<Reference> entries;
+        GrowingBuffer<Pending> pending;
+        GrowingBuffer<Reference> values; // of the object being written, its class first
+        std::vector<Reference> elements; // of a list in it
+
+        // What the next archive may come to; 0 where the list's memory is still there.
+        std::size_t expectedLength = 0;
+
+        bool isSmall() const noexcept;
+        void begin();
+    };
+    class BorrowedStorage;
+
+    static constexpr std::size_t kKeptBytes = std::size_t{1024} * 1024;
+    // An archive of no more is copied out of the memory that it was put together in.
+    static constexpr std::size_t kCopiedBytes = std::size_t{16} * 1024;
+
+    explicit KeyedArchiver(Storage& storage);
 
     Reference referenceToRoot(const RefPtr<Object>& root);
     Reference referenceToHeld(const Object& object);
@@ -110,20 +133,25 @@ class KeyedArchiver {
     ArchivedClass& archivedClass(const Class& objectClass);
     Reference addClass(const Class& objectClass);
     Reference classKey();
-    void put(std::string_view key, Reference value) { put(key, nullptr, value); }
-    void put(std::string_view key, const Property* property, Reference value);
+    void put(std::string_view key, Reference value);
+    void put(const Property& property, Reference value);
     void putUnusual(std::string_view key, const Property* property, Reference value);
+    std::span<const Reference> keysSoFar() const noexcept;
+    void beginUnusualKeys();
     Reference nameReference(std::string_view name);
     Ref<Data> finish(Reference root);
+    Ref<Data> takeArchive();
     void checkReadable(Bytes archive) const;
 
-    BinaryPropertyListWriter list_;
-    IdentityMap identities_;           // the reference of each UID of what may be met again
-    GrowingBuffer<Reference> entries_; // "$objects"
-    std::vector<Ref<Object>> kept_;    // what may be let go of before all is written
-    GrowingBuffer<Pending> pending_;   // by UID
-    std::size_t level_ = 0;            // of the object being written, the root's being 1
-    bool isTree_ = true;               // nothing that refers to something was met twice
+    Storage& storage_;
+    BinaryPropertyListWriter& list_;
+    GrowingBuffer<Reference>& entries_; // "$objects"
+    GrowingBuffer<Pending>& pending_;   // by UID
+    GrowingBuffer<Reference>& values_;
+    IdentityMap identities_;        // the reference of each UID of what may be met again
+    std::vector<Ref<Object>> kept_; // what may be let go of before all is written
+    std::size_t level_ = 0;         // of the object being written, the root's being 1
+    bool isTree_ = true;            // nothing that refers to something was met twice
     std::map<std::string, Reference, std::less<>> names_;
     std::vector<std::unique_ptr<ArchivedClass>> classes_;
     // The keys and the class that stand in most objects' records; 0 for one that no object had yet.
@@ -133,10 +161,11 @@ class KeyedArchiver {
 
     // The object being written.
     ArchivedClass* class_ = nullptr;
-    bool hasUsualKeys_ = true; // those so far are the first of its class's
-    std::vector<Reference> keys_;
-    std::vector<Reference> values_;
-    std::vector<Reference> elements_;
+    // Those so far are the first of its class's, behind which these are the next ones.
+    bool hasUsualKeys_ = true;
+    const ArchivedKey* nextKey_ = nullptr;
+    const ArchivedKey* lastKey_ = nullptr;
+    std::vector<Reference> keys_; // where they are not
 };
 
 } // namespace NS

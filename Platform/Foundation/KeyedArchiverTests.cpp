@@ -31,6 +31,14 @@ class KeyedArchiver : public testing::Test {
         const std::size_t start = whole.find(begin) + begin.size();
         return whole.substr(start, whole.size() - start - 2);
     }
+    // An array of as many texts.
+    static NS::Ref<NS::Object> listOf(std::size_t count) {
+        const auto list = NS::MutableArray::arrayWithCapacity(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            list->addObject(NS::str("text"));
+        }
+        return list;
+    }
     // An object within as many arrays.
     static NS::Ref<NS::Object> nestedIn(int arrays, NS::Ref<NS::Object> object) {
         for (int i = 0; i < arrays; ++i) {
@@ -208,6 +216,41 @@ TEST_F(KeyedArchiver, LetsGoOfEverythingItArchived) {
     archive(array);
     EXPECT_EQ(text->referenceCount(), 2U);
     EXPECT_EQ(array->referenceCount(), 1U);
+}
+
+// The memory of one archive is used for the next.
+TEST_F(KeyedArchiver, LeavesNothingToTheNextArchive) {
+    const NS::RefPtr<NS::Object> small = NS::make<Tests::ArchivedRecord>();
+    const std::string first = archive(small);
+    archive(listOf(1'000));
+    EXPECT_EQ(archive(small), first);
+    const auto refused = NS::Array::arrayWithObjects({NS::str("text"), NS::make<NS::Object>()});
+    EXPECT_EQ(Tests::nameOfException([&] { archive(refused); }), NS::kInvalidArgumentException);
+    EXPECT_EQ(archive(small), first);
+}
+
+TEST_F(KeyedArchiver, GivesBytesThatLaterArchivesDoNotChange) {
+    for (const std::size_t count : {1U, 1'000U, 100'000U}) {
+        const auto data = NS::KeyedArchiver::archivedDataWithRootObject(listOf(count));
+        const std::string before(NS::charactersOf(data->bytes()));
+        archive(NS::str("another text"));
+        EXPECT_EQ(NS::charactersOf(data->bytes()), before) << count;
+    }
+}
+
+TEST_F(KeyedArchiver, ArchivesFromWithinAnotherArchive) {
+    class Nested final : public NS::Object {
+      public:
+        void encodeWithCoder(NS::KeyedArchiver& coder) const override {
+            coder.encodeInt64_forKey(1, "before");
+            const auto inner = NS::KeyedArchiver::archivedDataWithRootObject(NS::str("inner"));
+            coder.encodeInt64_forKey(static_cast<std::int64_t>(inner->length()), "length");
+        }
+    };
+    const auto alone = NS::KeyedArchiver::archivedDataWithRootObject(NS::str("inner"));
+    const std::string text = entries(NS::make<Nested>());
+    const std::string expected = "before=1, length=" + std::to_string(alone->length());
+    EXPECT_NE(text.find(expected), std::string::npos) << text;
 }
 
 } // namespace

@@ -113,7 +113,7 @@ bool QVContentItem::isEqualTo(const NS::Object* other) const {
 }
 
 void QVContentItem::encodeWithCoder(NS::KeyedArchiver& coder) const {
-    coder.encodeDouble_forKey(timeReceived(), kTimeReceived.key);
+    coder.encodeDouble_of(timeReceived(), kTimeReceived);
     for (const NS::Property* const property : contentClass().resolved().archived) {
         coder.encodeProperty_of(*property, *this);
     }

@@ -66,6 +66,20 @@ void* map(std::size_t size, Pages pages) {
     return region;
 }
 
+// To a place that begins at a large page's multiple, which the system would not choose by itself:
+// large pages move as such only between two of these.
+void* grow(void* region, std::size_t size, std::size_t newSize) {
+    void* const place = map(newSize, Pages::kLarge);
+    if (mremap(region, size, newSize, MREMAP_MAYMOVE | MREMAP_FIXED, place) == MAP_FAILED) {
+        // Whether the place is still ours nobody tells, and another thread may have it now: it
+        // stays, without any memory.
+        hideFromLeakChecker(place, newSize);
+        throw std::bad_alloc();
+    }
+    hideFromLeakChecker(region, size);
+    return place;
+}
+
 // Otherwise the system may make one large page of the region again, and what was discarded with it.
 void makePagesSmall(void* region, std::size_t size) noexcept {
     (void)madvise(region, size, MADV_NOHUGEPAGE); // a system without large pages refuses
