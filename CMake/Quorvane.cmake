@@ -64,7 +64,6 @@ function(quorvane_tests name)
         list(APPEND ARG_PROPERTIES LABELS threads)
     endif()
     add_executable(${name} ${ARG_SOURCES})
-    set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
     if(QUORVANE_SANITIZE)
         # Optimising what a sanitiser adds to the tests themselves takes half of the whole build.
         target_compile_options(${name} PRIVATE -O0)
@@ -77,10 +76,9 @@ function(quorvane_tests name)
     quorvane_register_tests(${name} ${ARG_PROPERTIES})
 endfunction()
 
-# quorvane_program(NAME SOURCES ... LINKS ...): one program, with its symbols for call stacks.
+# quorvane_program(NAME SOURCES ... LINKS ...): one program.
 function(quorvane_program name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
-    set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON)
     target_link_libraries(${name} PRIVATE ${ARG_LINKS})
 endfunction()

@@ -35,8 +35,12 @@ std::int64_t secondsOf(const LocalTime& time) noexcept {
     return days * kDay + time.hour * 3600 + time.minute * 60 + time.second;
 }
 
+std::int32_t offsetAt(std::int64_t moment, const LocalTime& time) noexcept {
+    return static_cast<std::int32_t>(secondsOf(time) - moment);
+}
+
 std::int32_t offsetAt(std::int64_t moment) noexcept {
-    return static_cast<std::int32_t>(secondsOf(localTime(moment)) - moment);
+    return offsetAt(moment, localTimeInZoneOfLastLook(moment));
 }
 
 // The first moment of another offset than the one before, of which there is one in between.
@@ -68,7 +72,7 @@ LocalTime civilTime(std::int64_t secondsSince1970, std::int32_t offset) noexcept
 
 ZoneOffsets ZoneOffsets::from(std::int64_t secondsSince1970) noexcept {
     ZoneOffsets zone;
-    zone.first_ = offsetAt(secondsSince1970);
+    zone.first_ = offsetAt(secondsSince1970, localTime(secondsSince1970));
     std::int32_t before = zone.first_;
     // A fortnight is shorter than any rule lasts.
     for (std::int64_t ahead = kFortnight; ahead < kAhead + kFortnight; ahead += kFortnight) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,9 +11,11 @@ namespace NS::CallStack {
 // when that is not among them. The outermost frames of a very deep stack are missing.
 std::vector<void*> captureFrom(const void* returnAddress);
 
-// "0   module                 0x00005581e0a1b2c3 function + 123" for the return address at an
-// index of a call stack.
-std::string symbol(std::size_t index, void* address);
+// "0   module                 0x00005581e0a1b2c3 function + 123" for each return address of a call
+// stack. A function of the program itself is known where the program file has its symbol table
+// still, one of a library where the library exports it. Of another, the module stands for it, and
+// the offset is that into the module.
+std::vector<std::string> symbols(std::span<void* const> addresses);
 
 // A function's or type's name as it stands in the source, for its name in a program file; the name
 // itself when it is not such a one.

@@ -166,9 +166,8 @@ Ref<Array> Exception::callStackReturnAddresses() const {
 
 Ref<Array> Exception::callStackSymbols() const {
     std::vector<Ref<Object>> symbols;
-    for (void* address : state_->callStack) {
-        symbols.emplace_back(
-            String::fromFileSystemRepresentation(CallStack::symbol(symbols.size(), address)));
+    for (const std::string& line : CallStack::symbols(state_->callStack)) {
+        symbols.emplace_back(String::fromFileSystemRepresentation(line));
     }
     return make<Array>(std::move(symbols));
 }

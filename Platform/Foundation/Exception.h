@@ -45,8 +45,9 @@ class Exception : public std::exception {
     Ref<Array> callStackReturnAddresses() const;
     // The same as they are, valid as long as the exception.
     std::span<void* const> returnAddresses() const noexcept;
-    // A line for each of them: index, module, address, function and offset into it. A function that
-    // its module does not export has no name here, and the offset is that into the module.
+    // A line for each of them: index, module, address, function and offset into it. A function
+    // whose name is not at hand, as in a program without its symbol table, has none here, and the
+    // offset is that into the module.
     Ref<Array> callStackSymbols() const;
 
     // "name: reason", for callers that know the standard library only.

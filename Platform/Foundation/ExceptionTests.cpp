@@ -12,14 +12,14 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <type_traits>
 #include <vector>
 
-// Outside of any unnamed namespace: only functions that the program exports have names in a call
-// stack.
 namespace ExceptionTestFunctions {
 
 // The last thing that it does is raise, so that its return address lies behind its own end.
@@ -119,6 +119,28 @@ TEST(CallStack, BeginsWithTheFunctionThatMadeTheException) {
                 HasSubstr(" ExceptionTestFunctions::throwWithoutRaise() + "));
 }
 
+// Local to this file: only the program file's full table of symbols has its name.
+[[gnu::noinline]] void raiseUnexported() {
+    NS::Exception::raise(NS::kGenericException, "raised at the end");
+}
+
+TEST(CallStack, NamesAFunctionThatTheProgramDoesNotExport) {
+    const auto raised = raisedException([] { raiseUnexported(); });
+    EXPECT_THAT(linesOf(*raised->callStackSymbols()).at(0), HasSubstr("raiseUnexported() + "));
+}
+
+TEST(CallStack, NamesAFunctionOfALibrary) {
+    const auto* const start = reinterpret_cast<const char*>(&std::strtol);
+    const std::vector<void*> addresses{const_cast<char*>(start) + 1}; // NOLINT: never written
+    EXPECT_THAT(NS::CallStack::symbols(addresses).at(0), HasSubstr("strtol + 1"));
+}
+
+TEST(CallStack, HasTheModuleForAnAddressWithoutAFunction) {
+    static int datum = 0;
+    const std::vector<void*> addresses{&datum};
+    EXPECT_THAT(NS::CallStack::symbols(addresses).at(0), HasSubstr(" FoundationTests + "));
+}
+
 TEST(CallStack, NamesTheCallersToo) {
     const auto raised = raisedException([] { (void)callWithWorkToDoAfter(&raiseAtItsVeryEnd); });
     EXPECT_THAT(linesOf(*raised->callStackSymbols()).at(1),
@@ -148,7 +170,8 @@ TEST(CallStack, NamesTheModule) {
 }
 
 TEST(CallStack, HasALineForAnAddressThatBelongsToNothing) {
-    EXPECT_EQ(NS::CallStack::symbol(12, reinterpret_cast<void*>(0x10)),
+    const std::vector<void*> addresses(13, reinterpret_cast<void*>(0x10));
+    EXPECT_EQ(NS::CallStack::symbols(addresses).back(),
               "12  ???                                 0x0000000000000010 ??? + 16");
 }
 
@@ -244,9 +267,9 @@ void tellTheRecord(int) {
     }
     std::fprintf(stderr, "recorded %s: %s, %zu\n", record->name.data(), record->reason.data(),
                  record->depth);
-    for (std::size_t i = 0; i < record->depth; ++i) {
-        std::fprintf(stderr, "frame %s\n",
-                     NS::CallStack::symbol(i, record->returnAddresses.at(i)).c_str());
+    const auto addresses = std::span(record->returnAddresses).first(record->depth);
+    for (const std::string& line : NS::CallStack::symbols(addresses)) {
+        std::fprintf(stderr, "frame %s\n", line.c_str());
     }
 }
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace NS {
 
@@ -75,6 +76,10 @@ class FileManager {
     virtual bool write(int file, Bytes bytes) = 0;
     virtual void close(int file) noexcept = 0;
 };
+
+// Whether the operating system has a folder at a path, or a link to one, whatever file manager is
+// in use. What cannot be looked at is no folder. Any thread.
+bool isSystemFolder(const std::string& path) noexcept;
 
 // Puts a file manager in place for as long as it lives. For tests.
 class ScopedFileManager {

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/ContentHash.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/FileManager.h"
 
 #include <array>
 #include <filesystem>
@@ -226,8 +227,7 @@ Ref<URL> URL::fileURLWithPath(const RefPtr<String>& path) {
     if (!bytes.starts_with('/')) {
         bytes = absolutePath(bytes);
     }
-    std::error_code ignored; // what cannot be looked at is no folder
-    if (!bytes.ends_with('/') && std::filesystem::is_directory(bytes, ignored)) {
+    if (!bytes.ends_with('/') && isSystemFolder(bytes)) {
         bytes += '/';
     }
     return fileURLWithFileSystemRepresentation(bytes);

@@ -4,12 +4,14 @@
 #include "Platform/CrashReporter/CrashReporter.h"
 #include "Platform/Ports/RunLoop.h"
 #include "Platform/Ports/Termination.h"
+#include "Programs/FinderExtension/CommandLine.h"
 #include "Programs/FinderExtension/MenuState.h"
 #include "QVFinderExtension/FinderSync.h"
 #include "Shell/FinderService.h"
 #include "Shell/WaitingName.h"
 
-#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <span>
 
 namespace {
 
@@ -22,11 +24,10 @@ bool hasHost(const FinderSync& extension) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App options("Gives the file manager the menus of the Quorvane drive.\n"
-                     "Waits up to 120 seconds for the host application; ends when the host does.");
-    options.set_version_flag("--version", "quorvane-finder-extension " QUORVANE_VERSION);
-    CLI11_PARSE(options, argc, argv);
-
+    if (const auto reply = replyToCommandLine(std::span(argv, static_cast<std::size_t>(argc)))) {
+        (void)std::fputs(reply->text.c_str(), reply->status == 0 ? stdout : stderr);
+        return reply->status;
+    }
     // A question for the version is no start, which older reports would be moved aside for.
     NS::startCrashReporter("QVFinderExtension", QUORVANE_VERSION);
     NS::removeNamesOnTermination();

@@ -39,11 +39,9 @@ bool CrashReport::prepare(const std::string& folder, std::string_view process,
     std::array<char, 4096> place{};
     const ssize_t length = ::readlink("/proc/self/exe", place.data(), place.size());
     program_ << std::string_view(place.data(), length < 0 ? 0 : static_cast<std::size_t>(length));
-    place.fill('\0');
-    (void)::gethostname(place.data(), place.size() - 1); // else there is no name
-    host_ << place.data();
     utsname system{};
-    if (::uname(&system) == 0) {
+    if (::uname(&system) == 0) { // else there are no names
+        host_ << system.nodename;
         system_ << system.sysname << " " << system.release << " " << system.machine;
     }
     zone_ = ZoneOffsets::from(::time(nullptr));

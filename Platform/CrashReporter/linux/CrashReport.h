@@ -6,7 +6,7 @@
 #include "Platform/CrashReporter/linux/FixedText.h"
 #include "Platform/CrashReporter/linux/LoadedModules.h"
 #include "Platform/CrashReporter/linux/ReportText.h"
-#include "Platform/CrashReporter/linux/SymbolFile.h"
+#include "Platform/Foundation/linux/SymbolFile.h"
 
 #include <array>
 #include <csignal>

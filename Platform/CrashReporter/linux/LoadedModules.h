@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/CrashReporter/linux/BuildId.h"
+#include "Platform/Foundation/linux/BuildId.h"
 
 #include <array>
 #include <cstddef>

@@ -1,5 +1,7 @@
 #include "Platform/Foundation/CallStack.h"
 
+#include "Platform/Foundation/linux/SymbolFile.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -9,7 +11,9 @@
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <execinfo.h>
+#include <link.h>
 #include <memory>
+#include <optional>
 
 namespace NS::CallStack {
 
@@ -20,9 +24,81 @@ constexpr std::ptrdiff_t kFrames = 128;
 // Those of the capture itself do not count.
 constexpr int kCaptured = 144;
 
+// Longer names are cut off, and stay as they are in the file.
+constexpr std::size_t kLongestName = 16384;
+
+struct Frame {
+    // To return to.
+    std::uintptr_t address = 0;
+    std::string module = "???";
+    std::string function = "???";
+    // Where the function begins, or else the module.
+    std::uintptr_t start = 0;
+    // What the program's own addresses were moved by; nothing for another module.
+    std::optional<std::uintptr_t> bias;
+};
+
 std::string baseName(const char* path) {
     const std::string text(path);
     return text.substr(text.rfind('/') + 1);
+}
+
+// The address to return to lies behind the call, and behind the whole function when that ends in a
+// call that does not return, such as raising.
+std::uintptr_t callBefore(std::uintptr_t returnAddress) noexcept {
+    return returnAddress - 1;
+}
+
+Frame frameOf(void* address) {
+    Frame frame;
+    frame.address = reinterpret_cast<std::uintptr_t>(address);
+    Dl_info info{};
+    link_map* map = nullptr;
+    const auto* const call = reinterpret_cast<const void*>(callBefore(frame.address));
+    if (::dladdr1(call, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0) {
+        return frame;
+    }
+    frame.module = baseName(info.dli_fname);
+    const bool named = info.dli_sname != nullptr;
+    frame.function = named ? readableName(info.dli_sname) : frame.module;
+    frame.start = reinterpret_cast<std::uintptr_t>(named ? info.dli_saddr : info.dli_fbase);
+    if (map->l_name[0] == '\0') { // only the program's own is empty
+        frame.bias = map->l_addr;
+    }
+    return frame;
+}
+
+// The program exports nothing: a table of all its names in memory would be in every process. They
+// are read from its file, which is opened by a name that leads to it wherever it is now.
+void nameOwnFunctions(std::span<Frame> frames) {
+    std::vector<Frame*> own;
+    std::vector<SymbolQuery> queries;
+    for (Frame& frame : frames) {
+        if (frame.bias) {
+            own.push_back(&frame);
+            queries.emplace_back().address = callBefore(frame.address) - *frame.bias;
+        }
+    }
+    if (own.empty()) {
+        return;
+    }
+    const SymbolFile file("/proc/self/exe");
+    file.find(queries);
+    std::string name(kLongestName, '\0');
+    for (std::size_t i = 0; i < own.size(); ++i) {
+        if (queries[i].found) {
+            file.name(queries[i], name);
+            own[i]->function = readableName(name.c_str());
+            own[i]->start = queries[i].start + *own[i]->bias;
+        }
+    }
+}
+
+std::string lineOf(std::size_t index, const Frame& frame) {
+    std::array<char, 96> head{};
+    (void)std::snprintf(head.data(), head.size(), "%-3zu %-35.60s 0x%016zx ", index,
+                        frame.module.c_str(), frame.address);
+    return head.data() + frame.function + " + " + std::to_string(frame.address - frame.start);
 }
 
 } // namespace
@@ -37,25 +113,17 @@ std::vector<void*> captureFrom(const void* returnAddress) {
     return std::vector<void*>(begin, begin + std::min(end - begin, kFrames)); // NOLINT
 }
 
-std::string symbol(std::size_t index, void* address) {
-    // The address to return to lies behind the call, and behind the whole function when that ends
-    // in a call that does not return, such as raising.
-    const void* const call = static_cast<const char*>(address) - 1;
-    Dl_info info{};
-    std::string module = "???";
-    std::string function = "???";
-    auto offset = reinterpret_cast<std::uintptr_t>(address);
-    if (::dladdr(call, &info) != 0) {
-        module = baseName(info.dli_fname);
-        const bool named = info.dli_sname != nullptr;
-        const void* start = named ? info.dli_saddr : info.dli_fbase;
-        function = named ? readableName(info.dli_sname) : module;
-        offset -= reinterpret_cast<std::uintptr_t>(start);
+std::vector<std::string> symbols(std::span<void* const> addresses) {
+    std::vector<Frame> frames;
+    for (void* const address : addresses) {
+        frames.push_back(frameOf(address));
     }
-    std::array<char, 96> head{};
-    (void)std::snprintf(head.data(), head.size(), "%-3zu %-35.60s 0x%016zx ", index, module.c_str(),
-                        reinterpret_cast<std::uintptr_t>(address));
-    return head.data() + function + " + " + std::to_string(offset);
+    nameOwnFunctions(frames);
+    std::vector<std::string> lines;
+    for (const Frame& frame : frames) {
+        lines.push_back(lineOf(lines.size(), frame));
+    }
+    return lines;
 }
 
 std::string readableName(const char* name) {

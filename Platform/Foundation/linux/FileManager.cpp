@@ -148,6 +148,9 @@ class SystemFileManager final : public FileManager {
 
     bool createDirectoryAtPath(const String& path) override {
         const std::string text(SystemPath(path).c_str());
+        if (isDirectory(text.c_str())) {
+            return true;
+        }
         // Whether a folder above was there or could not be made shows at the last one.
         for (std::size_t slash = text.find('/', 1); slash != std::string::npos;
              slash = text.find('/', slash + 1)) {
@@ -217,6 +220,10 @@ FileManager& FileManager::defaultManager() noexcept {
 
 FileManager* FileManager::replace(FileManager* manager) noexcept {
     return replacement.exchange(manager);
+}
+
+bool isSystemFolder(const std::string& path) noexcept {
+    return isDirectory(path.c_str());
 }
 
 } // namespace NS

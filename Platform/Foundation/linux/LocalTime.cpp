@@ -8,6 +8,10 @@ namespace NS {
 LocalTime localTime(std::int64_t secondsSince1970) noexcept {
     // localtime_r() alone would keep to the zone that it saw first.
     ::tzset();
+    return localTimeInZoneOfLastLook(secondsSince1970);
+}
+
+LocalTime localTimeInZoneOfLastLook(std::int64_t secondsSince1970) noexcept {
     const auto moment = static_cast<time_t>(secondsSince1970);
     tm local{};
     (void)::localtime_r(&moment, &local); // fails only for years beyond an int

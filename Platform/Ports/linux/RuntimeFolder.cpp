@@ -2,9 +2,11 @@
 
 #include "Platform/Foundation/SearchPaths.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <fcntl.h>
+#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +16,7 @@ namespace {
 
 constexpr mode_t kPrivate = S_IRWXU;
 constexpr std::string_view kFolder = "/Quorvane";
+constexpr std::string_view kDescriptors = "/proc/self/fd/";
 constexpr std::string_view kFolderInState = "/Quorvane/run";
 
 // The variable's value when it is an absolute path; anything else counts as unset.
@@ -92,8 +95,11 @@ std::optional<RuntimeFolder> RuntimeFolder::openAt(const std::string& path) {
 sockaddr_un RuntimeFolder::address(std::string_view name) const noexcept {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    (void)std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%.*s",
-                        folder_.get(), static_cast<int>(name.size()), name.data());
+    char* const last = std::end(address.sun_path) - 1;
+    char* end = std::copy(kDescriptors.begin(), kDescriptors.end(), std::begin(address.sun_path));
+    end = std::to_chars(end, last, folder_.get()).ptr;
+    *end++ = '/';
+    (void)name.copy(end, static_cast<std::size_t>(last - end)); // the names here are short
     return address;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/CrashReporter/linux/BuildId.h"
+#include "Platform/Foundation/linux/BuildId.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -24,7 +24,9 @@ struct SymbolQuery {
 // handler.
 class SymbolFile {
   public:
-    // Opens a file that is the very build of which there is an image in memory; isOpen() tells.
+    // Opens a program file, whichever build it is; isOpen() tells.
+    explicit SymbolFile(const char* path) noexcept;
+    // Opens only the very build of which there is an image in memory.
     SymbolFile(const char* path, const BuildId& build) noexcept;
     ~SymbolFile();
     SymbolFile(const SymbolFile&) = delete;

@@ -1,4 +1,4 @@
-#include "Platform/CrashReporter/linux/SymbolFile.h"
+#include "Platform/Foundation/linux/SymbolFile.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -31,13 +31,19 @@ void consider(const ElfW(Sym) & symbol, std::uint64_t names, SymbolQuery& query)
 
 } // namespace
 
-SymbolFile::SymbolFile(const char* path, const BuildId& build) noexcept
+SymbolFile::SymbolFile(const char* path) noexcept
     : file_(::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
     const bool usable =
         read(0, &header_, sizeof header_) && std::memcmp(header_.e_ident, ELFMAG, SELFMAG) == 0 &&
         header_.e_phentsize == sizeof(ElfW(Phdr)) && header_.e_shentsize == sizeof(ElfW(Shdr)) &&
-        isOf(build) && (findTable(SHT_SYMTAB) || findTable(SHT_DYNSYM));
+        (findTable(SHT_SYMTAB) || findTable(SHT_DYNSYM));
     if (!usable) {
+        close();
+    }
+}
+
+SymbolFile::SymbolFile(const char* path, const BuildId& build) noexcept : SymbolFile(path) {
+    if (isOpen() && !isOf(build)) {
         close();
     }
 }
