@@ -1,5 +1,6 @@
 #include "Shell/Client/Question.h"
 
+#include "Shell/Client/DecodedMenu.h"
 #include "Shell/FinderInterface.h"
 
 #include <cerrno>
@@ -130,20 +131,12 @@ Outcome Question::failed() {
 }
 
 std::optional<Menu> Question::menu() const {
-    Menu menu;
-    const char* title = nullptr;
-    if (sd_bus_message_read(reply_.get(), "s", &title) < 0 ||
-        sd_bus_message_enter_container(reply_.get(), SD_BUS_TYPE_ARRAY, "(ssb)") < 0) {
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_read_array(reply_.get(), SD_BUS_TYPE_BYTE, &bytes, &size) < 0) {
         return std::nullopt;
     }
-    menu.title = title;
-    const char* action = nullptr;
-    int enabled = 0;
-    int result = 0;
-    while ((result = sd_bus_message_read(reply_.get(), "(ssb)", &title, &action, &enabled)) > 0) {
-        menu.entries.push_back({title, action, enabled != 0});
-    }
-    return result < 0 ? std::nullopt : std::optional(std::move(menu));
+    return decodedMenu({static_cast<const char*>(bytes), size});
 }
 
 } // namespace Shell
