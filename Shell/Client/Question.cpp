@@ -80,13 +80,27 @@ void Question::append(std::string_view text) {
 }
 
 void Question::appendBytes(std::string_view bytes) {
-    if (bytes.size() > kLongestArray) {
+    if (void* const space = spaceFor(bytes.size())) {
+        (void)bytes.copy(static_cast<char*>(space), bytes.size()); // all of them
+    }
+}
+
+void Question::append(const GatheredPaths& paths) {
+    if (void* const space = spaceFor(paths.size())) {
+        paths.copyTo(static_cast<char*>(space));
+    }
+}
+
+// Where so many bytes go, as an argument; null when they do not fit.
+void* Question::spaceFor(std::size_t bytes) {
+    if (bytes > kLongestArray) {
         check(-EMSGSIZE);
     }
+    void* space = nullptr;
     if (failure_ == 0) {
-        check(
-            sd_bus_message_append_array(call_.get(), SD_BUS_TYPE_BYTE, bytes.data(), bytes.size()));
+        check(sd_bus_message_append_array_space(call_.get(), SD_BUS_TYPE_BYTE, bytes, &space));
     }
+    return failure_ == 0 ? space : nullptr;
 }
 
 int Question::answered(sd_bus_message* reply, void* object, sd_bus_error*) noexcept {

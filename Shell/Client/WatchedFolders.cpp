@@ -3,6 +3,8 @@
 #include "Shell/Client/LinkFreePath.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -21,6 +23,35 @@ std::string_view withoutSlashesAtEnd(std::string_view path) {
 // With a slash at its end a link is the folder that it leads to, as "." and ".." are folders.
 bool isFolderItself(std::string_view name) {
     return name.empty() || name == "." || name == "..";
+}
+
+constexpr std::uint64_t kEachByte = 0x0101'0101'0101'0101;
+
+// Whether one of eight bytes is zero: only to take one from it borrows from its neighbour.
+constexpr bool hasZero(std::uint64_t bytes) {
+    return ((bytes - kEachByte) & ~bytes & (kEachByte << 7U)) != 0;
+}
+
+bool eightAreOfOneComponent(const char* bytes) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return !hasZero(word) && !hasZero(word ^ (kEachByte * '/'));
+}
+
+// Whether there is neither a slash nor a NUL in a name. Of many selected items this looks at every
+// byte of each: eight at a time take a fraction of two searches.
+bool isOneComponent(std::string_view name) {
+    constexpr std::size_t kStep = sizeof(std::uint64_t);
+    if (name.size() < kStep) {
+        return name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+    }
+    const std::size_t last = name.size() - kStep;
+    for (std::size_t at = 0; at < last; at += kStep) {
+        if (!eightAreOfOneComponent(name.data() + at)) {
+            return false;
+        }
+    }
+    return eightAreOfOneComponent(name.data() + last);
 }
 
 // Whether each component of an absolute path is a name.
@@ -147,37 +178,38 @@ Placing WatchedFolders::placeItem(std::string_view path) {
     if (isFolderItself(name)) {
         return placeResolved(resolved(path));
     }
-    const auto& [given, known] = folder(path.substr(0, slash));
-    return placeResolved(joined(known.resolved, name));
+    return placeItemIn(folder(path.substr(0, slash)), name);
 }
 
-Where WatchedFolders::appendItem(std::string_view path, std::string& paths) {
-    if (const std::string_view name = nameInLastFolder(path); !name.empty()) {
-        paths.append(lastFolder_->second.inside).append(name);
-        return Where::kInside;
-    }
-    const Placing placing = placeItem(path);
-    paths.append(placing.path);
-    if (placing.where == Where::kInside) {
-        const auto& items = folder(path.substr(0, path.rfind('/')));
-        lastFolder_ = items.second.inside.empty() ? nullptr : &items;
-    }
-    return placing.where;
+Placing WatchedFolders::placeItemIn(const Folders::value_type& folder, std::string_view name) {
+    lastFolder_ = folder.second.inside.empty() ? nullptr : &folder;
+    return placeResolved(joined(folder.second.resolved, name));
 }
 
-// Empty unless the item is in the last folder, and has a name of its own there.
-std::string_view WatchedFolders::nameInLastFolder(std::string_view path) const {
+bool WatchedFolders::addBesideLast(const std::string& path, GatheredPaths& paths) const {
+    if (!isInLastFolder(path)) {
+        return false;
+    }
+    const auto& [given, folder] = *lastFolder_;
+    if (folder.isGivenSo) {
+        paths.add(path);
+    } else {
+        paths.add(folder.inside, path, given.size() + 1);
+    }
+    return true;
+}
+
+// Whether it is an item of the last folder, and has a name of its own there.
+bool WatchedFolders::isInLastFolder(std::string_view path) const {
     if (lastFolder_ == nullptr) {
-        return {};
+        return false;
     }
     const std::string& given = lastFolder_->first;
     if (path.size() <= given.size() || path[given.size()] != '/' || !path.starts_with(given)) {
-        return {};
+        return false;
     }
     const std::string_view name = path.substr(given.size() + 1);
-    const bool isName = name.find('/') == std::string_view::npos &&
-                        name.find('\0') == std::string_view::npos && !isFolderItself(name);
-    return isName ? name : std::string_view();
+    return !isFolderItself(name) && isOneComponent(name);
 }
 
 // Whether a watched folder is an item of this one, by either of its paths.
@@ -196,12 +228,14 @@ const WatchedFolders::Folders::value_type& WatchedFolders::folder(std::string_vi
     if (known != folders_.end()) {
         return *known;
     }
-    Folder folder{resolved(path.empty() ? "/" : path), {}};
+    Folder folder;
+    folder.resolved = resolved(path.empty() ? "/" : path);
     // Where an item of any name lies: no watched folder is called like this one.
     Placing any = placeResolved(joined(folder.resolved, "."));
     if (any.where == Where::kInside && !holdsWatched(folder.resolved)) {
         any.path.pop_back();
         folder.inside = std::move(any.path);
+        folder.isGivenSo = folder.inside == std::string(path) + "/";
     }
     return *folders_.emplace(path, std::move(folder)).first;
 }
