@@ -113,8 +113,10 @@ Outcome Question::ask(ClientConnection::Clock::time_point deadline) {
         return failed();
     }
     // One question at a time waits for a bus that takes nothing, or they would fill the memory.
-    (void)connection_.waitUntil([this] { return connection_.unsent() == 0 || !isAsking(); },
-                                deadline);
+    if (connection_.unsent() != 0) {
+        (void)connection_.waitUntil([this] { return connection_.unsent() == 0 || !isAsking(); },
+                                    deadline);
+    }
     if (connection_.unsent() != 0 || !isAsking()) {
         return unanswered();
     }

@@ -2,12 +2,30 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace Shell {
 
 namespace {
 
-constexpr unsigned char kFirstBeyondASCII = 0x80;
+// Set in each byte that is not ASCII.
+constexpr std::uint64_t kHighBits = 0x8080'8080'8080'8080;
+
+// How many bytes they begin with that are ASCII, as most texts are to their end: eight at a time.
+std::size_t lengthOfASCII(std::string_view bytes) noexcept {
+    std::size_t at = 0;
+    for (std::uint64_t word = 0; at + sizeof word <= bytes.size(); at += sizeof word) {
+        std::memcpy(&word, bytes.data() + at, sizeof word);
+        if ((word & kHighBits) != 0) {
+            break;
+        }
+    }
+    while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80) {
+        ++at;
+    }
+    return at;
+}
 
 // A character of more than one byte: its first byte, its second, and how many it has. All further
 // ones are from 80 to BF.
@@ -56,15 +74,17 @@ std::size_t lengthOfCharacter(std::string_view bytes) noexcept {
 } // namespace
 
 bool isUtf8(std::string_view bytes) noexcept {
-    while (!bytes.empty()) {
-        const bool isASCII = static_cast<unsigned char>(bytes.front()) < kFirstBeyondASCII;
-        const std::size_t length = isASCII ? 1 : lengthOfCharacter(bytes);
+    for (;;) {
+        bytes.remove_prefix(lengthOfASCII(bytes));
+        if (bytes.empty()) {
+            return true;
+        }
+        const std::size_t length = lengthOfCharacter(bytes);
         if (length == 0) {
             return false;
         }
         bytes.remove_prefix(length);
     }
-    return true;
 }
 
 } // namespace Shell

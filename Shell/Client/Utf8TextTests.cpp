@@ -29,6 +29,16 @@ TEST(Utf8Text, IsNotOfLongerFormsSurrogatesAndMoreThanUnicodeHas) {
     }
 }
 
+TEST(Utf8Text, IsToldWhereverABadByteIs) {
+    for (std::size_t at = 0; at < 40; ++at) {
+        std::string text(40, 'a');
+        text.replace(at, 1, "\u00E9");
+        EXPECT_TRUE(Shell::isUtf8(text)) << at;
+        text.erase(at, 1);
+        EXPECT_FALSE(Shell::isUtf8(text)) << at;
+    }
+}
+
 TEST(Utf8Text, IsNotCutOff) {
     for (const std::string text : {"\u00E9", "\u2014", "\U0001F40B"}) {
         for (std::size_t length = 1; length < text.size(); ++length) {

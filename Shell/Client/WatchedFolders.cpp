@@ -54,6 +54,21 @@ bool isOneComponent(std::string_view name) {
     return eightAreOfOneComponent(name.data() + last);
 }
 
+// Whether an item that a file manager gives is in a folder that it gives, and has a name of its own
+// there.
+bool isItemOf(std::string_view folder, std::string_view path) {
+    if (path.size() <= folder.size() || path[folder.size()] != '/' || !path.starts_with(folder)) {
+        return false;
+    }
+    const std::string_view name = path.substr(folder.size() + 1);
+    return !isFolderItself(name) && isOneComponent(name);
+}
+
+// Whether one path is the other with a slash at its end.
+bool isSlashBehind(std::string_view path, std::string_view withSlash) {
+    return withSlash.size() == path.size() + 1 && withSlash.starts_with(path);
+}
+
 // Whether each component of an absolute path is a name.
 bool hasNamesOnly(std::string_view path) {
     if (!path.starts_with('/')) {
@@ -136,7 +151,7 @@ std::string WatchedFolders::resolved(std::string_view path) {
     if (same == linkFree_ || isBelow(linkFree_, same)) {
         return same;
     }
-    if (!isFreeOfLinks(same)) {
+    if (!isFolderFreeOfLinks(same)) {
         return canonical(path);
     }
     linkFree_ = same;
@@ -181,35 +196,37 @@ Placing WatchedFolders::placeItem(std::string_view path) {
     return placeItemIn(folder(path.substr(0, slash)), name);
 }
 
-Placing WatchedFolders::placeItemIn(const Folders::value_type& folder, std::string_view name) {
-    lastFolder_ = folder.second.inside.empty() ? nullptr : &folder;
+Placing WatchedFolders::placeItemIn(Folders::value_type& folder, std::string_view name) {
+    lastFolder_ = &folder;
     return placeResolved(joined(folder.second.resolved, name));
 }
 
-bool WatchedFolders::addBesideLast(const std::string& path, GatheredPaths& paths) const {
-    if (!isInLastFolder(path)) {
+bool WatchedFolders::addBesideLast(const std::string& path, GatheredPaths& paths) {
+    if (lastFolder_ == nullptr || !isItemOf(lastFolder_->first, path)) {
         return false;
     }
     const auto& [given, folder] = *lastFolder_;
+    if (!folder.isLookedInto) {
+        lookInto(*lastFolder_);
+    }
     if (folder.isGivenSo) {
         paths.add(path);
-    } else {
+    } else if (!folder.inside.empty()) {
         paths.add(folder.inside, path, given.size() + 1);
     }
-    return true;
+    return !folder.inside.empty();
 }
 
-// Whether it is an item of the last folder, and has a name of its own there.
-bool WatchedFolders::isInLastFolder(std::string_view path) const {
-    if (lastFolder_ == nullptr) {
-        return false;
+// Where an item of any name lies: no watched folder is called like the one that stands for it.
+void WatchedFolders::lookInto(Folders::value_type& folder) {
+    auto& [given, known] = folder;
+    known.isLookedInto = true;
+    Placing any = placeResolved(joined(known.resolved, "."));
+    if (any.where == Where::kInside && !holdsWatched(known.resolved)) {
+        any.path.pop_back();
+        known.isGivenSo = isSlashBehind(given, any.path);
+        known.inside = std::move(any.path);
     }
-    const std::string& given = lastFolder_->first;
-    if (path.size() <= given.size() || path[given.size()] != '/' || !path.starts_with(given)) {
-        return false;
-    }
-    const std::string_view name = path.substr(given.size() + 1);
-    return !isFolderItself(name) && isOneComponent(name);
 }
 
 // Whether a watched folder is an item of this one, by either of its paths.
@@ -223,20 +240,13 @@ bool WatchedFolders::holdsWatched(std::string_view folder) {
     });
 }
 
-const WatchedFolders::Folders::value_type& WatchedFolders::folder(std::string_view path) {
+WatchedFolders::Folders::value_type& WatchedFolders::folder(std::string_view path) {
     const auto known = folders_.find(path);
     if (known != folders_.end()) {
         return *known;
     }
     Folder folder;
     folder.resolved = resolved(path.empty() ? "/" : path);
-    // Where an item of any name lies: no watched folder is called like this one.
-    Placing any = placeResolved(joined(folder.resolved, "."));
-    if (any.where == Where::kInside && !holdsWatched(folder.resolved)) {
-        any.path.pop_back();
-        folder.inside = std::move(any.path);
-        folder.isGivenSo = folder.inside == std::string(path) + "/";
-    }
     return *folders_.emplace(path, std::move(folder)).first;
 }
 
