@@ -1,6 +1,7 @@
 #include "Shell/FinderBusObject.h"
 
 #include "Platform/Foundation/Log.h"
+#include "Shell/EncodedMenu.h"
 #include "Shell/FinderInterface.h"
 
 #include <cerrno>
@@ -68,17 +69,9 @@ int appendMenu(sd_bus_message* reply, const NS::RefPtr<NS::Menu>& menu) {
     return result < 0 ? result : sd_bus_message_close_container(reply);
 }
 
-int answerWithMenu(sd_bus_message* call, const NS::RefPtr<NS::Menu>& menu) {
-    sd_bus_message* made = nullptr;
-    int result = sd_bus_message_new_method_return(call, &made);
-    const Message reply(made);
-    if (result >= 0) {
-        result = appendMenu(made, menu);
-    }
-    if (result >= 0) {
-        result = sd_bus_send(nullptr, made, nullptr);
-    }
-    return result < 0 ? result : kAnswered;
+int appendMenuInBytes(sd_bus_message* reply, const NS::RefPtr<NS::Menu>& menu) {
+    const std::string bytes = encodedMenu(menu);
+    return sd_bus_message_append_array(reply, SD_BUS_TYPE_BYTE, bytes.data(), bytes.size());
 }
 
 std::string senderOf(sd_bus_message* call) {
@@ -93,6 +86,14 @@ FinderBusObject::FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState st
       folders_(extension) {}
 
 int FinderBusObject::menu(sd_bus_message* call, sd_bus_error* error) {
+    return answerMenu(call, error, &appendMenu);
+}
+
+int FinderBusObject::menuOfPaths(sd_bus_message* call, sd_bus_error* error) {
+    return answerMenu(call, error, &appendMenuInBytes);
+}
+
+int FinderBusObject::answerMenu(sd_bus_message* call, sd_bus_error* error, AppendMenu append) {
     CallArguments arguments(call);
     MenuRequest request;
     request.kind = FI::MenuKind{arguments.number()};
@@ -101,7 +102,17 @@ int FinderBusObject::menu(sd_bus_message* call, sd_bus_error* error) {
         return refuseArguments(error, arguments);
     }
     noteKind(request.kind);
-    return answerWithMenu(call, menuForRequest(extension_, request));
+    const auto menu = menuForRequest(extension_, request);
+    sd_bus_message* made = nullptr;
+    int result = sd_bus_message_new_method_return(call, &made);
+    const Message reply(made);
+    if (result >= 0) {
+        result = append(made, menu);
+    }
+    if (result >= 0) {
+        result = sd_bus_send(nullptr, made, nullptr);
+    }
+    return result < 0 ? result : kAnswered;
 }
 
 int FinderBusObject::run(sd_bus_message* call, sd_bus_error* error) {

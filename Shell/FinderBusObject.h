@@ -49,6 +49,7 @@ class FinderBusObject {
     using Handler = int (FinderBusObject::*)(sd_bus_message*, sd_bus_error*);
 
     int menu(sd_bus_message* call, sd_bus_error* error);
+    int menuOfPaths(sd_bus_message* call, sd_bus_error* error);
     int run(sd_bus_message* call, sd_bus_error* error);
     int beginObserving(sd_bus_message* call, sd_bus_error* error);
     int endObserving(sd_bus_message* call, sd_bus_error* error);
@@ -56,6 +57,8 @@ class FinderBusObject {
     int nameLost(sd_bus_message* signal, sd_bus_error* error);
 
     int guarded(Handler handler, sd_bus_message* message, sd_bus_error* error);
+    using AppendMenu = int (*)(sd_bus_message* reply, const NS::RefPtr<NS::Menu>& menu);
+    int answerMenu(sd_bus_message* call, sd_bus_error* error, AppendMenu append);
     void noteKind(FI::MenuKind kind);
     void readPlace(CallArguments& arguments, MenuRequest& request);
     int keepRaised(sd_bus_error* error, const char* what);

@@ -77,9 +77,9 @@ const sd_bus_vtable FinderBusObject::Callbacks::kTable[] = {
                              SD_BUS_PARAM(kind) SD_BUS_PARAM(action) SD_BUS_PARAM(selection)
                                  SD_BUS_PARAM(target) SD_BUS_PARAM(deadline),
                              "", , handle<&FinderBusObject::run>, 0),
-    SD_BUS_METHOD_WITH_NAMES(
-        "MenuOfPaths", "tayay", SD_BUS_PARAM(kind) SD_BUS_PARAM(selection) SD_BUS_PARAM(target),
-        "sa(ssb)", SD_BUS_PARAM(title) SD_BUS_PARAM(entries), handle<&FinderBusObject::menu>, 0),
+    SD_BUS_METHOD_WITH_NAMES("MenuOfPaths", "tayay",
+                             SD_BUS_PARAM(kind) SD_BUS_PARAM(selection) SD_BUS_PARAM(target), "ay",
+                             SD_BUS_PARAM(menu), handle<&FinderBusObject::menuOfPaths>, 0),
     SD_BUS_METHOD_WITH_NAMES("RunOnPaths", "tsayayt",
                              SD_BUS_PARAM(kind) SD_BUS_PARAM(action) SD_BUS_PARAM(selection)
                                  SD_BUS_PARAM(target) SD_BUS_PARAM(deadline),

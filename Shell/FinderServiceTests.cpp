@@ -11,6 +11,8 @@ using namespace std::string_view_literals;
 constexpr const char* kSampleMenu =
     R"("Sample" [("First" "first" true) ("With Sender" "withSender:" true) )"
     R"(("Off" "off" false) ("Told" "" false)])";
+constexpr const char* kSampleBytes =
+    "\1Sample|\1First|first|\1With Sender|withSender:||Off|off||Told||";
 constexpr const char* kNotInMenu = "error com.Quorvane.Quorvane.QVFinderExtension.Error.NotInMenu: "
                                    "the menu has no enabled entry with this action";
 
@@ -50,9 +52,9 @@ TEST_F(FinderService, PassesOnKindsThatItDoesNotKnow) {
 
 TEST_F(FinderService, AnswersTheMenuOfPaths) {
     EXPECT_EQ(peer->menuOfPaths(0, "/mnt/drive/a b%\0/mnt/drive/\xFF\0"sv, "/mnt/drive/\xC3"),
-              kSampleMenu);
+              kSampleBytes);
     EXPECT_EQ(takeCalls(), Calls{"menu 0 /mnt/drive/a b% /mnt/drive/\xFF > /mnt/drive/\xC3"});
-    EXPECT_EQ(peer->menuOfPaths(3, "", ""), kSampleMenu);
+    EXPECT_EQ(peer->menuOfPaths(3, "", ""), kSampleBytes);
     EXPECT_EQ(takeCalls(), Calls{"menu 3 > none"});
 }
 
@@ -86,15 +88,16 @@ TEST_F(FinderService, KeepsASelectionOfPathsForWhoKeepsIt) {
     extension->onMenu = [&] {
         kept = FI::FinderSyncController::defaultController()->selection();
     };
-    EXPECT_EQ(peer->menuOfPaths(0, "/mnt/drive/first\0"sv, ""), kSampleMenu);
+    EXPECT_EQ(peer->menuOfPaths(0, "/mnt/drive/first\0"sv, ""), kSampleBytes);
     extension->onMenu = {};
-    EXPECT_EQ(peer->menuOfPaths(0, std::string(100'000, '/') + '\0', ""), kSampleMenu);
+    EXPECT_EQ(peer->menuOfPaths(0, std::string(100'000, '/') + '\0', ""), kSampleBytes);
     EXPECT_EQ(kept->firstPath()->utf8(), "/mnt/drive/first");
 }
 
 TEST_F(FinderService, AnswersAnEmptyMenuWhereThereIsNone) {
     extension->hasMenu = false;
     EXPECT_EQ(peer->menu(0, {}), R"("" [])");
+    EXPECT_EQ(peer->menuOfPaths(0, "", ""), "\1|");
 }
 
 TEST_F(FinderService, RunsAnEntryOfTheMenu) {

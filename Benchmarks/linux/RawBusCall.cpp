@@ -10,10 +10,10 @@ namespace Benchmarks {
 namespace {
 
 constexpr const char* kObject = "/com/Quorvane/Benchmarks";
-// What the answer of a menu with three entries takes.
+// As long as the answer of a menu with three entries.
 constexpr std::string_view kAnswer =
-    "Fennmoor Cloud..QV: Share..shareItem:..QV: Show Properties..showProps..QV: Move To "
-    "Trash..moveToTrash..................................................";
+    ".Fennmoor Cloud..QV: Share.shareItem:..QV: Show Properties.showProps..QV: Move To "
+    "Trash.moveToTrash.";
 
 struct Unref {
     void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }

@@ -217,7 +217,7 @@ FinderClient::MenuAnswer FinderClient::menu(MenuKind kind, const Place& place,
     }
     Question question(session_->connection, session_->extension, "MenuOfPaths");
     question.append(static_cast<std::uint64_t>(kind));
-    question.appendBytes(offered->items);
+    question.append(offered->items);
     question.appendBytes(offered->target);
     answer.outcome = session_->ask(question, deadline);
     if (answer.outcome == Outcome::kDone) {
@@ -238,7 +238,7 @@ Outcome FinderClient::run(MenuKind kind, std::string_view action, const Place& p
     Question question(session_->connection, session_->extension, "RunOnPaths");
     question.append(static_cast<std::uint64_t>(kind));
     question.append(action);
-    question.appendBytes(offered->items);
+    question.append(offered->items);
     question.appendBytes(offered->target);
     question.append(ClientConnection::microsecondsOf(deadline));
     return session_->ask(question, deadline + kGrace);

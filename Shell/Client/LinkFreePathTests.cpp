@@ -3,6 +3,7 @@
 #include "Tests/Support/PrivateFolders.h"
 
 #include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -14,7 +15,9 @@ class LinkFreePath : public Tests::FolderTest {
         fs::create_directories(root / "folder" / "deep");
         fs::create_directory_symlink(root / "folder", root / "link");
     }
-    bool isFree(const char* path) const { return Shell::isFreeOfLinks((root / path).string()); }
+    bool isFree(const char* path) const {
+        return Shell::isFolderFreeOfLinks((root / path).string());
+    }
 
     // The temporary folder may itself be reached by a link.
     fs::path root = fs::canonical(folders.root());
@@ -23,7 +26,7 @@ class LinkFreePath : public Tests::FolderTest {
 TEST_F(LinkFreePath, TellsAFolderWithoutLinks) {
     EXPECT_TRUE(isFree("folder"));
     EXPECT_TRUE(isFree("folder/deep"));
-    EXPECT_TRUE(Shell::isFreeOfLinks("/"));
+    EXPECT_TRUE(Shell::isFolderFreeOfLinks("/"));
 }
 
 TEST_F(LinkFreePath, SeesALinkOnTheWayAndAtTheEnd) {
@@ -33,7 +36,16 @@ TEST_F(LinkFreePath, SeesALinkOnTheWayAndAtTheEnd) {
 
 TEST_F(LinkFreePath, KnowsNothingOfWhatIsNotThere) {
     EXPECT_FALSE(isFree("absent"));
-    EXPECT_FALSE(Shell::isFreeOfLinks(""));
+    EXPECT_FALSE(Shell::isFolderFreeOfLinks(""));
+}
+
+TEST_F(LinkFreePath, LeavesAFileAlone) {
+    std::ofstream(root / "file") << "text";
+    const auto before = fs::last_write_time(root / "file");
+    EXPECT_FALSE(isFree("file"));
+    EXPECT_FALSE(isFree("file/deep"));
+    EXPECT_EQ(fs::file_size(root / "file"), 4U);
+    EXPECT_EQ(fs::last_write_time(root / "file"), before);
 }
 
 TEST_F(LinkFreePath, LeavesNothingOpen) {

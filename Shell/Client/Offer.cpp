@@ -21,30 +21,26 @@ struct Seen {
     bool hasItemInside = false;
 };
 
-// With a NUL behind each.
-std::size_t lengthOf(const std::vector<std::string>& paths) {
-    std::size_t length = 0;
-    for (const std::string& path : paths) {
-        length += path.size() + 1;
+void addItems(Seen& seen, WatchedFolders& watched, const std::vector<std::string>& items) {
+    seen.place.items.reserve(items.size());
+    for (const std::string& item : items) {
+        if (watched.addBesideLast(item, seen.place.items)) {
+            continue;
+        }
+        Placing placing = watched.placeItem(item);
+        if (isHarmful(placing.where)) {
+            seen.hasHarmfulItem = true;
+            continue;
+        }
+        seen.hasItemInside = seen.hasItemInside || placing.where == Where::kInside;
+        seen.place.items.addCopy(std::move(placing.path));
     }
-    return length;
 }
 
 Seen look(const std::vector<std::string>& watchedFolders, const Place& place) {
     WatchedFolders watched(watchedFolders);
     Seen seen;
-    seen.place.items.reserve(lengthOf(place.items));
-    for (const std::string& item : place.items) {
-        const std::size_t length = seen.place.items.size();
-        const Where where = watched.appendItem(item, seen.place.items);
-        if (isHarmful(where)) {
-            seen.hasHarmfulItem = true;
-            seen.place.items.resize(length);
-            continue;
-        }
-        seen.hasItemInside = seen.hasItemInside || where == Where::kInside;
-        seen.place.items.push_back('\0');
-    }
+    addItems(seen, watched, place.items);
     if (Placing target = watched.placeFolder(place.target); target.isOnDrive()) {
         seen.place.target = std::move(target.path);
     }

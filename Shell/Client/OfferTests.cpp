@@ -25,12 +25,14 @@ struct Row {
 // What is asked about, items before ">" and the target behind it; "nothing" when it is not offered.
 std::string asked(const std::vector<std::string>& watchedFolders, MenuKind kind,
                   const Place& place) {
-    auto offered = Shell::offeredPlace(watchedFolders, kind, place);
+    const auto offered = Shell::offeredPlace(watchedFolders, kind, place);
     if (!offered) {
         return "nothing";
     }
-    std::ranges::replace(offered->items, '\0', ' ');
-    return offered->items + "> " + offered->target;
+    std::string items(offered->items.size(), '?');
+    offered->items.copyTo(items.data());
+    std::ranges::replace(items, '\0', ' ');
+    return items + "> " + offered->target;
 }
 
 // The drive is "/mnt/Drive", which does not exist.

@@ -1,5 +1,6 @@
 #include "Shell/Client/Question.h"
 
+#include "Shell/Client/DecodedMenu.h"
 #include "Shell/FinderInterface.h"
 
 #include <cerrno>
@@ -79,13 +80,27 @@ void Question::append(std::string_view text) {
 }
 
 void Question::appendBytes(std::string_view bytes) {
-    if (bytes.size() > kLongestArray) {
+    if (void* const space = spaceFor(bytes.size())) {
+        (void)bytes.copy(static_cast<char*>(space), bytes.size()); // all of them
+    }
+}
+
+void Question::append(const GatheredPaths& paths) {
+    if (void* const space = spaceFor(paths.size())) {
+        paths.copyTo(static_cast<char*>(space));
+    }
+}
+
+// Where so many bytes go, as an argument; null when they do not fit.
+void* Question::spaceFor(std::size_t bytes) {
+    if (bytes > kLongestArray) {
         check(-EMSGSIZE);
     }
+    void* space = nullptr;
     if (failure_ == 0) {
-        check(
-            sd_bus_message_append_array(call_.get(), SD_BUS_TYPE_BYTE, bytes.data(), bytes.size()));
+        check(sd_bus_message_append_array_space(call_.get(), SD_BUS_TYPE_BYTE, bytes, &space));
     }
+    return failure_ == 0 ? space : nullptr;
 }
 
 int Question::answered(sd_bus_message* reply, void* object, sd_bus_error*) noexcept {
@@ -98,8 +113,10 @@ Outcome Question::ask(ClientConnection::Clock::time_point deadline) {
         return failed();
     }
     // One question at a time waits for a bus that takes nothing, or they would fill the memory.
-    (void)connection_.waitUntil([this] { return connection_.unsent() == 0 || !isAsking(); },
-                                deadline);
+    if (connection_.unsent() != 0) {
+        (void)connection_.waitUntil([this] { return connection_.unsent() == 0 || !isAsking(); },
+                                    deadline);
+    }
     if (connection_.unsent() != 0 || !isAsking()) {
         return unanswered();
     }
@@ -130,20 +147,12 @@ Outcome Question::failed() {
 }
 
 std::optional<Menu> Question::menu() const {
-    Menu menu;
-    const char* title = nullptr;
-    if (sd_bus_message_read(reply_.get(), "s", &title) < 0 ||
-        sd_bus_message_enter_container(reply_.get(), SD_BUS_TYPE_ARRAY, "(ssb)") < 0) {
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_read_array(reply_.get(), SD_BUS_TYPE_BYTE, &bytes, &size) < 0) {
         return std::nullopt;
     }
-    menu.title = title;
-    const char* action = nullptr;
-    int enabled = 0;
-    int result = 0;
-    while ((result = sd_bus_message_read(reply_.get(), "(ssb)", &title, &action, &enabled)) > 0) {
-        menu.entries.push_back({title, action, enabled != 0});
-    }
-    return result < 0 ? std::nullopt : std::optional(std::move(menu));
+    return decodedMenu({static_cast<const char*>(bytes), size});
 }
 
 } // namespace Shell

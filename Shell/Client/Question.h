@@ -3,7 +3,9 @@
 #include "Shell/Client/ClientConnection.h"
 #include "Shell/Client/FinderClient.h"
 #include "Shell/Client/FollowedExtension.h"
+#include "Shell/Client/GatheredPaths.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -24,6 +26,7 @@ class Question {
     void append(std::uint64_t number);
     void append(std::string_view text);
     void appendBytes(std::string_view bytes);
+    void append(const GatheredPaths& paths);
 
     // Sends it and waits for the answer: not longer than until the deadline, nor when the extension
     // goes.
@@ -36,6 +39,7 @@ class Question {
   private:
     static int answered(sd_bus_message* reply, void* object, sd_bus_error*) noexcept;
     void check(int result);
+    void* spaceFor(std::size_t bytes);
     bool isAsking() const noexcept { return extension_.owner() == owner_; }
     Outcome unanswered() const noexcept;
     Outcome failed();

@@ -68,6 +68,13 @@ TEST_F(Question, FailsWhenTheAnswerIsNoMenu) {
     EXPECT_FALSE(answer.menu);
 }
 
+TEST_F(Question, FailsWhenTheMenuIsNoText) {
+    extension->setMenu({"\xFF", {}});
+    const auto answer = client->menu(MenuKind::kItems, item, kLong);
+    EXPECT_EQ(answer.outcome, Outcome::kFailed);
+    EXPECT_FALSE(answer.menu);
+}
+
 TEST_F(Question, CarriesOutAnEntry) {
     EXPECT_EQ(run("doIt:"), Outcome::kDone);
     EXPECT_EQ(lastCall(), "RunOnPaths 0 doIt: [/mnt/Drive/a] /mnt/Drive later");

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Shell/Client/GatheredPaths.h"
+
+#include <cstddef>
 #include <map>
 #include <string>
 #include <string_view>
@@ -38,9 +41,9 @@ class WatchedFolders {
     Placing placeFolder(std::string_view path);
     // An item, which is not followed itself, and need not exist.
     Placing placeItem(std::string_view path);
-    // The same for one of many: appends the path to others, which takes little for an item beside
-    // the one before it.
-    Placing::Where appendItem(std::string_view path, std::string& paths);
+    // Adds the path of an item that is beside the one that was placed last, and was inside, and is
+    // inside as well for that: most of many are, and it takes little to see. False for another one.
+    bool addBesideLast(const std::string& path, GatheredPaths& paths);
 
   private:
     struct Watched {
@@ -48,12 +51,16 @@ class WatchedFolders {
         std::string resolved;
     };
 
-    // A folder that was looked at.
+    // A folder that was resolved.
     struct Folder {
         std::string resolved;
-        // With a slash at its end, as the extension spells it, where every item in it is inside;
-        // else empty.
+        // When it was looked into for a second item:
+        bool isLookedInto = false;
+        // with a slash at its end, as the extension spells it, where every item in it is inside;
+        // else empty;
         std::string inside;
+        // and whether the file manager spells it so.
+        bool isGivenSo = false;
     };
     using Folders = std::map<std::string, Folder, std::less<>>;
 
@@ -61,8 +68,9 @@ class WatchedFolders {
     const std::vector<Watched>& watched();
     Placing placeResolved(std::string path);
     bool holdsWatched(std::string_view folder);
-    const Folders::value_type& folder(std::string_view path);
-    std::string_view nameInLastFolder(std::string_view path) const;
+    Folders::value_type& folder(std::string_view path);
+    Placing placeItemIn(Folders::value_type& folder, std::string_view name);
+    void lookInto(Folders::value_type& folder);
 
     // The watched folders are mostly on the way to the first folder that is looked at, which tells
     // of both: they are resolved after it.
@@ -70,7 +78,7 @@ class WatchedFolders {
     bool isWatchedResolved_ = false;
     std::string linkFree_; // the path last seen to hold no link
     Folders folders_;
-    const Folders::value_type* lastFolder_ = nullptr; // of an item that was inside
+    Folders::value_type* lastFolder_ = nullptr; // of the item that was placed last
 };
 
 } // namespace Shell

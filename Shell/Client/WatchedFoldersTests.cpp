@@ -76,17 +76,25 @@ class WatchedFolders : public Tests::FolderTest {
     std::string item(const std::string& path) {
         return brief(Shell::WatchedFolders(watched()).placeItem(full(path)));
     }
-    // Of many, each where it is placed and what it adds to the others' paths.
+    // Of many, each where it is placed.
     std::vector<std::string> items(const std::vector<std::string>& paths) {
         Shell::WatchedFolders placing(watched());
         std::vector<std::string> placed;
         for (const std::string& path : paths) {
-            std::string appended = "others";
-            const Where where = placing.appendItem(full(path), appended);
-            EXPECT_TRUE(appended.starts_with("others"));
-            placed.push_back(brief({where, appended.substr(6)}));
+            const std::string item = full(path);
+            Shell::GatheredPaths added;
+            placed.push_back(brief(placing.addBesideLast(item, added)
+                                       ? Shell::Placing{Where::kInside, textOf(added)}
+                                       : placing.placeItem(item)));
         }
         return placed;
+    }
+    // Of one path, without its NUL.
+    static std::string textOf(const Shell::GatheredPaths& path) {
+        std::string text(path.size(), '?');
+        path.copyTo(text.data());
+        EXPECT_EQ(text.find('\0'), text.size() - 1);
+        return text.substr(0, text.size() - 1);
     }
     void expectItemsPlacedAsEach(std::vector<std::string> watchedFolders) {
         spellings = std::move(watchedFolders);

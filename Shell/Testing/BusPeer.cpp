@@ -3,6 +3,7 @@
 #include "Platform/Ports/Testing/PumpUntil.h"
 #include "Shell/FinderInterface.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -31,6 +32,16 @@ std::string containerOf(sd_bus_message* message, char type, const char* contents
     return type == 'a' ? "[" + values + "]" : type == 'v' ? values : "(" + values + ")";
 }
 
+// Each NUL as "|".
+std::string bytesOf(sd_bus_message* message) {
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    require(sd_bus_message_read_array(message, 'y', &bytes, &size), "bytes");
+    std::string text(static_cast<const char*>(bytes), size);
+    std::ranges::replace(text, '\0', '|');
+    return text;
+}
+
 std::string basicOf(sd_bus_message* message, char type) {
     union {
         const char* text;
@@ -57,7 +68,9 @@ std::string valuesOf(sd_bus_message* message) {
     const char* contents = nullptr;
     while (sd_bus_message_peek_type(message, &type, &contents) > 0) {
         text += text.empty() ? "" : " ";
-        text += contents == nullptr ? basicOf(message, type) : containerOf(message, type, contents);
+        text += contents == nullptr                 ? basicOf(message, type)
+                : std::string_view(contents) == "y" ? bytesOf(message)
+                                                    : containerOf(message, type, contents);
     }
     return text;
 }

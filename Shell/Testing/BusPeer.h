@@ -18,7 +18,8 @@ struct PlaceArguments {
 
 // A program on the session bus that asks the extension, served by the run loop of the test.
 //
-// Answers are text: strings quoted, arrays in brackets, structures in parentheses; or "error ", the
+// Answers are text: strings quoted, arrays in brackets, structures in parentheses, bytes as they
+// are with each NUL as "|"; or "error ", the
 // error's name, a colon and what it says.
 class BusPeer final : public Shell::BusConnection::Delegate {
   public:

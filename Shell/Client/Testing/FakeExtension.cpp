@@ -35,6 +35,14 @@ std::string bytesOf(sd_bus_message* call) {
     return {static_cast<const char*>(bytes), size};
 }
 
+std::string bytesOf(const Shell::Menu& menu) {
+    std::string bytes = kMenuForm + menu.title + '\0';
+    for (const Shell::MenuEntry& entry : menu.entries) {
+        bytes += (entry.enabled ? '\1' : '\0') + entry.title + '\0' + entry.action + '\0';
+    }
+    return bytes;
+}
+
 // Paths with a NUL behind each, as "[/a /b]".
 std::string selectionOf(std::string paths) {
     if (!paths.empty() && paths.back() == '\0') {
@@ -269,14 +277,8 @@ void FakeExtension::answerMenu(sd_bus_message* call) {
     }
     sd_bus_message* reply = nullptr;
     require(sd_bus_message_new_method_return(call, &reply), "an answer");
-    require(sd_bus_message_append(reply, "s", menu_.title.c_str()), "a title");
-    require(sd_bus_message_open_container(reply, 'a', "(ssb)"), "entries");
-    for (const Shell::MenuEntry& entry : menu_.entries) {
-        require(sd_bus_message_append(reply, "(ssb)", entry.title.c_str(), entry.action.c_str(),
-                                      static_cast<int>(entry.enabled)),
-                "an entry");
-    }
-    require(sd_bus_message_close_container(reply), "the end of entries");
+    const std::string bytes = bytesOf(menu_);
+    require(sd_bus_message_append_array(reply, 'y', bytes.data(), bytes.size()), "a menu");
     require(sd_bus_send(bus_.get(), reply, nullptr), "to answer");
     sd_bus_message_unref(reply);
 }

@@ -85,13 +85,15 @@ void ClientConnection::wakeAt(Clock::time_point moment) noexcept {
 
 bool ClientConnection::waitUntil(const std::function<bool()>& condition,
                                  Clock::time_point deadline) {
+    // It waits first: what is asked has just been sent, and to look for an answer would be in vain.
+    bool wasBusy = false;
     while (!condition() && bus_) {
-        const bool wasBusy = process();
-        if (condition() || Clock::now() >= deadline) {
-            break; // in time also when there is no end of messages
-        }
         if (!wasBusy) {
             pollUntil(deadline);
+        }
+        wasBusy = process();
+        if (Clock::now() >= deadline) {
+            break; // in time also when there is no end of messages
         }
     }
     awaitEvents();
