@@ -1,77 +1,61 @@
 #include "Programs/FinderExtension/CommandLine.h"
 
-#include <string_view>
-#include <vector>
+#include <getopt.h>
 
 namespace {
 
 // What the other programs' library ends them with.
 constexpr int kUnexpectedArgument = 109;
 
-constexpr std::string_view kVersion = "quorvane-finder-extension " QUORVANE_VERSION "\n";
-
-std::string helpFor(std::string_view program) {
-    return "Gives the file manager the menus of the Quorvane drive.\n"
-           "Waits up to 120 seconds for the host application; ends when the host does.\n"
-           "Usage: " +
-           std::string(program) +
-           " [OPTIONS]\n"
-           "\n"
-           "Options:\n"
-           "  -h,--help                   Print this help message and exit\n"
-           "  --version                   Display program version information and exit\n"
-           "\n";
-}
-
-std::string complaintAbout(std::span<const std::string_view> unexpected) {
-    std::string text = unexpected.size() == 1 ? "The following argument was not expected:"
-                                              : "The following arguments were not expected:";
-    for (const std::string_view argument : unexpected) {
-        text.append(" ").append(argument);
-    }
-    return text + "\nRun with --help for more information.\n";
-}
-
-struct Request {
-    bool help = false;
-    bool version = false;
-    std::vector<std::string_view> unexpected;
+constexpr option kOptions[] = {
+    {"help",    no_argument, nullptr, 'h'},
+    {"version", no_argument, nullptr, 'v'},
+    {nullptr,   0,           nullptr, 0  },
 };
 
-Request requestIn(std::span<const char* const> arguments) {
-    Request request;
-    bool isBehindOptions = false;
-    for (const std::string_view argument : arguments) {
-        if (isBehindOptions) {
-            request.unexpected.push_back(argument);
-        } else if (argument == "--") {
-            isBehindOptions = true;
-        } else if (argument == "-h" || argument == "--help") {
-            request.help = true;
-        } else if (argument == "--version") {
-            request.version = true;
-        } else {
-            request.unexpected.push_back(argument);
-        }
-    }
-    return request;
+CommandLineReply helpFor(const char* program) {
+    return {"Gives the file manager the menus of the Quorvane drive.\n"
+            "Waits up to 120 seconds for the host application; ends when the host does.\n"
+            "Usage: " +
+                std::string(program) +
+                " [OPTIONS]\n"
+                "\n"
+                "Options:\n"
+                "  -h,--help                   Print this help message and exit\n"
+                "  --version                   Display program version information and exit\n"
+                "\n",
+            0};
+}
+
+CommandLineReply version() {
+    return {"quorvane-finder-extension " QUORVANE_VERSION "\n", 0};
+}
+
+CommandLineReply complaintAbout(const char* argument) {
+    return {"The following argument was not expected: " + std::string(argument) +
+                "\nRun with --help for more information.\n",
+            kUnexpectedArgument};
 }
 
 } // namespace
 
-std::optional<CommandLineReply> replyToCommandLine(std::span<const char* const> arguments) {
-    if (arguments.empty()) {
-        return std::nullopt;
+std::optional<CommandLineReply> replyToCommandLine(std::span<char* const> arguments) {
+    opterr = 0; // what is wrong is told here
+    optind = 0; // has the C library begin anew, where it was asked before
+    const auto count = static_cast<int>(arguments.size());
+    const int first = ::getopt_long(count, arguments.data(), "+h", kOptions, nullptr);
+    switch (first) {
+    case 'h':
+        return helpFor(arguments.front());
+    case 'v':
+        return version();
+    case -1:
+        break;
+    default:
+        return complaintAbout(arguments[1]);
     }
-    const Request request = requestIn(arguments.subspan(1));
-    if (request.version) {
-        return CommandLineReply{std::string(kVersion), 0};
-    }
-    if (request.help) {
-        return CommandLineReply{helpFor(arguments.front()), 0};
-    }
-    if (!request.unexpected.empty()) {
-        return CommandLineReply{complaintAbout(request.unexpected), kUnexpectedArgument};
+    if (optind < count) {
+        return complaintAbout(arguments[static_cast<std::size_t>(optind)]);
     }
     return std::nullopt;
 }

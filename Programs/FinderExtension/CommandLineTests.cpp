@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <initializer_list>
+#include <string>
 #include <vector>
 
 namespace {
@@ -11,9 +11,12 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 
-std::optional<CommandLineReply> replyTo(std::initializer_list<const char*> arguments) {
-    std::vector<const char*> commandLine{"./extension"};
-    commandLine.insert(commandLine.end(), arguments);
+std::optional<CommandLineReply> replyTo(std::vector<std::string> arguments) {
+    std::string program = "./extension";
+    std::vector<char*> commandLine{program.data()};
+    for (std::string& argument : arguments) {
+        commandLine.push_back(argument.data());
+    }
     return replyToCommandLine(commandLine);
 }
 
@@ -33,29 +36,27 @@ TEST(CommandLine, AsksForHelp) {
     }
 }
 
-TEST(CommandLine, AsksForTheVersionBeforeAnythingElse) {
-    for (const auto& reply :
-         {replyTo({"--version"}), replyTo({"--help", "--version"}), replyTo({"x", "--version"})}) {
+TEST(CommandLine, AsksForTheVersion) {
+    const auto reply = replyTo({"--version"});
+    ASSERT_TRUE(reply.has_value());
+    EXPECT_EQ(reply->status, 0);
+    EXPECT_EQ(reply->text, "quorvane-finder-extension " QUORVANE_VERSION "\n");
+}
+
+TEST(CommandLine, HasAnOptionThatIsNotExpected) {
+    for (const std::string option : {"--no-such-option", "-x", "--help=yes"}) {
+        const auto reply = replyTo({option});
         ASSERT_TRUE(reply.has_value());
-        EXPECT_EQ(reply->status, 0);
-        EXPECT_EQ(reply->text, "quorvane-finder-extension " QUORVANE_VERSION "\n");
+        EXPECT_EQ(reply->status, 109);
+        EXPECT_EQ(reply->text, "The following argument was not expected: " + option +
+                                   "\nRun with --help for more information.\n");
     }
 }
 
-TEST(CommandLine, AsksForHelpBesideWhatIsNotExpected) {
-    EXPECT_EQ(replyTo({"x", "--help"}).value().status, 0);
-}
-
 TEST(CommandLine, HasAnArgumentThatIsNotExpected) {
-    const auto reply = replyTo({"--no-such-option"});
-    ASSERT_TRUE(reply.has_value());
-    EXPECT_EQ(reply->status, 109);
-    EXPECT_EQ(reply->text, "The following argument was not expected: --no-such-option\n"
-                           "Run with --help for more information.\n");
-}
-
-TEST(CommandLine, HasArgumentsThatAreNotExpected) {
-    EXPECT_THAT(replyTo({"a", ""}).value().text, HasSubstr("arguments were not expected: a \n"));
+    for (const auto& reply : {replyTo({"a", "--help"}), replyTo({"--", "a"})}) {
+        EXPECT_THAT(reply.value().text, HasSubstr("argument was not expected: a\n"));
+    }
 }
 
 TEST(CommandLine, HasNoOptionsBehindTheirEnd) {
