@@ -270,6 +270,19 @@ class Writing(unittest.TestCase):
         self.assertEqual([each.get("fill") for each in bars],
                          [chart.COLOURS[True], chart.COLOURS[False]])
 
+    def test_draws_each_figure_behind_the_bars(self):
+        root = xml.etree.ElementTree.fromstring(chart.chart(self.verdicts))
+        figures = [each for each in root.iter() if each.text == chart.figure(self.verdicts[0])]
+        self.assertGreater(float(figures[0].get("x")), chart.LEFT + chart.length(chart.MOST))
+
+    def test_writes_an_amount_beside_its_goal(self):
+        verdict = goals.Verdict("a death", 0.0006, None, None, None, None, 0.005, True, "atMost", "s")
+        self.assertEqual(chart.figure(verdict), "600 µs ≤ 5 ms")
+
+    def test_writes_a_small_ratio_with_the_digits_that_tell_it_from_its_goal(self):
+        self.assertEqual(writing.times(0.0514), "0.051")
+        self.assertEqual(writing.times(1.234), "1.23")
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -2,15 +2,15 @@
 
 from xml.sax.saxutils import escape
 
-from writing import goal_text
+from writing import goal_text, quantity
 
 WIDTH = 960
 LEFT = 430
-RIGHT = 170
+RIGHT = 190
 ROW = 22
 TOP = 34
 # A bar ends here at the latest; the number behind it tells the rest.
-MOST = 2.0
+MOST = 1.3
 COLOURS = {True: "#2f7d4f", False: "#b3472e"}
 GOAL_COLOUR = "#333333"
 
@@ -20,6 +20,12 @@ def used(verdict):
     if verdict.kind == "atLeast":
         return verdict.goal / verdict.ours if verdict.ours else MOST
     return (verdict.ours if verdict.ratio is None else verdict.ratio) / verdict.goal
+
+
+def figure(verdict):
+    """“1.23 ≤ 1.5 ×”, or “600 µs ≤ 5 ms”."""
+    amount = quantity(verdict.ours, verdict.unit) if verdict.ratio is None else ""
+    return f"{amount} {goal_text(verdict)}".strip()
 
 
 def length(part):
@@ -33,7 +39,7 @@ def row(index, verdict):
     return (f'<text x="{LEFT - 8}" y="{base}" text-anchor="end">{escape(verdict.name)}</text>\n'
             f'<rect x="{LEFT}" y="{top + 4}" width="{bar:.1f}" height="{ROW - 8}" '
             f'fill="{COLOURS[verdict.met]}"/>\n'
-            f'<text x="{LEFT + bar + 6:.1f}" y="{base}">{escape(goal_text(verdict))}</text>\n')
+            f'<text x="{WIDTH - RIGHT + 12}" y="{base}">{escape(figure(verdict))}</text>\n')
 
 
 def chart(verdicts):

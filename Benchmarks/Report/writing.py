@@ -29,8 +29,13 @@ def quantity(value, unit):
     return f"{number:.{digits}f} {name}".strip()
 
 
+def times(value):
+    """With the digits that tell it from a goal."""
+    return f"{value:.2f}" if value >= 0.2 else f"{value:.3f}"
+
+
 def ratio(dividend, divisor):
-    return "" if not divisor or dividend is None else f"{dividend / divisor:.2f}"
+    return "" if not divisor or dividend is None else times(dividend / divisor)
 
 
 def goal_text(verdict):
@@ -40,7 +45,7 @@ def goal_text(verdict):
         return f"≤ {quantity(verdict.goal, verdict.unit)}"
     of_what = {"perEntryWithin": " an entry", "growthOverFloor": " its growth"}
     sign = "≤" if verdict.met else ">"
-    return f"{verdict.ratio:.2f} {sign} {verdict.goal:g} ×{of_what.get(verdict.kind, '')}"
+    return f"{times(verdict.ratio)} {sign} {verdict.goal:g} ×{of_what.get(verdict.kind, '')}"
 
 
 def cells(verdict):
