@@ -157,10 +157,11 @@ class Verdicts(unittest.TestCase):
         verdict = goals.verdict(figures, row(measure="waiting", atLeast=256))
         self.assertEqual((verdict.ours, verdict.ratio, verdict.met), (255, None, False))
 
-    def test_show_the_peer_that_is_the_reference(self):
-        figures = measured(ours=1.0, floor=0.5, slow=9.0, quick=2.0)
-        verdict = goals.verdict(figures, row(reference="quick", limit=1))
-        self.assertEqual((verdict.peer_name, verdict.peer, verdict.floor), ("quick", 2.0, 0.5))
+    def test_show_all_peers_and_the_reference_first(self):
+        figures = measured(ours=1.0, floor=0.5, slow=9.0, quick=2.0, other=3.0)
+        verdict = goals.verdict(figures, row(reference="slow", limit=1))
+        self.assertEqual(verdict.peers, (("slow", 9.0), ("other", 3.0), ("quick", 2.0)))
+        self.assertEqual((verdict.peer, verdict.floor), (9.0, 0.5))
 
     def test_miss_what_was_not_measured(self):
         with self.assertRaisesRegex(goals.GoalsError, "p/floor is not measured"):
@@ -248,6 +249,11 @@ class Writing(unittest.TestCase):
         lines = writing.table(self.verdicts).splitlines()
         self.assertEqual([line.split()[-1] for line in lines], ["met", "yes", "no"])
 
+    def test_writes_each_peer_and_how_ours_is_to_it(self):
+        verdict = goals.verdict(measured(ours=1e-6, floor=1e-6, a=2e-6, b=4e-6),
+                                row(reference="b", limit=2))
+        self.assertEqual(writing.cells(verdict)[3:6], ("4 µs (b), 2 µs (a)", "1.00", "0.25, 0.50"))
+
     def test_renews_what_stands_between_the_markers_only(self):
         readme = f"above\n{writing.BEGIN}\nold\n{writing.END}\nbelow\n"
         self.assertEqual(writing.renewed(readme, "new\n"),
@@ -276,7 +282,7 @@ class Writing(unittest.TestCase):
         self.assertGreater(float(figures[0].get("x")), chart.LEFT + chart.length(chart.MOST))
 
     def test_writes_an_amount_beside_its_goal(self):
-        verdict = goals.Verdict("a death", 0.0006, None, None, None, None, 0.005, True, "atMost", "s")
+        verdict = goals.Verdict("a death", 0.0006, None, (), None, 0.005, True, "atMost", "s")
         self.assertEqual(chart.figure(verdict), "600 µs ≤ 5 ms")
 
     def test_writes_a_small_ratio_with_the_digits_that_tell_it_from_its_goal(self):

@@ -33,13 +33,17 @@ class Verdict:
     name: str
     ours: float
     floor: float | None
-    peer: float | None
-    peer_name: str | None
+    # Names and figures; a goal's own peer is the first.
+    peers: tuple[tuple[str, float], ...]
     ratio: float | None
     goal: float
     met: bool
     kind: str
     unit: str
+
+    @property
+    def peer(self):
+        return self.peers[0][1] if self.peers else None
 
     def as_json(self):
         keys = ("name", "ours", "floor", "peer", "ratio", "goal", "met")
@@ -82,16 +86,13 @@ def needed(measured, row, role, size):
     return value
 
 
-def peer_of(measured, row, size):
-    """The name and the figure of the peer that a row is shown with: its reference, or the first."""
-    reference = row.get("reference")
-    names = [role for path, role, at in measured
-             if path == row["path"] and at == size and role not in (OURS, FLOOR)]
-    for name in [reference] if reference not in (None, FLOOR) else names:
-        value = figure(measured, row, name, size)
-        if value is not None:
-            return name, value
-    return None, None
+def peers_of(measured, row, size):
+    """All peers that were measured, the row's reference before the others."""
+    names = sorted({role for path, role, at in measured
+                    if path == row["path"] and at == size and role not in (OURS, FLOOR)})
+    names.sort(key=lambda name: name != row.get("reference"))
+    figures = ((name, figure(measured, row, name, size)) for name in names)
+    return tuple((name, value) for name, value in figures if value is not None)
 
 
 def over(dividend, divisor, row):
@@ -119,6 +120,6 @@ def verdict(measured, row):
     elif kind == "growthOverFloor":
         ratio = over(growth_of(measured, row, OURS), growth_of(measured, row, FLOOR), row)
     met = ours >= goal if kind == "atLeast" else (ours if ratio is None else ratio) <= goal
-    peer_name, peer = peer_of(measured, row, size)
-    return Verdict(row["name"], ours, figure(measured, row, FLOOR, size), peer, peer_name, ratio,
-                   goal, met, kind, row.get("unit", "" if "measure" in row else "s"))
+    return Verdict(row["name"], ours, figure(measured, row, FLOOR, size),
+                   peers_of(measured, row, size), ratio, goal, met, kind,
+                   row.get("unit", "" if "measure" in row else "s"))

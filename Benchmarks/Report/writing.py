@@ -5,7 +5,7 @@ from pathlib import Path
 
 BEGIN = "<!-- figures: ./bench renews what stands between these two lines -->"
 END = "<!-- end of figures -->"
-HEADS = ("what", "ours", "floor", "peer", "to floor", "to peer", "goal", "met")
+HEADS = ("what", "ours", "floor", "peers", "to floor", "to peers", "goal", "met")
 # From the largest on; a figure is written in the first that it is not below.
 UNITS = {
     "s": ((1, "s"), (1e-3, "ms"), (1e-6, "µs"), (0, "ns")),
@@ -49,11 +49,11 @@ def goal_text(verdict):
 
 
 def cells(verdict):
-    peer = quantity(verdict.peer, verdict.unit)
+    peers = ", ".join(f"{quantity(peer, verdict.unit)} ({name})" for name, peer in verdict.peers)
     return (verdict.name, quantity(verdict.ours, verdict.unit),
             quantity(verdict.floor, verdict.unit),
-            f"{peer} ({verdict.peer_name})" if peer else "",
-            ratio(verdict.ours, verdict.floor), ratio(verdict.ours, verdict.peer),
+            peers, ratio(verdict.ours, verdict.floor),
+            ", ".join(ratio(verdict.ours, peer) for _, peer in verdict.peers),
             goal_text(verdict), "yes" if verdict.met else "no")
 
 
@@ -88,7 +88,7 @@ def markdown(heads, rows):
 def section(verdicts, growth, machine):
     """What stands between the README's markers."""
     met = sum(verdict.met for verdict in verdicts)
-    text = (f"On {machine}: {met} of {len(verdicts)} goals met. “To floor” and “to peer” are ours "
+    text = (f"On {machine}: {met} of {len(verdicts)} goals met. “To floor” and “to peers” are ours "
             "divided by these. A goal is a part of one of them, an amount, or how much more an entry takes at "
             "the largest size than at the smallest (“× an entry”), or than the floor's growth (“× its "
             "growth”). In the picture a bar that reaches the line has just met its goal.\n\n"
