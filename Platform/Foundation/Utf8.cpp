@@ -76,6 +76,23 @@ Decoded decodeFirst(std::string_view bytes) noexcept {
     return valid ? Decoded{codePoint, lead.length, true} : Decoded{kReplacement, 1, false};
 }
 
+bool isValid(std::string_view bytes) noexcept {
+    constexpr std::size_t kStep = 32;
+    while (!bytes.empty()) {
+        const std::string_view front = bytes.substr(0, kStep);
+        if (isAscii(front)) {
+            bytes.remove_prefix(front.size());
+            continue;
+        }
+        const Decoded decoded = decodeFirst(bytes);
+        if (!decoded.valid) {
+            return false;
+        }
+        bytes.remove_prefix(decoded.length);
+    }
+    return true;
+}
+
 FromUtf16 codePointAtFront(std::u16string_view units) noexcept {
     const char32_t first = units[0];
     if (first >= 0xD800 && first <= 0xDBFF && units.size() > 1) {

@@ -23,6 +23,8 @@ struct FromUtf16 {
 };
 
 bool isAscii(std::string_view bytes) noexcept;
+// Whether they are well-formed from the first to the last.
+bool isValid(std::string_view bytes) noexcept;
 
 constexpr bool isSurrogate(char32_t codePoint) noexcept {
     return codePoint >= 0xD800 && codePoint <= 0xDFFF;

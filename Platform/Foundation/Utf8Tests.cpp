@@ -127,4 +127,33 @@ TEST(Utf8, KnowsAscii) {
     EXPECT_FALSE(NS::Utf8::isAscii("a\x80"));
 }
 
+TEST(Utf8, IsValidWhenAllCharactersAre) {
+    EXPECT_TRUE(NS::Utf8::isValid(""));
+    std::string all;
+    for (const Valid& each : kValid) {
+        EXPECT_TRUE(NS::Utf8::isValid(each.bytes)) << each.name;
+        all.append("text and ").append(each.bytes);
+    }
+    EXPECT_TRUE(NS::Utf8::isValid(all));
+}
+
+TEST(Utf8, IsNotValidWhereverABadByteIs) {
+    for (std::size_t at = 0; at < 80; ++at) {
+        std::string text(80, 'a');
+        text.replace(at, 1, "\u00E9");
+        EXPECT_TRUE(NS::Utf8::isValid(text)) << at;
+        text.erase(at, 1);
+        EXPECT_FALSE(NS::Utf8::isValid(text)) << at;
+    }
+}
+
+TEST(Utf8, IsNotValidWhenACharacterIsCutOff) {
+    for (const std::string text : {"\u00E9", "\u2014", "\U0001F40B"}) {
+        for (std::size_t length = 1; length < text.size(); ++length) {
+            EXPECT_FALSE(NS::Utf8::isValid(text.substr(0, length)));
+            EXPECT_FALSE(NS::Utf8::isValid(text.substr(0, length) + "abc"));
+        }
+    }
+}
+
 } // namespace

@@ -1,6 +1,6 @@
 #include "Shell/Client/DecodedMenu.h"
 
-#include "Shell/Client/Utf8Text.h"
+#include "Platform/Foundation/Utf8.h"
 #include "Shell/FinderInterface.h"
 
 #include <utility>
@@ -40,7 +40,7 @@ bool takeEntry(std::string_view& bytes, MenuEntry& entry) {
 std::optional<Menu> decodedMenu(std::string_view bytes) {
     // What ends a text is a character, so that all are UTF-8 when the whole is.
     if (bytes.size() > kLongestMenu || !bytes.starts_with(FinderInterface::kMenuForm) ||
-        !isUtf8(bytes)) {
+        !NS::Utf8::isValid(bytes)) {
         return std::nullopt;
     }
     bytes.remove_prefix(1);
