@@ -4,7 +4,9 @@
 
 namespace Benchmarks {
 
-// How many bytes of memory the process has now, after what it freed went back to the system.
+// Has what the process freed go back to the system.
+void giveBackMemory();
+// How many bytes of memory the process has now, after that.
 std::size_t residentBytes();
 
 // What memory has come to since this was made.

@@ -9,9 +9,13 @@
 
 namespace Benchmarks {
 
-std::size_t residentBytes() {
+void giveBackMemory() {
     (void)::malloc_trim(0);
     NS::BlockPool::shared().giveBackEmptyRegions();
+}
+
+std::size_t residentBytes() {
+    giveBackMemory();
     std::ifstream statistics("/proc/self/statm");
     std::size_t total = 0;
     std::size_t resident = 0;

@@ -49,6 +49,26 @@ class BinaryPropertyListReader {
             double real;                          // kFloat, kReal, kDate: seconds since 2001
         };
 
+        static Item ofReal(Kind kind, double real) noexcept {
+            Item item;
+            item.kind = kind;
+            item.real = real;
+            return item;
+        }
+        static Item ofBits(Kind kind, std::uint64_t bits) noexcept {
+            Item item;
+            item.kind = kind;
+            item.bits = bits;
+            return item;
+        }
+        static Item ofBody(Kind kind, std::uint64_t count, const std::byte* body) noexcept {
+            Item item;
+            item.kind = kind;
+            item.count = count;
+            item.body = body;
+            return item;
+        }
+
         Bytes bytes() const noexcept { return {body, static_cast<std::size_t>(count)}; }
         bool isDamaged() const noexcept { return kind == Kind::kDamaged; }
     };
@@ -135,55 +155,51 @@ inline std::uint64_t BinaryPropertyListReader::usualUid(std::uint64_t object) co
 
 // Most objects of an archive are of one of these kinds, and short; for any other, and for whatever
 // does not fit, this leaves the decision to anyItem().
-inline BinaryPropertyListReader::Item
+[[gnu::always_inline]] inline BinaryPropertyListReader::Item
 BinaryPropertyListReader::item(std::uint64_t object) const noexcept {
     const std::uint64_t offset = offsetOf(object);
-    if (offset < kObjectsOffset || offset >= tableOffset_) {
+    if (offset < kObjectsOffset || offset >= tableOffset_) [[unlikely]] {
         return anyItem(object);
     }
     const std::byte* const marker = bytes_ + offset;
     const unsigned low = std::to_integer<unsigned>(*marker) & 0xFU;
     const std::uint64_t left = tableOffset_ - offset - 1; // bytes behind the marker
-    Item item;
-    item.count = low;
-    item.body = marker + 1;
     switch (std::to_integer<unsigned>(*marker >> 4)) {
     case 0x1:
-        item.kind = Kind::kInteger;
-        if (low > 3 || (1U << low) > left) {
-            return anyItem(object);
+        if (low <= 3 && (1U << low) <= left) {
+            return Item::ofBits(Kind::kInteger, BigEndian::load(marker + 1, 1U << low));
         }
-        item.bits = BigEndian::load(marker + 1, 1U << low);
-        return item;
+        break;
     case 0x2:
-        item.kind = Kind::kReal;
-        if (low != 3 || left < 8) {
-            return anyItem(object);
+        if (low == 3 && left >= 8) {
+            return Item::ofReal(Kind::kReal, std::bit_cast<double>(BigEndian::load(marker + 1, 8)));
         }
-        item.real = std::bit_cast<double>(BigEndian::load(marker + 1, 8));
-        return item;
+        break;
     case 0x5:
-        item.kind = Kind::kAscii;
+        if (low < 0xF && low <= left) {
+            return Item::ofBody(Kind::kAscii, low, marker + 1);
+        }
         if (low == 0xF && left >= 2 && marker[1] == std::byte{0x10}) { // up to 255 characters
-            item.count = std::to_integer<std::uint64_t>(marker[2]);
-            item.body = marker + 3;
-            return item.count <= left - 2 ? item : anyItem(object);
+            const auto count = std::to_integer<std::uint64_t>(marker[2]);
+            if (count <= left - 2) {
+                return Item::ofBody(Kind::kAscii, count, marker + 3);
+            }
         }
-        return low < 0xF && low <= left ? item : anyItem(object);
+        break;
     case 0x8:
-        item.kind = Kind::kUid;
-        if (low >= 8 || low >= left) {
-            return anyItem(object);
+        if (low < 8 && low < left) {
+            return Item::ofBits(Kind::kUid, BigEndian::load(marker + 1, low + 1));
         }
-        item.bits = BigEndian::load(marker + 1, low + 1);
-        return item;
+        break;
     case 0xD:
-        item.kind = Kind::kDictionary;
-        return low < 0xF && std::uint64_t{2} * low * referenceWidth_ <= left ? item
-                                                                             : anyItem(object);
+        if (low < 0xF && std::uint64_t{2} * low * referenceWidth_ <= left) {
+            return Item::ofBody(Kind::kDictionary, low, marker + 1);
+        }
+        break;
     default:
-        return anyItem(object);
+        break;
     }
+    return anyItem(object);
 }
 
 } // namespace NS

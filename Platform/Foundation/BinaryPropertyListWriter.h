@@ -109,12 +109,21 @@ class BinaryPropertyListWriter {
     [[noreturn]] static void raiseTooLong();
     // Begins an object with its count, and gives room for its body.
     std::byte* beginCounted(unsigned kind, std::uint64_t count, std::size_t bodySize) {
-        if (count >= 0xF) {
-            return beginLong(kind, count, bodySize);
+        if (count < 0xF) {
+            std::byte* const out = begin(1 + bodySize);
+            *out = static_cast<std::byte>(kind << 4U | count);
+            return out + 1;
         }
-        std::byte* const out = begin(1 + bodySize);
-        *out = static_cast<std::byte>(kind << 4U | count);
-        return out + 1;
+        return count <= 0xFF ? beginOfByte(kind, count, bodySize)
+                             : beginLong(kind, count, bodySize);
+    }
+    // With the count in an integer of one byte, as most texts have it.
+    std::byte* beginOfByte(unsigned kind, std::uint64_t count, std::size_t bodySize) {
+        std::byte* const out = begin(3 + bodySize);
+        out[0] = static_cast<std::byte>(kind << 4U | 0xFU);
+        out[1] = std::byte{0x10};
+        out[2] = static_cast<std::byte>(count);
+        return out + 3;
     }
     std::byte* beginLong(unsigned kind, std::uint64_t count, std::size_t bodySize);
     std::byte* beginCollection(unsigned kind, std::uint64_t count, std::size_t references);

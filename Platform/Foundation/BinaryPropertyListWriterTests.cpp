@@ -147,6 +147,26 @@ TEST_F(BinaryPropertyListWriter, WidensTheReferencesOfCollectionsThatItHas) {
     EXPECT_EQ(NS::charactersOf(reader.element(elements, 19).bytes()), "text");
 }
 
+TEST_F(BinaryPropertyListWriter, WritesCountsInAsFewBytesAsTheyTake) {
+    struct Row {
+        std::size_t count;
+        std::string head;
+    };
+    const Row rows[] = {
+        {14,    "\x5E"s                    },
+        {15,    "\x5F\x10\x0F"s            },
+        {255,   "\x5F\x10\xFF"s            },
+        {256,   "\x5F\x11\x01\x00"s        },
+        {65536, "\x5F\x12\x00\x01\x00\x00"s},
+    };
+    for (const Row& row : rows) {
+        list = NS::BinaryPropertyListWriter();
+        const auto bytes = list.finish(list.addAscii(std::string(row.count, 't')));
+        const std::string all(NS::charactersOf(bytes));
+        EXPECT_EQ(all.substr(8, row.head.size() + 1), row.head + "t") << row.count;
+    }
+}
+
 TEST_F(BinaryPropertyListWriter, BeginsAnotherListInTheSameMemory) {
     for (int i = 0; i < 300; ++i) {
         list.addAscii("of the list before");

@@ -169,11 +169,6 @@ KeyedUnarchiver::Slot& KeyedUnarchiver::slotOf(std::uint64_t uid) {
     return slots_[static_cast<std::size_t>(uid)];
 }
 
-RefPtr<Object> KeyedUnarchiver::objectForUid(std::uint64_t uid, Keeper keeper) {
-    const Slot slot = slotOf(uid);
-    return slot.kind() == Slot::Kind::kNothing ? makeObject(uid, keeper) : objectIn(slot);
-}
-
 // What was made before.
 RefPtr<Object> KeyedUnarchiver::objectIn(Slot slot) {
     switch (slot.kind()) {

@@ -113,7 +113,8 @@ std::uint64_t KeyedUnarchiver::findProperty(const Property& property) {
 }
 
 // A scalar takes what its object says, and not the object.
-void KeyedUnarchiver::decodeProperty_of(const Property& property, Object& object) {
+[[gnu::always_inline]] inline void KeyedUnarchiver::decodeProperty_of(const Property& property,
+                                                                      Object& object) {
     const Keeper keeper = property.isScalar ? Keeper::kCoder : Keeper::kReceiver;
     const std::uint64_t position = positionOfProperty(property);
     if (position == kNowhere) {
@@ -124,6 +125,13 @@ void KeyedUnarchiver::decodeProperty_of(const Property& property, Object& object
     property.setUnshared(object, uid != BinaryPropertyListReader::kNoUid
                                      ? objectForUid(uid, keeper)
                                      : objectOf(memberAt(record, position), property.key, keeper));
+}
+
+void KeyedUnarchiver::decodeProperties_of(std::span<const Property* const> properties,
+                                          Object& object) {
+    for (const Property* const property : properties) {
+        decodeProperty_of(*property, object);
+    }
 }
 
 double KeyedUnarchiver::decodeDoubleForKey(std::string_view key) {

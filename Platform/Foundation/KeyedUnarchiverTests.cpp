@@ -18,6 +18,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -62,8 +63,8 @@ const NS::ClassRegistration kRecordRegistration(PropertyRecord::kClass);
 
 void PropertyRecord::initWithCoder(NS::KeyedUnarchiver& coder) {
     setTime(coder.decodeDoubleOf(kRecordProperties[0]));
-    coder.decodeProperty_of(kRecordProperties[1], *this);
-    coder.decodeProperty_of(kRecordProperties[2], *this);
+    const std::array properties{&kRecordProperties[1], &kRecordProperties[2]};
+    coder.decodeProperties_of(properties, *this);
 }
 
 class KeyedUnarchiver : public testing::Test {

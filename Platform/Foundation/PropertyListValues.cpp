@@ -36,13 +36,11 @@ inline RefPtr<Object> PropertyListValues::textOfAscii(const Item& item, const ch
     return String::fromAscii(text);
 }
 
-RefPtr<Object> PropertyListValues::value(const Item& item, std::uint64_t number,
-                                         const char*& reason) {
+RefPtr<Object> PropertyListValues::otherValue(const Item& item, std::uint64_t number,
+                                              const char*& reason) {
     switch (item.kind) {
     case Kind::kBoolean:
         return Number::numberWithBool(item.bits != 0);
-    case Kind::kInteger:
-        return Number::numberWithLongLong(static_cast<std::int64_t>(item.bits));
     case Kind::kUnsigned:
         return Number::numberWithUnsignedLongLong(item.bits);
     case Kind::kFloat:

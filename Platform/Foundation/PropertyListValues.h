@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/BinaryPropertyListReader.h"
+#include "Platform/Foundation/Number.h"
 #include "Platform/Foundation/Object.h"
 
 #include <cstddef>
@@ -27,7 +28,12 @@ class PropertyListValues {
         : bytesLeft_(listSize), sharedBytesLeft_(kForms * std::uint64_t{listSize}) {}
 
     // The value of an item, which has this number in the list.
-    RefPtr<Object> value(const Item& item, std::uint64_t number, const char*& reason);
+    RefPtr<Object> value(const Item& item, std::uint64_t number, const char*& reason) {
+        if (item.kind == BinaryPropertyListReader::Kind::kInteger) { // the most common of these
+            return Number::numberWithLongLong(static_cast<std::int64_t>(item.bits));
+        }
+        return otherValue(item, number, reason);
+    }
     // The same, and the same object for the same number at every call of this: for lists that hold
     // the values themselves and may do so a million times.
     RefPtr<Object> commonValue(const Item& item, std::uint64_t number, const char*& reason);
@@ -38,6 +44,7 @@ class PropertyListValues {
     enum class Form : std::uint8_t { kItself, kTextOfUtf8 };
     static constexpr std::uint64_t kForms = 2;
 
+    RefPtr<Object> otherValue(const Item& item, std::uint64_t number, const char*& reason);
     RefPtr<Object> madeOrShared(const Item& item, std::uint64_t number, Form form,
                                 const char*& reason);
     RefPtr<Object> contents(const Item& item, Form form, const char*& reason);

@@ -121,7 +121,5 @@ void QVContentItem::encodeWithCoder(NS::KeyedArchiver& coder) const {
 
 void QVContentItem::initWithCoder(NS::KeyedUnarchiver& coder) {
     setTimeReceived(coder.decodeDoubleOf(kTimeReceived));
-    for (const NS::Property* const property : contentClass().resolved().archived) {
-        coder.decodeProperty_of(*property, *this);
-    }
+    coder.decodeProperties_of(contentClass().resolved().archived, *this);
 }
