@@ -23,32 +23,12 @@ constexpr int daysInMonth(int year, int month) noexcept {
     return kDays.at(static_cast<std::size_t>(month)) + (month == 2 && isLeapYear(year) ? 1 : 0);
 }
 
-// As if the clock that shows this were in UTC.
-std::int64_t secondsOf(const LocalTime& time) noexcept {
-    std::int64_t days = time.day - 1;
-    for (int year = kFirstYear; year < time.year; ++year) {
-        days += daysInYear(year);
-    }
-    for (int month = 1; month < time.month; ++month) {
-        days += daysInMonth(time.year, month);
-    }
-    return days * kDay + time.hour * 3600 + time.minute * 60 + time.second;
-}
-
-std::int32_t offsetAt(std::int64_t moment, const LocalTime& time) noexcept {
-    return static_cast<std::int32_t>(secondsOf(time) - moment);
-}
-
-std::int32_t offsetAt(std::int64_t moment) noexcept {
-    return offsetAt(moment, localTimeInZoneOfLastLook(moment));
-}
-
 // The first moment of another offset than the one before, of which there is one in between.
 std::int64_t changeBetween(std::int64_t before, std::int64_t after) noexcept {
-    const std::int32_t first = offsetAt(before);
+    const std::int32_t first = offsetFromUtc(before);
     while (after - before > 1) {
         const std::int64_t middle = before + (after - before) / 2;
-        (offsetAt(middle) == first ? before : after) = middle;
+        (offsetFromUtc(middle) == first ? before : after) = middle;
     }
     return after;
 }
@@ -72,12 +52,13 @@ LocalTime civilTime(std::int64_t secondsSince1970, std::int32_t offset) noexcept
 
 ZoneOffsets ZoneOffsets::from(std::int64_t secondsSince1970) noexcept {
     ZoneOffsets zone;
-    zone.first_ = offsetAt(secondsSince1970, localTime(secondsSince1970));
+    lookAtTimeZone();
+    zone.first_ = offsetFromUtc(secondsSince1970);
     std::int32_t before = zone.first_;
     // A fortnight is shorter than any rule lasts.
     for (std::int64_t ahead = kFortnight; ahead < kAhead + kFortnight; ahead += kFortnight) {
         const std::int64_t moment = secondsSince1970 + ahead;
-        const std::int32_t offset = offsetAt(moment);
+        const std::int32_t offset = offsetFromUtc(moment);
         if (offset != before && zone.count_ < zone.changes_.size()) {
             zone.changes_[zone.count_++] = {changeBetween(moment - kFortnight, moment), offset};
         }

@@ -20,8 +20,11 @@ struct LocalTime {
 // The moment of whole seconds since 1970-01-01 00:00:00 UTC. Looks at the machine's time zone again
 // each time, which costs a system call.
 LocalTime localTime(std::int64_t secondsSince1970) noexcept;
-// The same in the zone that was there at the last look, without another one.
-LocalTime localTimeInZoneOfLastLook(std::int64_t secondsSince1970) noexcept;
+
+// The look alone; and, without another one, how far the user's clock is ahead of UTC at a moment,
+// in seconds.
+void lookAtTimeZone() noexcept;
+std::int32_t offsetFromUtc(std::int64_t secondsSince1970) noexcept;
 
 // What this process's environment says of the time zone; two equal texts mean the same zone, unless
 // the machine's own was changed. Valid until the environment changes.

@@ -3,6 +3,8 @@
 #include "Platform/Foundation/String.h"
 #include "Platform/Foundation/StringBuilder.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -41,6 +43,36 @@ std::size_t lastComponentStart(const String& path, std::size_t end) {
     return end;
 }
 
+void append(StringBuilder& path, std::string_view component) {
+    path.appendAscii(component);
+}
+void append(StringBuilder& path, std::u16string_view component) {
+    for (const char16_t unit : component) {
+        path.appendUnit(unit);
+    }
+}
+
+// Appends what stands between the slashes of a text, a slash before each where one is due. Whether
+// one is due before what comes next.
+template <class Characters>
+bool appendComponents(StringBuilder& path, Characters text, bool isSlashDue) {
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find('/', begin), text.size());
+        if (end == begin) {
+            isSlashDue = true;
+            ++begin;
+            continue;
+        }
+        if (isSlashDue) {
+            path.append('/');
+        }
+        append(path, text.substr(begin, end - begin));
+        isSlashDue = false;
+        begin = end;
+    }
+    return isSlashDue;
+}
+
 } // namespace
 
 Ref<Array> String::pathComponents() const {
@@ -70,22 +102,13 @@ Ref<String> String::stringByDeletingLastPathComponent() const {
 
 Ref<String> String::stringByAppendingPathComponent(const String& component) const {
     StringBuilder path;
-    bool slashDue = false;
+    bool isSlashDue = false;
     for (const String* part : {this, &component}) {
-        for (std::size_t i = 0; i < part->length(); ++i) {
-            if (isSlash(*part, i)) {
-                slashDue = true;
-                continue;
-            }
-            if (slashDue) {
-                path.append('/');
-                slashDue = false;
-            }
-            path.appendUnit(part->characterAtIndex(i));
-        }
-        slashDue = slashDue || part->length() > 0;
+        isSlashDue = part->isAscii() ? appendComponents(path, part->ascii(), isSlashDue)
+                                     : appendComponents(path, part->utf16(), isSlashDue);
+        isSlashDue = isSlashDue || part->length() > 0;
     }
-    if (path.length() == 0 && slashDue) {
+    if (path.length() == 0 && isSlashDue) {
         path.append('/');
     }
     return path.string();
