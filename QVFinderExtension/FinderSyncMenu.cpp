@@ -34,8 +34,11 @@ NS::Ref<NS::MenuItem> makeItem(NS::Ref<NS::String> title, NS::Selector action) {
     return NS::make<NS::MenuItem>(std::move(title), action, noKey);
 }
 
-void add(NS::Menu& menu, const Entry& entry) {
-    menu.addItem(makeItem(NS::str(entry.title), entry.action));
+// Its title is made once: menus are asked for often, and all of them show the same.
+template <const Entry& entry>
+void add(NS::Menu& menu) {
+    static const NS::Ref<NS::String>& title = *new NS::Ref<NS::String>(NS::str(entry.title));
+    menu.addItem(makeItem(title, entry.action));
 }
 
 void addDashes(NS::Menu& menu) {
@@ -53,7 +56,8 @@ std::size_t selectedItemCount() {
 
 NS::RefPtr<NS::Menu> FinderSync::menuForMenuKind(FI::MenuKind kind) {
     const std::size_t selected = selectedItemCount();
-    const auto menu = NS::make<NS::Menu>(NS::str(kTitle));
+    static const NS::Ref<NS::String>& title = *new NS::Ref<NS::String>(NS::str(kTitle));
+    const auto menu = NS::make<NS::Menu>(title);
     if (kind == FI::MenuKind::kToolbarItemMenu) {
         addToolbarEntries(menu);
     } else {
@@ -68,7 +72,7 @@ void FinderSync::addToolbarEntries(NS::Menu& menu) {
     menu.addItem(makeItem(emptyTrashTitle(), kEmptyTrash));
     if (isTargetOnDrive()) {
         addDashes(menu);
-        add(menu, kToolbarRefreshFolder);
+        add<kToolbarRefreshFolder>(menu);
     }
     if (const auto storage = storageMenuItem()) {
         addDashes(menu);
@@ -81,19 +85,19 @@ void FinderSync::addContextualEntries(NS::Menu& menu, FI::MenuKind kind,
     const SelectionTraits traits = traitsOfSelection();
     const bool forContainer = kind == FI::MenuKind::kContextualMenuForContainer;
     if ((forContainer || selected == 1) && !traits.isSpecial) {
-        add(menu, kShare);
-        add(menu, kShowProperties);
+        add<kShare>(menu);
+        add<kShowProperties>(menu);
     }
     if (kind == FI::MenuKind::kContextualMenuForItems && !traits.isSpecial &&
         traits.trash == TrashStatus::kOutsideTrash) {
-        add(menu, kMoveToTrash);
+        add<kMoveToTrash>(menu);
     }
     if (traits.trash == TrashStatus::kInTrash) {
-        add(menu, kRestore);
-        add(menu, kDelete);
+        add<kRestore>(menu);
+        add<kDelete>(menu);
     }
     if (forContainer) {
-        add(menu, kRefreshFolder);
+        add<kRefreshFolder>(menu);
     }
 }
 

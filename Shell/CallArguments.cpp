@@ -1,6 +1,7 @@
 #include "Shell/CallArguments.h"
 
 #include "Shell/FileURL.h"
+#include "Shell/FinderInterface.h"
 
 #include <string_view>
 #include <utility>
@@ -54,21 +55,6 @@ NS::RefPtr<NS::URL> CallArguments::fileURL() {
     return url;
 }
 
-NS::RefPtr<FI::Selection> CallArguments::selection() {
-    return nextIsBytes() ? paths() : fileURLs();
-}
-
-NS::RefPtr<NS::URL> CallArguments::target() {
-    return nextIsBytes() ? pathOrNone() : fileURLOrNone();
-}
-
-bool CallArguments::nextIsBytes() {
-    char type = 0;
-    const char* contents = nullptr;
-    return sd_bus_message_peek_type(call_, &type, &contents) > 0 && type == SD_BUS_TYPE_ARRAY &&
-           contents != nullptr && std::string_view(contents) == "y";
-}
-
 std::string_view CallArguments::bytes() {
     const void* bytes = nullptr;
     std::size_t size = 0;
@@ -79,22 +65,39 @@ std::string_view CallArguments::bytes() {
     return {static_cast<const char*>(bytes), size};
 }
 
-NS::RefPtr<FI::Selection> CallArguments::paths() {
-    const std::string_view given = bytes();
+MenuRequest CallArguments::place() {
+    std::string_view given = bytes();
+    MenuRequest request;
+    if (given.size() < 2 || given.front() != FinderInterface::kPlaceForm) {
+        fail("the place is of another form");
+        return request;
+    }
+    request.kind = FI::MenuKind{static_cast<unsigned char>(given[1])};
+    given.remove_prefix(2);
+    const std::size_t targetEnd = given.find('\0');
+    if (targetEnd == std::string_view::npos) {
+        fail("the target has no NUL behind it");
+        return request;
+    }
+    request.target = targetOf(given.substr(0, targetEnd));
+    request.selection = selectionOf(given.substr(targetEnd + 1));
+    return request;
+}
+
+NS::RefPtr<FI::Selection> CallArguments::selectionOf(std::string_view paths) {
     auto selection = FI::Selection::selectionWithPaths(
-        NS::Data::dataWithBytesNoCopy(NS::bytesOf(given), NS::make<KeptMessage>(call_)));
+        NS::Data::dataWithBytesNoCopy(NS::bytesOf(paths), NS::make<KeptMessage>(call_)));
     if (!selection) {
         fail("the selection is not absolute paths with a NUL behind each");
     }
     return selection;
 }
 
-NS::RefPtr<NS::URL> CallArguments::pathOrNone() {
-    const std::string_view path = bytes();
+NS::RefPtr<NS::URL> CallArguments::targetOf(std::string_view path) {
     if (path.empty()) {
         return nullptr;
     }
-    if (path.front() != '/' || path.find('\0') != std::string_view::npos) {
+    if (path.front() != '/') {
         fail("the target is neither an absolute path nor empty");
         return nullptr;
     }

@@ -2,6 +2,7 @@
 
 #include "Platform/Finder/Selection.h"
 #include "Platform/Foundation/URL.h"
+#include "Shell/MenuRequest.h"
 
 #include <systemd/sd-bus.h>
 
@@ -23,13 +24,13 @@ class CallArguments {
     const char* text();
     // The URL of a folder or an item; a call without one is wrong.
     NS::RefPtr<NS::URL> fileURL();
-    // What is selected, in the form that the call has it in: texts, which are file URLs, or bytes,
-    // which are paths with a NUL behind each. The latter stay in the message, which is kept as long
-    // as the selection. Nil only when it is wrong.
-    NS::RefPtr<FI::Selection> selection();
-    // What is targeted, in the form that the call has it in: a text, which is a file URL, or the
-    // bytes of a path; empty is none.
-    NS::RefPtr<NS::URL> target();
+    // What is selected: an array of texts, each a file URL. Nil only when it is wrong.
+    NS::RefPtr<FI::Selection> fileURLs();
+    // What is targeted: a text, which is a file URL or, for none, empty.
+    NS::RefPtr<NS::URL> fileURLOrNone();
+    // All of it in bytes, as Docs/finder-bus.md describes them. The paths of the selection stay in
+    // the message, which is kept as long as the selection.
+    MenuRequest place();
 
     // What is wrong, for the caller; empty when nothing is.
     const std::string& error() const noexcept { return error_; }
@@ -39,11 +40,8 @@ class CallArguments {
     Value basic(Value value);
     // The bytes, valid for as long as the call.
     std::string_view bytes();
-    bool nextIsBytes();
-    NS::RefPtr<FI::Selection> fileURLs();
-    NS::RefPtr<FI::Selection> paths();
-    NS::RefPtr<NS::URL> fileURLOrNone();
-    NS::RefPtr<NS::URL> pathOrNone();
+    NS::RefPtr<FI::Selection> selectionOf(std::string_view paths);
+    NS::RefPtr<NS::URL> targetOf(std::string_view path);
     void fail(std::string error);
 
     sd_bus_message* call_;

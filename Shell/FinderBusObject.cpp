@@ -86,21 +86,30 @@ FinderBusObject::FinderBusObject(NS::Ref<FI::FinderSync> extension, MenuState st
       folders_(extension) {}
 
 int FinderBusObject::menu(sd_bus_message* call, sd_bus_error* error) {
-    return answerMenu(call, error, &appendMenu);
-}
-
-int FinderBusObject::menuOfPaths(sd_bus_message* call, sd_bus_error* error) {
-    return answerMenu(call, error, &appendMenuInBytes);
-}
-
-int FinderBusObject::answerMenu(sd_bus_message* call, sd_bus_error* error, AppendMenu append) {
     CallArguments arguments(call);
     MenuRequest request;
     request.kind = FI::MenuKind{arguments.number()};
-    readPlace(arguments, request);
+    request.selection = arguments.fileURLs();
+    request.target = arguments.fileURLOrNone();
+    noteSize(request);
     if (!arguments.error().empty()) {
         return refuseArguments(error, arguments);
     }
+    return answerMenu(call, request, &appendMenu);
+}
+
+int FinderBusObject::menuOfPaths(sd_bus_message* call, sd_bus_error* error) {
+    CallArguments arguments(call);
+    const MenuRequest request = arguments.place();
+    noteSize(request);
+    if (!arguments.error().empty()) {
+        return refuseArguments(error, arguments);
+    }
+    return answerMenu(call, request, &appendMenuInBytes);
+}
+
+int FinderBusObject::answerMenu(sd_bus_message* call, const MenuRequest& request,
+                                AppendMenu append) {
     noteKind(request.kind);
     const auto menu = menuForRequest(extension_, request);
     sd_bus_message* made = nullptr;
@@ -120,11 +129,30 @@ int FinderBusObject::run(sd_bus_message* call, sd_bus_error* error) {
     MenuRequest request;
     request.kind = FI::MenuKind{arguments.number()};
     const char* const action = arguments.text();
-    readPlace(arguments, request);
+    request.selection = arguments.fileURLs();
+    request.target = arguments.fileURLOrNone();
+    noteSize(request);
     const std::uint64_t deadline = arguments.number();
     if (!arguments.error().empty()) {
         return refuseArguments(error, arguments);
     }
+    return runEntry(call, error, request, action, deadline);
+}
+
+int FinderBusObject::runOnPaths(sd_bus_message* call, sd_bus_error* error) {
+    CallArguments arguments(call);
+    const char* const action = arguments.text();
+    const MenuRequest request = arguments.place();
+    noteSize(request);
+    const std::uint64_t deadline = arguments.number();
+    if (!arguments.error().empty()) {
+        return refuseArguments(error, arguments);
+    }
+    return runEntry(call, error, request, action, deadline);
+}
+
+int FinderBusObject::runEntry(sd_bus_message* call, sd_bus_error* error, const MenuRequest& request,
+                              const char* action, std::uint64_t deadline) {
     const auto isTooLate = [&] {
         return isPast(deadline);
     };
@@ -201,17 +229,16 @@ int FinderBusObject::guarded(Handler handler, sd_bus_message* message, sd_bus_er
     }
 }
 
+// Also of a request that is refused.
+void FinderBusObject::noteSize(const MenuRequest& request) {
+    wasLarge_ = wasLarge_ || (request.selection && request.selection->count() >= kLargeSelection);
+}
+
 // Making the toolbar's menu asks the host for its record.
 void FinderBusObject::noteKind(FI::MenuKind kind) {
     if (kind == FI::MenuKind::kToolbarItemMenu) {
         state_.noteAsked();
     }
-}
-
-void FinderBusObject::readPlace(CallArguments& arguments, MenuRequest& request) {
-    request.selection = arguments.selection();
-    request.target = arguments.target();
-    wasLarge_ = wasLarge_ || (request.selection && request.selection->count() >= kLargeSelection);
 }
 
 int FinderBusObject::keepRaised(sd_bus_error* error, const char* what) {

@@ -8,6 +8,7 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstdint>
 #include <exception>
 #include <optional>
 #include <utility>
@@ -51,6 +52,7 @@ class FinderBusObject {
     int menu(sd_bus_message* call, sd_bus_error* error);
     int menuOfPaths(sd_bus_message* call, sd_bus_error* error);
     int run(sd_bus_message* call, sd_bus_error* error);
+    int runOnPaths(sd_bus_message* call, sd_bus_error* error);
     int beginObserving(sd_bus_message* call, sd_bus_error* error);
     int endObserving(sd_bus_message* call, sd_bus_error* error);
     int requestBadge(sd_bus_message* call, sd_bus_error* error);
@@ -58,9 +60,11 @@ class FinderBusObject {
 
     int guarded(Handler handler, sd_bus_message* message, sd_bus_error* error);
     using AppendMenu = int (*)(sd_bus_message* reply, const NS::RefPtr<NS::Menu>& menu);
-    int answerMenu(sd_bus_message* call, sd_bus_error* error, AppendMenu append);
+    int answerMenu(sd_bus_message* call, const MenuRequest& request, AppendMenu append);
+    int runEntry(sd_bus_message* call, sd_bus_error* error, const MenuRequest& request,
+                 const char* action, std::uint64_t deadline);
+    void noteSize(const MenuRequest& request);
     void noteKind(FI::MenuKind kind);
-    void readPlace(CallArguments& arguments, MenuRequest& request);
     int keepRaised(sd_bus_error* error, const char* what);
 
     NS::Ref<FI::FinderSync> extension_;

@@ -77,13 +77,11 @@ const sd_bus_vtable FinderBusObject::Callbacks::kTable[] = {
                              SD_BUS_PARAM(kind) SD_BUS_PARAM(action) SD_BUS_PARAM(selection)
                                  SD_BUS_PARAM(target) SD_BUS_PARAM(deadline),
                              "", , handle<&FinderBusObject::run>, 0),
-    SD_BUS_METHOD_WITH_NAMES("MenuOfPaths", "tayay",
-                             SD_BUS_PARAM(kind) SD_BUS_PARAM(selection) SD_BUS_PARAM(target), "ay",
-                             SD_BUS_PARAM(menu), handle<&FinderBusObject::menuOfPaths>, 0),
-    SD_BUS_METHOD_WITH_NAMES("RunOnPaths", "tsayayt",
-                             SD_BUS_PARAM(kind) SD_BUS_PARAM(action) SD_BUS_PARAM(selection)
-                                 SD_BUS_PARAM(target) SD_BUS_PARAM(deadline),
-                             "", , handle<&FinderBusObject::run>, 0),
+    SD_BUS_METHOD_WITH_NAMES("MenuOfPaths", "ay", SD_BUS_PARAM(place), "ay", SD_BUS_PARAM(menu),
+                             handle<&FinderBusObject::menuOfPaths>, 0),
+    SD_BUS_METHOD_WITH_NAMES("RunOnPaths", "sayt",
+                             SD_BUS_PARAM(action) SD_BUS_PARAM(place) SD_BUS_PARAM(deadline), "", ,
+                             handle<&FinderBusObject::runOnPaths>, 0),
     SD_BUS_METHOD_WITH_NAMES("BeginObserving", "sb",
                              SD_BUS_PARAM(folder) SD_BUS_PARAM(untilCallerGoes), "", ,
                              handle<&FinderBusObject::beginObserving>, 0),

@@ -10,7 +10,8 @@ inline constexpr const char* kInterface = "com.Quorvane.Quorvane.QVFinderExtensi
 // Had by an extension that does not know its drive yet, and by no other.
 inline constexpr const char* kWaitingName = "com.Quorvane.Quorvane.QVFinderExtension.Waiting";
 
-// What a menu in bytes begins with. One of another form begins with another byte.
+// What a place and a menu in bytes begin with. Those of another form begin with another byte.
+inline constexpr char kPlaceForm = 1;
 inline constexpr char kMenuForm = 1;
 
 inline constexpr const char* kErrorInvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";

@@ -76,10 +76,28 @@ TEST_F(FinderService, RefusesWhatIsNoAbsolutePath) {
         EXPECT_EQ(peer->menuOfPaths(0, selection, ""), kSelection);
         EXPECT_EQ(peer->runOnPaths("first", selection, ""), kSelection);
     }
-    for (const std::string_view target : {"a"sv, "/a\0"sv, "\0"sv, "file:///a"sv}) {
+    for (const std::string_view target : {"a"sv, "./a"sv, "file:///a"sv}) {
         EXPECT_EQ(peer->menuOfPaths(0, "/a\0"sv, target), kTarget);
         EXPECT_EQ(peer->runOnPaths("first", "", target), kTarget);
     }
+    EXPECT_EQ(takeCalls(), Calls{});
+}
+
+TEST_F(FinderService, TakesKindsOfAllBytesInAPlace) {
+    EXPECT_EQ(peer->menuOfPlace("\1\xFF\0"sv), kSampleBytes);
+    EXPECT_EQ(takeCalls(), Calls{"menu 255 > none"});
+}
+
+TEST_F(FinderService, RefusesAPlaceOfAnotherFormAndOneThatIsCutOff) {
+    const std::string kRefusal = "error org.freedesktop.DBus.Error.InvalidArgs: ";
+    for (const std::string_view place : {""sv, "\1"sv, "\0\0\0"sv, "\2\0\0"sv}) {
+        EXPECT_EQ(peer->menuOfPlace(place), kRefusal + "the place is of another form");
+    }
+    for (const std::string_view place : {"\1\0"sv, "\1\0/a"sv}) {
+        EXPECT_EQ(peer->menuOfPlace(place), kRefusal + "the target has no NUL behind it");
+    }
+    EXPECT_EQ(peer->menuOfPlace("\1\0\0/a"sv),
+              kRefusal + "the selection is not absolute paths with a NUL behind each");
     EXPECT_EQ(takeCalls(), Calls{});
 }
 

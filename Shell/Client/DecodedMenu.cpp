@@ -9,6 +9,8 @@ namespace Shell {
 
 namespace {
 
+constexpr std::size_t kUsualEntries = 4;
+
 // Each takes what the bytes begin with; false when that is something else.
 
 bool takeText(std::string_view& bytes, std::string& text) {
@@ -48,6 +50,7 @@ std::optional<Menu> decodedMenu(std::string_view bytes) {
     if (!takeText(bytes, menu.title)) {
         return std::nullopt;
     }
+    menu.entries.reserve(kUsualEntries);
     while (!bytes.empty()) {
         if (!takeEntry(bytes, menu.entries.emplace_back())) {
             return std::nullopt;

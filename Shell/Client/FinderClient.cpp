@@ -216,9 +216,7 @@ FinderClient::MenuAnswer FinderClient::menu(MenuKind kind, const Place& place,
         return answer;
     }
     Question question(session_->connection, session_->extension, "MenuOfPaths");
-    question.append(static_cast<std::uint64_t>(kind));
-    question.append(offered->items);
-    question.appendBytes(offered->target);
+    question.append(kind, *offered);
     answer.outcome = session_->ask(question, deadline);
     if (answer.outcome == Outcome::kDone) {
         answer.menu = question.menu();
@@ -236,10 +234,8 @@ Outcome FinderClient::run(MenuKind kind, std::string_view action, const Place& p
         return outcome;
     }
     Question question(session_->connection, session_->extension, "RunOnPaths");
-    question.append(static_cast<std::uint64_t>(kind));
     question.append(action);
-    question.append(offered->items);
-    question.appendBytes(offered->target);
+    question.append(kind, *offered);
     question.append(ClientConnection::microsecondsOf(deadline));
     return session_->ask(question, deadline + kGrace);
 }

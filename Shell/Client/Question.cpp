@@ -3,6 +3,7 @@
 #include "Shell/Client/DecodedMenu.h"
 #include "Shell/FinderInterface.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -79,20 +80,21 @@ void Question::append(std::string_view text) {
     }
 }
 
-void Question::appendBytes(std::string_view bytes) {
-    if (void* const space = spaceFor(bytes.size())) {
-        (void)bytes.copy(static_cast<char*>(space), bytes.size()); // all of them
+// A form, the kind, then texts with a NUL behind each.
+void Question::append(MenuKind kind, const OfferedPlace& place) {
+    const std::size_t targetLength = place.target.size() + 1; // with the NUL that it has anyway
+    char* bytes = spaceFor(2 + targetLength + place.items.size());
+    if (bytes == nullptr) {
+        return;
     }
-}
-
-void Question::append(const GatheredPaths& paths) {
-    if (void* const space = spaceFor(paths.size())) {
-        paths.copyTo(static_cast<char*>(space));
-    }
+    *bytes++ = FinderInterface::kPlaceForm;
+    *bytes++ = static_cast<char>(kind);
+    bytes = std::copy_n(place.target.c_str(), targetLength, bytes);
+    place.items.copyTo(bytes);
 }
 
 // Where so many bytes go, as an argument; null when they do not fit.
-void* Question::spaceFor(std::size_t bytes) {
+char* Question::spaceFor(std::size_t bytes) {
     if (bytes > kLongestArray) {
         check(-EMSGSIZE);
     }
@@ -100,7 +102,7 @@ void* Question::spaceFor(std::size_t bytes) {
     if (failure_ == 0) {
         check(sd_bus_message_append_array_space(call_.get(), SD_BUS_TYPE_BYTE, bytes, &space));
     }
-    return failure_ == 0 ? space : nullptr;
+    return failure_ == 0 ? static_cast<char*>(space) : nullptr;
 }
 
 int Question::answered(sd_bus_message* reply, void* object, sd_bus_error*) noexcept {

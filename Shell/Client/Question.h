@@ -3,7 +3,7 @@
 #include "Shell/Client/ClientConnection.h"
 #include "Shell/Client/FinderClient.h"
 #include "Shell/Client/FollowedExtension.h"
-#include "Shell/Client/GatheredPaths.h"
+#include "Shell/Client/Offer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -25,8 +25,7 @@ class Question {
     // The arguments, in their order. What does not fit a message, or is no text, ask() tells.
     void append(std::uint64_t number);
     void append(std::string_view text);
-    void appendBytes(std::string_view bytes);
-    void append(const GatheredPaths& paths);
+    void append(MenuKind kind, const OfferedPlace& place);
 
     // Sends it and waits for the answer: not longer than until the deadline, nor when the extension
     // goes.
@@ -39,7 +38,7 @@ class Question {
   private:
     static int answered(sd_bus_message* reply, void* object, sd_bus_error*) noexcept;
     void check(int result);
-    void* spaceFor(std::size_t bytes);
+    char* spaceFor(std::size_t bytes);
     bool isAsking() const noexcept { return extension_.owner() == owner_; }
     Outcome unanswered() const noexcept;
     Outcome failed();

@@ -106,6 +106,11 @@ void appendPlace(sd_bus_message* call, const PlaceArguments& place) {
     require(sd_bus_message_append(call, "s", place.target.c_str()), "a target");
 }
 
+std::string placeOf(std::uint64_t kind, std::string_view selection, std::string_view target) {
+    std::string place{Shell::FinderInterface::kPlaceForm, static_cast<char>(kind)};
+    return place.append(target).append(1, '\0').append(selection);
+}
+
 void appendBytes(sd_bus_message* call, std::string_view bytes) {
     require(sd_bus_message_append_array(call, 'y', bytes.data(), bytes.size()), "bytes");
 }
@@ -147,19 +152,18 @@ std::string BusPeer::run(std::uint64_t kind, const std::string& action, const Pl
 
 std::string BusPeer::menuOfPaths(std::uint64_t kind, std::string_view selection,
                                  std::string_view target) {
-    return call("MenuOfPaths", [&](sd_bus_message* call) {
-        require(sd_bus_message_append(call, "t", kind), "a kind");
-        appendBytes(call, selection);
-        appendBytes(call, target);
-    });
+    return menuOfPlace(placeOf(kind, selection, target));
+}
+
+std::string BusPeer::menuOfPlace(std::string_view bytes) {
+    return call("MenuOfPaths", [&](sd_bus_message* call) { appendBytes(call, bytes); });
 }
 
 std::string BusPeer::runOnPaths(const std::string& action, std::string_view selection,
                                 std::string_view target, std::uint64_t deadline) {
     return call("RunOnPaths", [&](sd_bus_message* call) {
-        require(sd_bus_message_append(call, "ts", 0UL, action.c_str()), "an action");
-        appendBytes(call, selection);
-        appendBytes(call, target);
+        require(sd_bus_message_append(call, "s", action.c_str()), "an action");
+        appendBytes(call, placeOf(0, selection, target));
         require(sd_bus_message_append(call, "t", deadline), "a deadline");
     });
 }

@@ -39,6 +39,7 @@ class BusPeer final : public Shell::BusConnection::Delegate {
     // The same in bytes: the selection's paths with their NULs, and the target's.
     std::string menuOfPaths(std::uint64_t kind, std::string_view selection,
                             std::string_view target);
+    std::string menuOfPlace(std::string_view bytes);
     std::string runOnPaths(const std::string& action, std::string_view selection,
                            std::string_view target, std::uint64_t deadline = 0);
     std::string beginObserving(const std::string& folder, bool untilCallerGoes);

@@ -43,14 +43,21 @@ std::string bytesOf(const Shell::Menu& menu) {
     return bytes;
 }
 
-// Paths with a NUL behind each, as "[/a /b]".
-std::string selectionOf(std::string paths) {
-    if (!paths.empty() && paths.back() == '\0') {
-        paths.pop_back();
+// A place in bytes: its kind, and what else it is, as "[/a /b] /t".
+struct ReadPlace {
+    explicit ReadPlace(const std::string& bytes) : kind(std::to_string(bytes.at(1))) {
+        const std::size_t targetEnd = bytes.find('\0', 2);
+        std::string paths = bytes.substr(targetEnd + 1);
+        if (!paths.empty() && paths.back() == '\0') {
+            paths.pop_back();
+        }
+        std::ranges::replace(paths, '\0', ' ');
+        text = "[" + paths + "] " + bytes.substr(2, targetEnd - 2);
     }
-    std::ranges::replace(paths, '\0', ' ');
-    return "[" + paths + "]";
-}
+
+    std::string kind;
+    std::string text;
+};
 
 } // namespace
 
@@ -245,10 +252,11 @@ std::string FakeExtension::argumentsOf(sd_bus_message* call) {
             require(sd_bus_message_read_basic(call, type, &flag), "a flag");
             text += flag != 0 ? " true" : " false";
             break;
-        case 'a':
-            text += " " + (text.find('[') == std::string::npos ? selectionOf(bytesOf(call))
-                                                               : bytesOf(call));
+        case 'a': {
+            const ReadPlace place(bytesOf(call));
+            text = " " + place.kind + text + " " + place.text;
             break;
+        }
         default:
             require(sd_bus_message_read_basic(call, 's', &value), "a text");
             text += " " + std::string(value);

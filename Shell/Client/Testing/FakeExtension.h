@@ -51,7 +51,8 @@ class FakeExtension {
     void changeToolTip(std::string toolTip);
     void changeHostAnswers(bool value);
 
-    // "MenuOfPaths 0 [/a /b] /t", "BeginObserving file:///a true", and so on.
+    // "MenuOfPaths 0 [/a /b] /t", "RunOnPaths 0 doIt: [/a /b] /t later", "BeginObserving file:///a
+    // true", and so on.
     std::vector<std::string> calls();
     bool waitForCalls(std::size_t count);
     // What the last command had, in microseconds.
