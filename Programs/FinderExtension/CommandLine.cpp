@@ -40,15 +40,13 @@ struct Request {
 
 Request requestIn(std::span<const char* const> arguments) {
     Request request;
-    bool isBehindOptions = false;
+    bool areOptions = true;
     for (const std::string_view argument : arguments) {
-        if (isBehindOptions) {
-            request.unexpected.push_back(argument);
-        } else if (argument == "--") {
-            isBehindOptions = true;
-        } else if (argument == "-h" || argument == "--help") {
+        if (areOptions && argument == "--") {
+            areOptions = false;
+        } else if (areOptions && (argument == "-h" || argument == "--help")) {
             request.help = true;
-        } else if (argument == "--version") {
+        } else if (areOptions && argument == "--version") {
             request.version = true;
         } else {
             request.unexpected.push_back(argument);
