@@ -70,8 +70,8 @@ RefPtr<Image> Image::imageNamed(const String& name) {
         return nullptr;
     }
     for (const std::string& folder : dataFolders()) {
-        const auto path =
-            String::fromFileSystemRepresentation(folder + kIconsBelowData + file + ".svg");
+        const auto path = String::fromFileSystemRepresentation(
+            std::string(folder).append(kIconsBelowData).append(file).append(".svg"));
         if (FileManager::defaultManager().fileExistsAtPath(*path)) {
             return make<Image>(name.copy(), path);
         }

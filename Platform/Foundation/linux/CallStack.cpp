@@ -115,11 +115,13 @@ std::vector<void*> captureFrom(const void* returnAddress) {
 
 std::vector<std::string> symbols(std::span<void* const> addresses) {
     std::vector<Frame> frames;
+    frames.reserve(addresses.size());
     for (void* const address : addresses) {
         frames.push_back(frameOf(address));
     }
     nameOwnFunctions(frames);
     std::vector<std::string> lines;
+    lines.reserve(frames.size());
     for (const Frame& frame : frames) {
         lines.push_back(lineOf(lines.size(), frame));
     }
