@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -251,6 +253,25 @@ TEST_F(KeyedArchiver, ArchivesFromWithinAnotherArchive) {
     const std::string text = entries(NS::make<Nested>());
     const std::string expected = "before=1, length=" + std::to_string(alone->length());
     EXPECT_NE(text.find(expected), std::string::npos) << text;
+}
+
+// One of them has the memory that is kept, the others their own.
+TEST_F(KeyedArchiver, ArchivesOnSeveralThreadsAtOnce) {
+    const auto list = listOf(100);
+    const std::string expected = archive(list);
+    std::atomic<int> different{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 50; ++round) {
+                different += archive(list) == expected ? 0 : 1;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(different, 0);
 }
 
 } // namespace
