@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
+#include <list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,7 +37,7 @@ class GatheredPaths {
     void addPiece(std::string_view piece);
 
     std::vector<std::string_view> pieces_;
-    std::deque<std::string> kept_; // what other pieces lie in; it stays where it is
+    std::list<std::string> kept_; // what other pieces lie in; it stays where it is
     std::size_t size_ = 0;
 };
 
