@@ -80,6 +80,7 @@ class WatchedFolders : public Tests::FolderTest {
     std::vector<std::string> items(const std::vector<std::string>& paths) {
         Shell::WatchedFolders placing(watched());
         std::vector<std::string> placed;
+        placed.reserve(paths.size());
         for (const std::string& path : paths) {
             const std::string item = full(path);
             Shell::GatheredPaths added;
@@ -100,6 +101,7 @@ class WatchedFolders : public Tests::FolderTest {
         spellings = std::move(watchedFolders);
         const std::vector<std::string> paths(std::begin(kPaths), std::end(kPaths));
         std::vector<std::string> each;
+        each.reserve(paths.size());
         for (const std::string& path : paths) {
             each.push_back(item(path));
         }

@@ -254,7 +254,7 @@ std::string FakeExtension::argumentsOf(sd_bus_message* call) {
             break;
         case 'a': {
             const ReadPlace place(bytesOf(call));
-            text = " " + place.kind + text + " " + place.text;
+            text.insert(0, " " + place.kind).append(" ").append(place.text);
             break;
         }
         default:
