@@ -329,6 +329,11 @@ TEST_F(FinderService, RefusesWhatIsNoFileURL) {
 }
 
 TEST_F(FinderService, RefusesArgumentsOfOtherTypes) {
+    const auto otherPlace = [](sd_bus_message* call) {
+        sd_bus_message_append(call, "tayay", std::uint64_t{0}, 0, 0);
+    };
+    EXPECT_TRUE(peer->call("MenuOfPaths", otherPlace)
+                    .starts_with("error org.freedesktop.DBus.Error.InvalidArgs: "));
     EXPECT_TRUE(peer->call("Menu").starts_with("error org.freedesktop.DBus.Error.InvalidArgs: "));
     EXPECT_EQ(takeCalls(), Calls{});
 }

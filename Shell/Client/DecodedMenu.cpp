@@ -52,7 +52,7 @@ std::optional<Menu> decodedMenu(std::string_view bytes) {
     }
     menu.entries.reserve(kUsualEntries);
     while (!bytes.empty()) {
-        if (!takeEntry(bytes, menu.entries.emplace_back())) {
+        if (menu.entries.size() == kMostEntries || !takeEntry(bytes, menu.entries.emplace_back())) {
             return std::nullopt;
         }
     }

@@ -54,6 +54,16 @@ TEST(DecodedMenu, IsNoneOfTextsThatAreNotUTF8) {
     EXPECT_FALSE(decodedMenu("\1Ok\0\1A\0\xED\xA0\x80\0"s));
 }
 
+TEST(DecodedMenu, IsNoneOfMoreEntriesThanAMenuHas) {
+    std::string bytes = "\1Ok\0"s;
+    for (std::size_t i = 0; i < Shell::kMostEntries; ++i) {
+        bytes += "\1A\0a:\0"s;
+    }
+    ASSERT_TRUE(decodedMenu(bytes));
+    EXPECT_EQ(decodedMenu(bytes)->entries.size(), Shell::kMostEntries);
+    EXPECT_FALSE(decodedMenu(bytes + "\1A\0a:\0"s));
+}
+
 TEST(DecodedMenu, IsNoneOfMoreBytesThanAMenuHas) {
     const std::string longest = "\1" + std::string(Shell::kLongestMenu - 2, 'a') + '\0';
     ASSERT_TRUE(decodedMenu(longest));

@@ -220,7 +220,10 @@ FinderClient::MenuAnswer FinderClient::menu(MenuKind kind, const Place& place,
     answer.outcome = session_->ask(question, deadline);
     if (answer.outcome == Outcome::kDone) {
         answer.menu = question.menu();
-        answer.outcome = answer.menu ? Outcome::kDone : Outcome::kFailed;
+        if (!answer.menu) {
+            answer.outcome = Outcome::kFailed;
+            session_->error = "its menu has a form that is not known here";
+        }
     }
     return answer;
 }

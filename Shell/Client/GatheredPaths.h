@@ -4,6 +4,7 @@
 #include <list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Shell {
@@ -14,8 +15,10 @@ namespace Shell {
 class GatheredPaths {
   public:
     GatheredPaths() = default;
-    GatheredPaths(GatheredPaths&&) = default;
-    GatheredPaths& operator=(GatheredPaths&&) = default;
+    GatheredPaths(GatheredPaths&& other) noexcept
+        : pieces_(std::move(other.pieces_)), kept_(std::move(other.kept_)),
+          size_(std::exchange(other.size_, 0)) {}
+    GatheredPaths& operator=(GatheredPaths&&) = delete;
     GatheredPaths(const GatheredPaths&) = delete;
     GatheredPaths& operator=(const GatheredPaths&) = delete;
 
@@ -23,9 +26,11 @@ class GatheredPaths {
     void reserve(std::size_t paths) { pieces_.reserve(paths); }
     // A path that outlives this.
     void add(const std::string& path);
+    void add(std::string&& path) = delete;
     // The path of an item: a folder's, with a slash at its end, and where the name begins in a path
     // that outlives this.
     void add(std::string_view folder, const std::string& path, std::size_t name);
+    void add(std::string_view folder, std::string&& path, std::size_t name) = delete;
     void addCopy(std::string path);
 
     // How many bytes they are, with their NULs.

@@ -20,5 +20,7 @@ struct OfferedPlace {
 // folder is none. The items lie in the place, which outlives them.
 std::optional<OfferedPlace> offeredPlace(const std::vector<std::string>& watchedFolders,
                                          MenuKind kind, const Place& place);
+std::optional<OfferedPlace> offeredPlace(const std::vector<std::string>& watchedFolders,
+                                         MenuKind kind, Place&& place) = delete;
 
 } // namespace Shell

@@ -11,8 +11,8 @@ namespace Shell {
 
 namespace {
 
-// What an array of the bus may hold. A message may be twice as long, so that a selection that fits
-// leaves room for two other texts; these come from paths and menus, which are short.
+// What an array of the bus may hold. A message may be twice as long, so that a place that fits
+// leaves room for the action beside it, which comes from a menu and is short.
 constexpr std::size_t kLongestArray = std::size_t{64} << 20U;
 constexpr std::size_t kLongestText = std::size_t{16} << 20U;
 

@@ -66,6 +66,7 @@ TEST_F(Question, FailsWhenTheAnswerIsNoMenu) {
     const auto answer = client->menu(MenuKind::kItems, item, kLong);
     EXPECT_EQ(answer.outcome, Outcome::kFailed);
     EXPECT_FALSE(answer.menu);
+    EXPECT_EQ(client->error(), "its menu has a form that is not known here");
 }
 
 TEST_F(Question, FailsWhenTheMenuIsNoText) {

@@ -151,7 +151,7 @@ std::string WatchedFolders::resolved(std::string_view path) {
     if (same == linkFree_ || isBelow(linkFree_, same)) {
         return same;
     }
-    if (!isFolderFreeOfLinks(same)) {
+    if (!isFreeOfLinks(same)) {
         return canonical(path);
     }
     linkFree_ = same;

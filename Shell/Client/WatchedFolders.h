@@ -78,7 +78,7 @@ class WatchedFolders {
     bool isWatchedResolved_ = false;
     std::string linkFree_; // the path last seen to hold no link
     Folders folders_;
-    Folders::value_type* lastFolder_ = nullptr; // of the item that was placed last
+    Folders::value_type* lastFolder_ = nullptr; // of the last item whose own name told its place
 };
 
 } // namespace Shell

@@ -156,6 +156,31 @@ TEST_F(WatchedFolders, PlaceNoItemWithANULBesideOthers) {
         (std::vector<std::string>{"inside @/data/drive/a", "nowhere", "inside @/data/drive/d"}));
 }
 
+// Names are looked at several bytes at a time: whatever stands around it, none is passed over.
+TEST_F(WatchedFolders, PlaceNoItemBesideOthersWhoseNameHoldsANULOrASlash) {
+    for (std::size_t length = 2; length <= 40; ++length) {
+        for (const char around : {'a', '\x01', '\x2E', '\x30', '\x80', '\xAF'}) {
+            std::vector<std::string> given{"@/data/drive/a"};
+            std::vector<std::string> expected{"inside @/data/drive/a"};
+            for (std::size_t at = 1; at < length; ++at) {
+                std::string name(length, around);
+                name[0] = 'n';
+                name[at] = '\0';
+                given.push_back("@/data/drive/" + name);
+                expected.emplace_back("nowhere");
+            }
+            ASSERT_EQ(items(given), expected) << length << " around " << static_cast<int>(around);
+        }
+    }
+}
+
+TEST_F(WatchedFolders, PlaceAnItemOfALongNameInTheFolderThatTheNameHasInIt) {
+    for (const std::string name : {"b", "b-is-long", "b-is-longer-than-16"}) {
+        EXPECT_EQ(items({"@/data/drive/a", "@/data/drive/out/" + name}),
+                  (std::vector<std::string>{"inside @/data/drive/a", "outside @/desk/" + name}));
+    }
+}
+
 TEST_F(WatchedFolders, AreNotHeldByALinkThatIsAnItem) {
     EXPECT_EQ(item("@/link"), "outside @/link");
     EXPECT_EQ(item("@/data/drive/self"), "inside @/data/drive/self");

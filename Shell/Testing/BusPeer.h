@@ -19,8 +19,7 @@ struct PlaceArguments {
 // A program on the session bus that asks the extension, served by the run loop of the test.
 //
 // Answers are text: strings quoted, arrays in brackets, structures in parentheses, bytes as they
-// are with each NUL as "|"; or "error ", the
-// error's name, a colon and what it says.
+// are with each NUL as "|"; or "error ", the error's name, a colon and what it says.
 class BusPeer final : public Shell::BusConnection::Delegate {
   public:
     using Append = std::function<void(sd_bus_message*)>;

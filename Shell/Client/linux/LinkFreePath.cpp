@@ -1,6 +1,5 @@
 #include "Shell/Client/LinkFreePath.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/syscall.h>
@@ -8,13 +7,17 @@
 
 namespace Shell {
 
-// To open a folder for writing is refused once it has been found, and what is no folder is refused
-// as well: so nothing is ever opened, which nobody would have to close.
-bool isFolderFreeOfLinks(const std::string& path) noexcept {
+bool isFreeOfLinks(const std::string& path) noexcept {
     open_how how{};
-    how.flags = O_WRONLY | O_DIRECTORY | O_CLOEXEC;
+    // Opens nothing that anybody would notice, and has nothing mounted that is not there yet.
+    how.flags = O_PATH | O_CLOEXEC;
     how.resolve = RESOLVE_NO_SYMLINKS;
-    return ::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how) < 0 && errno == EISDIR;
+    const long file = ::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how);
+    if (file < 0) {
+        return false;
+    }
+    (void)::close(static_cast<int>(file)); // nothing was written to it
+    return true;
 }
 
 } // namespace Shell
