@@ -47,7 +47,7 @@ function(quorvane_register_tests name)
     set(shards 4)
     math(EXPR last "${shards} - 1")
     foreach(shard RANGE ${last})
-        add_test(NAME ${name}.${shard} COMMAND ${name} --gtest_brief=1)
+        add_test(NAME ${name}.${shard} COMMAND ${name})
         set_tests_properties(${name}.${shard} PROPERTIES TIMEOUT 600
             ENVIRONMENT "GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${shard}" ${ARGN})
     endforeach()

@@ -212,9 +212,10 @@ void BlockPool::remove(Region* region) noexcept {
     MemoryRegion::unmap(region, kRegionSize);
 }
 
-// For what is kept of large listings here and there, which would keep all of their memory.
+// For what is kept of large listings here and there, which would keep all of their memory. Half of
+// the idle blocks stay, those that came back last; empty regions have none.
 void BlockPool::discardIdleBlocks() noexcept {
-    for (Region* region = first_; idleBlocks_ > 0; region = region->next) {
+    for (Region* region = last_; idleBlocks_ > kKeptIdleBlocks / 2; region = region->previous) {
         if (const std::size_t idle = region->idle(); idle > 0) {
             region->discardIdle();
             idleBlocks_ -= idle;

@@ -57,10 +57,9 @@ void checkLevel(std::size_t level) {
 
 } // namespace
 
-bool KeyedArchiver::Storage::isSmall() const noexcept {
+std::size_t KeyedArchiver::Storage::heldBytes() const noexcept {
     return list.heldBytes() + expectedLength + entries.heldBytes() + pending.heldBytes() +
-               values.heldBytes() + elements.capacity() * sizeof(Reference) <=
-           kKeptBytes;
+           values.heldBytes() + elements.capacity() * sizeof(Reference);
 }
 
 void KeyedArchiver::Storage::begin() {
@@ -79,7 +78,7 @@ class KeyedArchiver::BorrowedStorage {
         }
     }
     ~BorrowedStorage() {
-        if (storage_->isSmall()) {
+        if (storage_->heldBytes() <= kMostKeptBytes) {
             storage_.reset(kept_.exchange(storage_.release(), std::memory_order_acq_rel));
         }
     }
@@ -87,6 +86,7 @@ class KeyedArchiver::BorrowedStorage {
     BorrowedStorage& operator=(const BorrowedStorage&) = delete;
 
     Storage& operator*() const noexcept { return *storage_; }
+    Storage* operator->() const noexcept { return storage_.get(); }
 
   private:
     static constinit std::atomic<Storage*> kept_;
@@ -95,6 +95,10 @@ class KeyedArchiver::BorrowedStorage {
 };
 
 constinit std::atomic<KeyedArchiver::Storage*> KeyedArchiver::BorrowedStorage::kept_{nullptr};
+
+std::size_t KeyedArchiver::keptBytes() {
+    return BorrowedStorage()->heldBytes();
+}
 
 // Adds an entry to "$objects" and returns the reference of the UID that leads there.
 inline Reference KeyedArchiver::addEntry(Reference contents) {
@@ -392,7 +396,9 @@ Ref<Data> KeyedArchiver::finish(Reference root) {
     if (!isTree_) {
         checkReadable(archive);
     }
-    return archive.size() <= kCopiedBytes ? Data::dataWithBytes(archive) : takeArchive();
+    // What is much longer than the archive would stay with it.
+    const bool isCopied = archive.size() <= kCopiedBytes || 2 * archive.size() < list_.heldBytes();
+    return isCopied ? Data::dataWithBytes(archive) : takeArchive();
 }
 
 // Another listing is often about as long as this one.

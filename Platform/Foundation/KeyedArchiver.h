@@ -41,6 +41,9 @@ class KeyedArchiver {
     // path, a URL or error that holds itself, a collection among its own keys; and when the archive
     // would be longer than 4 GiB.
     static Ref<Data> archivedDataWithRootObject(const RefPtr<Object>& root);
+    // Bytes of memory that the process keeps for its next archive. For tests.
+    static std::size_t keptBytes();
+    static constexpr std::size_t kMostKeptBytes = std::size_t{1024} * 1024;
 
     KeyedArchiver(const KeyedArchiver&) = delete;
     KeyedArchiver& operator=(const KeyedArchiver&) = delete;
@@ -94,9 +97,9 @@ class KeyedArchiver {
     };
 
     // What an archive is put together in. One of these is kept for the next archive of the process,
-    // unless that takes more than kKeptBytes: memory that the allocator gives back to the system
-    // and asks for again is faulted in page by page, at half of what writing a thousand records
-    // costs.
+    // unless that takes more than kMostKeptBytes: memory that the allocator gives back to the
+    // system and asks for again is faulted in page by page, at half of what writing a thousand
+    // records costs.
     struct Storage {
         BinaryPropertyListWriter list;
         GrowingBuffer<Reference> entries;
@@ -107,12 +110,11 @@ class KeyedArchiver {
         // What the next archive may come to; 0 where the list's memory is still there.
         std::size_t expectedLength = 0;
 
-        bool isSmall() const noexcept;
+        std::size_t heldBytes() const noexcept;
         void begin();
     };
     class BorrowedStorage;
 
-    static constexpr std::size_t kKeptBytes = std::size_t{1024} * 1024;
     // An archive of no more is copied out of the memory that it was put together in.
     static constexpr std::size_t kCopiedBytes = std::size_t{16} * 1024;
 

@@ -12,6 +12,7 @@
 #include "Platform/Foundation/Testing/RaisedException.h"
 #include "Platform/Foundation/URL.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -19,6 +20,8 @@
 #include <vector>
 
 namespace {
+
+using testing::ContainsRegex;
 
 class KeyedArchiver : public testing::Test {
   protected:
@@ -272,6 +275,54 @@ TEST_F(KeyedArchiver, ArchivesOnSeveralThreadsAtOnce) {
         thread.join();
     }
     EXPECT_EQ(different, 0);
+}
+
+// Encodes numbers from one on, under keys of its own choice.
+class Choosing final : public NS::Object {
+  public:
+    explicit Choosing(std::vector<const char*> keys) : keys_(std::move(keys)) {}
+
+    void encodeWithCoder(NS::KeyedArchiver& coder) const override {
+        std::int64_t number = 0;
+        for (const char* const key : keys_) {
+            coder.encodeInt64_forKey(++number, key);
+        }
+    }
+
+  private:
+    std::vector<const char*> keys_;
+};
+
+// Objects of a class mostly have the same keys in the same order, which the archiver counts on.
+TEST_F(KeyedArchiver, WritesEachObjectsOwnKeys) {
+    const std::string text = archive(NS::Array::arrayWithObjects(
+        {NS::make<Choosing>(std::vector{"a", "b", "c"}),
+         NS::make<Choosing>(std::vector{"b", "a", "c"}),
+         NS::make<Choosing>(std::vector{"x", "a", "b"}),
+         NS::make<Choosing>(std::vector{"a", "x", "c"}),
+         NS::make<Choosing>(std::vector{"a", "b", "c", "d"}), NS::make<Choosing>(std::vector{"c"}),
+         NS::make<Choosing>(std::vector{"a", "b", "a"})}));
+    for (const char* const record : {"a=1, b=2, c=3", "b=1, a=2, c=3", "x=1, a=2, b=3",
+                                     "a=1, x=2, c=3", "a=1, b=2, c=3, d=4", "c=1", "a=3, b=2"}) {
+        EXPECT_THAT(text, ContainsRegex("[{].class=#[0-9]+, " + std::string(record) + "[}]"));
+    }
+}
+
+TEST_F(KeyedArchiver, KeepsTheMemoryOfASmallArchive) {
+    const auto archive = NS::KeyedArchiver::archivedDataWithRootObject(listOf(1'000));
+    EXPECT_GE(NS::KeyedArchiver::keptBytes(), archive->length());
+}
+
+TEST_F(KeyedArchiver, GivesTheMemoryOfALargeArchiveBack) {
+    (void)NS::KeyedArchiver::archivedDataWithRootObject(listOf(100'000));
+    EXPECT_LE(NS::KeyedArchiver::keptBytes(), NS::KeyedArchiver::kMostKeptBytes);
+}
+
+TEST_F(KeyedArchiver, LeavesWhatIsMuchLongerThanItselfToTheNextArchive) {
+    const auto large = NS::KeyedArchiver::archivedDataWithRootObject(listOf(20'000));
+    const auto small = NS::KeyedArchiver::archivedDataWithRootObject(listOf(2'000));
+    ASSERT_GT(small->length(), 16U * 1024);
+    EXPECT_GE(NS::KeyedArchiver::keptBytes(), large->length());
 }
 
 } // namespace

@@ -10,8 +10,9 @@ namespace NS {
 // objects like any other, on any thread, for as long as someone refers to them.
 //
 // A block of 4 KiB goes back when its last object has ended, and can then hold others: of few
-// objects that are kept, each may keep as much from them, and from the system (BlockPool). The
-// first objects of a batch have storage of their own. Batches may stand within one another.
+// objects that are kept, each may keep as much from them. What is kept from the system is bounded
+// (BlockPool). The first objects of a batch have storage of their own. Batches may stand within one
+// another.
 class ObjectBatch {
   public:
     // Objects that take more have storage of their own.

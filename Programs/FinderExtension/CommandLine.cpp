@@ -1,19 +1,13 @@
 #include "Programs/FinderExtension/CommandLine.h"
 
-#include <getopt.h>
+#include <string_view>
 
 namespace {
 
 // What the other programs' library ends them with.
 constexpr int kUnexpectedArgument = 109;
 
-constexpr option kOptions[] = {
-    {"help",    no_argument, nullptr, 'h'},
-    {"version", no_argument, nullptr, 'v'},
-    {nullptr,   0,           nullptr, 0  },
-};
-
-CommandLineReply helpFor(const char* program) {
+CommandLineReply helpFor(std::string_view program) {
     return {"Gives the file manager the menus of the Quorvane drive.\n"
             "Waits up to 120 seconds for the host application; ends when the host does.\n"
             "Usage: " +
@@ -31,7 +25,7 @@ CommandLineReply version() {
     return {"quorvane-finder-extension " QUORVANE_VERSION "\n", 0};
 }
 
-CommandLineReply complaintAbout(const char* argument) {
+CommandLineReply complaintAbout(std::string_view argument) {
     return {"The following argument was not expected: " + std::string(argument) +
                 "\nRun with --help for more information.\n",
             kUnexpectedArgument};
@@ -39,23 +33,19 @@ CommandLineReply complaintAbout(const char* argument) {
 
 } // namespace
 
-std::optional<CommandLineReply> replyToCommandLine(std::span<char* const> arguments) {
-    opterr = 0; // what is wrong is told here
-    optind = 0; // has the C library begin anew, where it was asked before
-    const auto count = static_cast<int>(arguments.size());
-    const int first = ::getopt_long(count, arguments.data(), "+h", kOptions, nullptr);
-    switch (first) {
-    case 'h':
+std::optional<CommandLineReply> replyToCommandLine(std::span<const char* const> arguments) {
+    if (arguments.size() < 2) {
+        return std::nullopt;
+    }
+    const std::string_view first = arguments[1];
+    if (first == "-h" || first == "--help") {
         return helpFor(arguments.front());
-    case 'v':
+    }
+    if (first == "--version") {
         return version();
-    case -1:
-        break;
-    default:
-        return complaintAbout(arguments[1]);
     }
-    if (optind < count) {
-        return complaintAbout(arguments[static_cast<std::size_t>(optind)]);
+    if (first != "--") {
+        return complaintAbout(first);
     }
-    return std::nullopt;
+    return arguments.size() == 2 ? std::nullopt : std::optional(complaintAbout(arguments[2]));
 }

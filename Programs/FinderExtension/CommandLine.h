@@ -5,9 +5,9 @@
 #include <string>
 
 // What the extension's command line asks for, in the form that the other programs have: "-h",
-// "--help", "--version", and no other argument. Read by the C library: the streams and initialisers
-// of the other programs' library alone would be a tenth of what this process, which is always
-// there, keeps of the memory.
+// "--help", "--version", and no other argument. Read without their library, whose streams and
+// initialisers alone would be a tenth of what this process, which is always there, keeps of the
+// memory.
 
 // What the program says, instead of doing its work.
 struct CommandLineReply {
@@ -18,5 +18,5 @@ struct CommandLineReply {
 };
 
 // Nothing where the program is to do its work; what the first argument asks for otherwise. Takes
-// main()'s arguments, the program's name first. Not for two threads at once.
-std::optional<CommandLineReply> replyToCommandLine(std::span<char* const> arguments);
+// main()'s arguments, the program's name first.
+std::optional<CommandLineReply> replyToCommandLine(std::span<const char* const> arguments);

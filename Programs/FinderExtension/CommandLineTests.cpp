@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -11,12 +12,9 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 
-std::optional<CommandLineReply> replyTo(std::vector<std::string> arguments) {
-    std::string program = "./extension";
-    std::vector<char*> commandLine{program.data()};
-    for (std::string& argument : arguments) {
-        commandLine.push_back(argument.data());
-    }
+std::optional<CommandLineReply> replyTo(std::initializer_list<const char*> arguments) {
+    std::vector<const char*> commandLine{"./extension"};
+    commandLine.insert(commandLine.end(), arguments);
     return replyToCommandLine(commandLine);
 }
 
@@ -44,11 +42,11 @@ TEST(CommandLine, AsksForTheVersion) {
 }
 
 TEST(CommandLine, HasAnOptionThatIsNotExpected) {
-    for (const std::string option : {"--no-such-option", "-x", "--help=yes"}) {
+    for (const char* const option : {"--no-such-option", "-x", "--he", "--help=yes", ""}) {
         const auto reply = replyTo({option});
         ASSERT_TRUE(reply.has_value());
         EXPECT_EQ(reply->status, 109);
-        EXPECT_EQ(reply->text, "The following argument was not expected: " + option +
+        EXPECT_EQ(reply->text, "The following argument was not expected: " + std::string(option) +
                                    "\nRun with --help for more information.\n");
     }
 }

@@ -25,6 +25,7 @@ bool hasHost(const FinderSync& extension) {
 
 int main(int argc, char** argv) {
     if (const auto reply = replyToCommandLine(std::span(argv, static_cast<std::size_t>(argc)))) {
+        // Nobody is told where not even that can be written.
         (void)std::fputs(reply->text.c_str(), reply->status == 0 ? stdout : stderr);
         return reply->status;
     }
