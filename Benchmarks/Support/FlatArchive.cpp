@@ -35,7 +35,7 @@ class Writer {
   public:
     Writer(std::byte* out, std::size_t room, unsigned referenceWidth, std::size_t objects)
         : begin_(out), out_(out), end_(out + room), width_(referenceWidth) {
-        offsets_.reserve(objects);
+        (void)offsets_.room(objects);
         std::memcpy(out_, "bplist00", 8);
         out_ += 8;
     }
@@ -62,7 +62,7 @@ class Writer {
 
     // The next entry of "$objects", and the reference of its UID.
     Reference entry(Reference contents) {
-        entries_.push_back(contents);
+        entries_.add(contents);
         return uid(entries_.size() - 1);
     }
     Reference uid(std::uint64_t value) {
@@ -71,7 +71,8 @@ class Writer {
     }
     // As many entries that are written later; the number of the first.
     std::size_t keepEntries(std::size_t count) {
-        entries_.resize(entries_.size() + count);
+        (void)entries_.room(count);
+        entries_.extend(count);
         return entries_.size() - count;
     }
     void setEntry(std::size_t uid, Reference contents) { entries_[uid] = contents; }
@@ -113,7 +114,7 @@ class Writer {
 
   private:
     Reference begin() {
-        offsets_.push_back(static_cast<std::uint32_t>(out_ - begin_));
+        offsets_.add(static_cast<std::uint32_t>(out_ - begin_));
         return static_cast<Reference>(offsets_.size() - 1);
     }
     Reference number(unsigned marker, std::uint64_t bits, unsigned width) {
@@ -146,8 +147,8 @@ class Writer {
     std::byte* out_;
     std::byte* end_;
     unsigned width_;
-    std::vector<std::uint32_t> offsets_;
-    std::vector<Reference> entries_;
+    NS::GrowingBuffer<std::uint32_t> offsets_;
+    NS::GrowingBuffer<Reference> entries_;
 };
 
 // A listing's archive by an author who knows what is in it.
@@ -293,9 +294,8 @@ std::size_t roomFor(const std::vector<File>& files) {
 FlatArchive::FlatArchive(const std::vector<File>& files) {
     const std::size_t room = roomFor(files);
     const std::size_t objects = kOtherObjects + kObjectsPerFile * files.size();
-    bytes_ = std::unique_ptr<std::byte[]>(new std::byte[room]);
-    Writer list(bytes_.get(), room, widthOf(objects), objects);
-    length_ = ListingWriter(list, files).write();
+    Writer list(bytes_.room(room), room, widthOf(objects), objects);
+    bytes_.extend(ListingWriter(list, files).write());
 }
 
 } // namespace Benchmarks

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Benchmarks/Support/Listings.h"
+#include "Platform/Foundation/ByteBuffer.h"
 
 #include <cstddef>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -16,11 +16,10 @@ class FlatArchive {
   public:
     explicit FlatArchive(const std::vector<File>& files);
 
-    std::span<const std::byte> bytes() const noexcept { return {bytes_.get(), length_}; }
+    std::span<const std::byte> bytes() const noexcept { return {bytes_.data(), bytes_.size()}; }
 
   private:
-    std::unique_ptr<std::byte[]> bytes_;
-    std::size_t length_;
+    NS::ByteBuffer bytes_;
 };
 
 } // namespace Benchmarks
