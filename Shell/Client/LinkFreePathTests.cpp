@@ -3,6 +3,7 @@
 #include "Tests/Support/PrivateFolders.h"
 
 #include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -34,6 +35,15 @@ TEST_F(LinkFreePath, SeesALinkOnTheWayAndAtTheEnd) {
 TEST_F(LinkFreePath, KnowsNothingOfWhatIsNotThere) {
     EXPECT_FALSE(isFree("absent"));
     EXPECT_FALSE(Shell::isFreeOfLinks(""));
+}
+
+TEST_F(LinkFreePath, TellsAFileWithoutLinksAndLeavesItAlone) {
+    std::ofstream(root / "file") << "text";
+    const auto before = fs::last_write_time(root / "file");
+    EXPECT_TRUE(isFree("file"));
+    EXPECT_FALSE(isFree("link/deep/../file"));
+    EXPECT_EQ(fs::file_size(root / "file"), 4U);
+    EXPECT_EQ(fs::last_write_time(root / "file"), before);
 }
 
 TEST_F(LinkFreePath, LeavesNothingOpen) {

@@ -1,5 +1,7 @@
 #include "Shell/Client/LinkFreePath.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/syscall.h>
@@ -7,16 +9,34 @@
 
 namespace Shell {
 
-bool isFreeOfLinks(const std::string& path) noexcept {
+namespace {
+
+// A descriptor, or -1 with the error.
+int openWithoutLinks(const std::string& path, std::uint64_t flags, std::uint64_t resolve) noexcept {
     open_how how{};
+    how.flags = flags | O_CLOEXEC;
+    how.resolve = RESOLVE_NO_SYMLINKS | resolve;
+    return static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how));
+}
+
+// To open a folder for writing is refused once it has been found: one call, with nothing to close.
+// Asked of what the system has in its cache alone, since otherwise it would have something mounted.
+bool isKnownFolder(const std::string& path) noexcept {
+    return openWithoutLinks(path, O_WRONLY | O_DIRECTORY, RESOLVE_CACHED) < 0 && errno == EISDIR;
+}
+
+} // namespace
+
+bool isFreeOfLinks(const std::string& path) noexcept {
+    if (isKnownFolder(path)) {
+        return true;
+    }
     // Opens nothing that anybody would notice, and has nothing mounted that is not there yet.
-    how.flags = O_PATH | O_CLOEXEC;
-    how.resolve = RESOLVE_NO_SYMLINKS;
-    const long file = ::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how);
+    const int file = openWithoutLinks(path, O_PATH, 0);
     if (file < 0) {
         return false;
     }
-    (void)::close(static_cast<int>(file)); // nothing was written to it
+    (void)::close(file); // nothing was written to it
     return true;
 }
 
