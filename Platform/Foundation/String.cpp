@@ -192,7 +192,10 @@ bool String::isEqualToString(const String& other) const noexcept {
     const String& b = other.contents();
     const std::size_t length = a.header_ & kLengthMask;
     const std::size_t unit = (a.header_ & kWide) != 0 ? sizeof(char16_t) : sizeof(char);
-    return a.header_ == b.header_ && std::memcmp(&a + 1, &b + 1, length * unit) == 0;
+    // The characters stand behind the object.
+    const void* const left = &a + 1;
+    const void* const right = &b + 1;
+    return a.header_ == b.header_ && std::memcmp(left, right, length * unit) == 0;
 }
 
 int String::compare(const String& other) const noexcept {
