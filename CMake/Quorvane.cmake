@@ -82,3 +82,12 @@ function(quorvane_program name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LINKS})
 endfunction()
+
+# The dynamic linker looks for each name in one library after the other: in the C++ library are most. A
+# sanitiser's own has to come before it.
+function(quorvane_link_standard_library_first name)
+    if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT QUORVANE_SANITIZE)
+        target_link_options(${name} PRIVATE
+            LINKER:--push-state,--no-as-needed,-lstdc++,--pop-state)
+    endif()
+endfunction()
