@@ -69,7 +69,8 @@ class BinaryPropertyListWriter {
     // Begins another list in the memory of the one before, or in that of the expected length where
     // it has none.
     void reset(std::size_t expectedLength = 0);
-    // Bytes of memory that it holds.
+    // Bytes of memory that the list stands in, and of all that it holds.
+    std::size_t listBytes() const noexcept { return bytes_.heldBytes(); }
     std::size_t heldBytes() const noexcept { return bytes_.heldBytes() + offsets_.heldBytes(); }
 
   private:

@@ -397,7 +397,7 @@ Ref<Data> KeyedArchiver::finish(Reference root) {
         checkReadable(archive);
     }
     // What is much longer than the archive would stay with it.
-    const bool isCopied = archive.size() <= kCopiedBytes || 2 * archive.size() < list_.heldBytes();
+    const bool isCopied = archive.size() <= kCopiedBytes || 2 * archive.size() < list_.listBytes();
     return isCopied ? Data::dataWithBytes(archive) : takeArchive();
 }
 
