@@ -87,6 +87,11 @@ class Figures(unittest.TestCase):
         report = {"benchmarks": [run("p/ours", 1.0, waiting=300)]}
         self.assertEqual(measuring.figures_of(report)["p", "ours", None]["waiting"], 300)
 
+    def test_of_rounds_are_their_medians(self):
+        rounds = [{("p", "ours", None): {goals.TIME: value, "waiting": -value}} for value in (9.0, 1.0, 2.0)]
+        self.assertEqual(measuring.together(rounds),
+                         {("p", "ours", None): {goals.TIME: 2.0, "waiting": -2.0}})
+
     def test_of_a_case_that_failed_are_none(self):
         failed = run("p/ours", 0.0, error_occurred=True, error_message="no bus")
         with self.assertRaisesRegex(measuring.MeasuringError, "no bus"):
@@ -120,6 +125,17 @@ class Programs(unittest.TestCase):
             arguments = (Path(folder) / "arguments").read_text(encoding="utf-8")
         self.assertIn("--benchmark_filter=^(a-b/ours)$ ", arguments)
 
+    def test_are_measured_as_often_as_there_are_rounds(self):
+        with tempfile.TemporaryDirectory() as folder:
+            template = Path(folder) / "template"
+            template.write_text(json.dumps({"benchmarks": [run("a/ours", 777)]}), encoding="utf-8")
+            program_that(folder, 'case "$*" in *list_tests*) echo a/ours; exit;; esac\n'
+                         f'echo again >>{folder}/rounds; for a; do case $a in --benchmark_out=*)\n'
+                         f'sed "s/777/$(wc -l <{folder}/rounds)/" {template} >"${{a#*=}}";; esac; done\n')
+            effort = measuring.Effort(rounds=3, repetitions=1, seconds=0.01)
+            figures = measuring.measure(folder, "a", effort, tell=lambda text: None)
+        self.assertEqual(figures, {("a", "ours", None): {goals.TIME: 2.0}})
+
     def test_measure_together_what_is_compared(self):
         names = ["p/ours/10", "p/ours/1000", "q/ours/10", "p/floor/10", "p/floor/1000"]
         self.assertEqual(list(measuring.compared(names)),
@@ -128,7 +144,7 @@ class Programs(unittest.TestCase):
 
 class Efforts(unittest.TestCase):
     def test_are_less_for_what_takes_long(self):
-        effort = measuring.Effort(repetitions=9, seconds=0.1)
+        effort = measuring.Effort(rounds=1, repetitions=9, seconds=0.1)
         self.assertEqual([effort.repetitions_of(size) for size in (None, 1000, 1_000_000)], [9, 9, 3])
 
 

@@ -3,8 +3,10 @@
 A case is called path/role or path/role/size. All programs run on one processor, one after the other. What
 is compared, the roles of a path at one size, is measured by one process, mixed at random, so that what
 disturbs the machine disturbs ours, floor and peer alike. Each size has a process of its own, since tidying up
-after a million entries would slow down a thousand. A figure is the median of its repetitions. Processor time
-is what counts, unless a case takes another.
+after a million entries would slow down a thousand. All that is measured is measured in rounds, each from the first
+to the last: what comes and goes with a few minutes, or with where a process's memory happened to be, is in one
+of them. A figure is the median of the rounds', and a round's is the median of its repetitions. Processor time is
+what counts, unless a case takes another.
 """
 
 import json
@@ -35,7 +37,8 @@ class MeasuringError(Exception):
 
 @dataclass(frozen=True)
 class Effort:
-    repetitions: int
+    rounds: int
+    repetitions: int  # in each of them
     seconds: float
 
     def repetitions_of(self, size):
@@ -43,8 +46,8 @@ class Effort:
         return min(self.repetitions, 3) if size and size >= 1_000_000 else self.repetitions
 
 
-THOROUGH = Effort(repetitions=7, seconds=0.06)
-QUICK = Effort(repetitions=3, seconds=0.03)
+THOROUGH = Effort(rounds=3, repetitions=5, seconds=0.04)
+QUICK = Effort(rounds=1, repetitions=3, seconds=0.03)
 
 
 def case_of(name):
@@ -61,6 +64,12 @@ def seconds_of(run):
     return run["real_time" if real else "cpu_time"] * SECONDS[run["time_unit"]]
 
 
+def medians(values):
+    """Of lists of values by case and key."""
+    return {case: {key: statistics.median(each) for key, each in figures.items()}
+            for case, figures in values.items()}
+
+
 def figures_of(report):
     """The medians of each case of a program's report."""
     runs = {}
@@ -73,8 +82,17 @@ def figures_of(report):
         values.setdefault(TIME, []).append(seconds_of(run))
         for key in run.keys() - NO_COUNTERS:
             values.setdefault(key, []).append(run[key])
-    return {case: {key: statistics.median(each) for key, each in values.items()}
-            for case, values in runs.items()}
+    return medians(runs)
+
+
+def together(rounds):
+    """The medians of what several rounds gave."""
+    values = {}
+    for figures in rounds:
+        for case, each in figures.items():
+            for key, value in each.items():
+                values.setdefault(case, {}).setdefault(key, []).append(value)
+    return medians(values)
 
 
 def programs_in(folder):
@@ -138,8 +156,7 @@ def compared(names):
     return groups.values()
 
 
-def measure(folder, wanted, effort, tell):
-    """The figures of the cases whose path contains a text, by (path, role, size)."""
+def measure_round(folder, wanted, effort, tell):
     measured = {}
     for program in programs_in(folder):
         names = [name for name in names_in(program) if wanted in case_of(name)[0]]
@@ -148,3 +165,12 @@ def measure(folder, wanted, effort, tell):
         for group in compared(names):
             measured.update(measure_program(program, group, effort))
     return measured
+
+
+def measure(folder, wanted, effort, tell):
+    """The figures of the cases whose path contains a text, by (path, role, size)."""
+    rounds = []
+    while len(rounds) < effort.rounds:
+        tell(f"round {len(rounds) + 1} of {effort.rounds}")
+        rounds.append(measure_round(folder, wanted, effort, tell))
+    return together(rounds)

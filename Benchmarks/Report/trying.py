@@ -38,7 +38,7 @@ def main():
     for program in map(Path, sys.argv[2:]):
         names = measuring.names_in(program)
         cases.update(measuring.case_of(name) for name in names)
-        measuring.measure_program(program, smallest(names), measuring.Effort(1, 0))
+        measuring.measure_program(program, smallest(names), measuring.Effort(rounds=1, repetitions=1, seconds=0))
     if absent := missing(rows, cases):
         print("goals.json names what no benchmark measures:", *absent, sep="\n  ", file=sys.stderr)
         return 1
