@@ -43,21 +43,22 @@ class DrivePrefix {
     DrivePrefix(const DrivePrefix&) = delete;
     DrivePrefix& operator=(const DrivePrefix&) = delete;
 
-    bool isPrefixOf(std::string_view path) const {
-        return isText_ ? path.starts_with(bytes_) : textOf(path)->hasPrefix(drive_);
-    }
-    // What follows it in a path that it is a prefix of. Valid until the next call.
-    std::string_view restOf(std::string_view path) {
-        return isText_ ? path.substr(bytes_.size()) : restOfText(path);
+    // What follows it in a path; nothing when it is no prefix of that. Valid until the next call.
+    std::optional<std::string_view> restOf(std::string_view path) {
+        if (!isText_) [[unlikely]] {
+            return restOfText(path);
+        }
+        return path.starts_with(bytes_) ? std::optional(path.substr(bytes_.size())) : std::nullopt;
     }
 
   private:
-    static NS::Ref<NS::String> textOf(std::string_view path) {
-        return NS::String::fromFileSystemRepresentation(path);
-    }
     // The last byte of a drive's path that is not UTF-8 may be the first of a character in another.
-    std::string_view restOfText(std::string_view path) {
-        rest_ = textOf(path)->substringFromIndex(drive_.length())->fileSystemRepresentation();
+    [[gnu::cold]] std::optional<std::string_view> restOfText(std::string_view path) {
+        const auto text = NS::String::fromFileSystemRepresentation(path);
+        if (!text->hasPrefix(drive_)) {
+            return std::nullopt;
+        }
+        rest_ = text->substringFromIndex(drive_.length())->fileSystemRepresentation();
         return rest_;
     }
 
@@ -101,11 +102,8 @@ void visitSelectionOnDrive(const NS::RefPtr<NS::String>& drive, Visitor&& visit)
     }
     DrivePrefix prefix(*drive);
     selection->visitPaths([&](std::string_view path) {
-        if (!prefix.isPrefixOf(path)) {
-            return true;
-        }
-        const std::string_view rest = prefix.restOf(path);
-        return visit(rest.empty() ? kDriveItself : rest);
+        const std::optional<std::string_view> rest = prefix.restOf(path);
+        return !rest || visit(rest->empty() ? kDriveItself : *rest);
     });
 }
 

@@ -1,6 +1,5 @@
 #include "Platform/Finder/Selection.h"
 
-#include <cstdint>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -13,46 +12,6 @@ constinit const NS::Class Selection::kClass{.name = "FISelection",
 
 namespace {
 
-// The NULs in a run of bytes.
-struct Ends {
-    std::size_t count = 0;
-    bool areBeforeSlashes = true;
-
-    void add(const Ends& other) noexcept {
-        count += other.count;
-        areBeforeSlashes = areBeforeSlashes && other.areBeforeSlashes;
-    }
-};
-
-// How many bytes are looked at together. Their NULs can be counted in a byte.
-constexpr std::size_t kBlock = 240;
-
-// The NULs in a block, behind which stands another byte. There is no way out of the loop, so that
-// the compiler has one instruction look at many bytes.
-Ends endsInBlock(const char* bytes) noexcept {
-    std::uint8_t count = 0;
-    std::uint8_t others = 0;
-    for (std::size_t i = 0; i < kBlock; ++i) {
-        const auto isEnd = static_cast<std::uint8_t>(bytes[i] == '\0');
-        count = static_cast<std::uint8_t>(count + isEnd);
-        others |= isEnd & static_cast<std::uint8_t>(bytes[i + 1] != '/');
-    }
-    return {count, others == 0};
-}
-
-// The NULs in bytes that end with one, but for that.
-Ends endsWithin(std::string_view bytes) noexcept {
-    Ends ends;
-    for (; bytes.size() > kBlock; bytes.remove_prefix(kBlock)) {
-        ends.add(endsInBlock(bytes.data()));
-    }
-    for (std::size_t end = bytes.find('\0'); end + 1 < bytes.size();
-         end = bytes.find('\0', end + 1)) {
-        ends.add({1, bytes[end + 1] == '/'});
-    }
-    return ends;
-}
-
 // How many paths there are; nothing unless all are absolute and have their NUL.
 std::optional<std::size_t> countOf(std::string_view paths) {
     if (paths.empty()) {
@@ -61,8 +20,15 @@ std::optional<std::size_t> countOf(std::string_view paths) {
     if (paths.front() != '/' || paths.back() != '\0') {
         return std::nullopt;
     }
-    const Ends ends = endsWithin(paths);
-    return ends.areBeforeSlashes ? std::optional(ends.count + 1) : std::nullopt;
+    NS::ZeroBytes ends(paths);
+    std::size_t count = 1;
+    for (std::size_t end = ends.next(); end + 1 < paths.size(); end = ends.next()) {
+        if (paths[end + 1] != '/') {
+            return std::nullopt;
+        }
+        ++count;
+    }
+    return count;
 }
 
 } // namespace

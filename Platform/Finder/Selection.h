@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/Property.h"
 #include "Platform/Foundation/URL.h"
+#include "Platform/Foundation/ZeroBytes.h"
 
 #include <cstddef>
 #include <string>
@@ -51,16 +52,17 @@ class Selection final : public NS::Object {
 
 template <class Visitor>
 void Selection::visitPathsIn(std::string_view paths, Visitor&& visit) {
-    while (!paths.empty()) {
-        const std::size_t end = paths.find('\0');
-        std::string_view path = paths.substr(0, end);
+    NS::ZeroBytes ends(paths);
+    for (std::size_t begin = 0; begin < paths.size();) {
+        const std::size_t end = ends.next();
+        std::string_view path = paths.substr(begin, end - begin);
+        begin = end + 1;
         while (path.size() > 1 && path.back() == '/') {
             path.remove_suffix(1);
         }
         if (!visit(path)) {
             return;
         }
-        paths.remove_prefix(end + 1);
     }
 }
 
