@@ -44,11 +44,11 @@ void servePortClients(const std::filesystem::path&, std::size_t count) {
         clients.push_back(client(counter));
     }
     Peer::sayReady();
-    const auto farAway = NS::Date::dateWithTimeIntervalSinceNow(86400);
+    const auto forEver = NS::Date::distantFuture();
     while (Peer::awaitOrder()) {
         while (counter->count < count * kBroadcastsAtOnce) {
             (void)NS::RunLoop::currentRunLoop()->runMode_beforeDate(NS::RunLoopMode::kDefault,
-                                                                    *farAway);
+                                                                    *forEver);
         }
         counter->count = 0;
         Peer::sayReady();

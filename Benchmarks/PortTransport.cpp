@@ -52,14 +52,14 @@ class Happening {
     void happen() noexcept { happened_ = true; }
     void await() {
         while (!happened_) {
-            (void)loop_->runMode_beforeDate(NS::RunLoopMode::kDefault, farAway_);
+            (void)loop_->runMode_beforeDate(NS::RunLoopMode::kDefault, forEver_);
         }
         happened_ = false;
     }
 
   private:
     NS::Ref<NS::RunLoop> loop_ = NS::RunLoop::currentRunLoop();
-    NS::Ref<NS::Date> farAway_ = NS::Date::dateWithTimeIntervalSinceNow(86400);
+    NS::Ref<NS::Date> forEver_ = NS::Date::distantFuture();
     bool happened_ = false;
 };
 

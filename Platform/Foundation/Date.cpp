@@ -16,6 +16,7 @@ namespace {
 
 // Years beyond four digits are no dates that anyone means; the number itself tells more.
 constexpr double kStartOfYear1 = -63113904000.0;
+constexpr double kStartOfYear4001 = 63113904000.0;
 constexpr double kStartOfYear10000 = 252423993600.0;
 
 } // namespace
@@ -30,6 +31,11 @@ Ref<Date> Date::dateWithTimeIntervalSinceNow(double seconds) {
 
 Ref<Date> Date::dateWithTimeIntervalSince1970(double seconds) {
     return make<Date>(seconds - kTimeIntervalSince1970);
+}
+
+const Ref<Date>& Date::distantFuture() {
+    static const Ref<Date>& date = *new Ref<Date>(make<Date>(kStartOfYear4001));
+    return date;
 }
 
 double Date::timeIntervalSince1970() const noexcept {

@@ -12,6 +12,8 @@ class Date final : public Object {
     static Ref<Date> date();
     static Ref<Date> dateWithTimeIntervalSinceNow(double seconds);
     static Ref<Date> dateWithTimeIntervalSince1970(double seconds);
+    // The year 4001: later than whatever is waited for. What waits until then waits for ever.
+    static const Ref<Date>& distantFuture();
     explicit Date(double timeIntervalSinceReferenceDate) noexcept
         : seconds_(timeIntervalSinceReferenceDate) {}
 

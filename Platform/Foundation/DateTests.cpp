@@ -37,6 +37,10 @@ TEST(Date, CountsFromTwoBeginnings) {
     EXPECT_EQ(NS::make<NS::Date>(0.5)->timeIntervalSince1970(), 978307200.5);
 }
 
+TEST(Date, HasAFutureThatIsDistant) {
+    EXPECT_EQ(NS::Date::distantFuture()->description()->utf8(), "4001-01-01 00:00:00 +0000");
+}
+
 TEST(Date, ComparesMoments) {
     const auto early = NS::make<NS::Date>(1.0);
     const auto late = NS::make<NS::Date>(1.5);

@@ -40,7 +40,7 @@ class RunLoop final : public Object {
     // Returns at the date and not earlier, also when there is nothing to serve.
     void runUntilDate(const Date& date);
     // Serves one source that is ready, or the first that becomes so; false when none is by the
-    // date.
+    // date. No clock is read for Date::distantFuture().
     bool runMode_beforeDate(RunLoopMode mode, const Date& date);
     // Serves the sources for ever.
     [[noreturn]] void run();

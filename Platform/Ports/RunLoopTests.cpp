@@ -241,6 +241,38 @@ TEST_F(RunLoop, MeasuresItsDateByTheClockInUse) {
     EXPECT_EQ(clock.absoluteTime(), 1000);
 }
 
+// Tells how often it was read.
+class CountingClock final : public NS::Clock {
+  public:
+    double absoluteTime() override {
+        ++reads;
+        return 1000;
+    }
+    void sleep(double) override {}
+
+    int reads = 0;
+};
+
+TEST_F(RunLoop, ReadsNoClockToWaitForEver) {
+    TestPort port;
+    ASSERT_TRUE(send(port.port, {"x"}));
+    CountingClock clock;
+    const NS::ScopedClock scoped(clock);
+    EXPECT_TRUE(loop->runMode_beforeDate(NS::RunLoopMode::kDefault, *NS::Date::distantFuture()));
+    EXPECT_EQ(clock.reads, 0);
+}
+
+TEST_F(RunLoop, WaitsForEverForWhatComesLater) {
+    TestPort here;
+    ASSERT_TRUE(registerPort(here, "here"));
+    std::thread other([&] { EXPECT_TRUE(send(lookUp("here"), {"x"})); });
+    while (here.collector->messages.empty()) {
+        EXPECT_TRUE(
+            loop->runMode_beforeDate(NS::RunLoopMode::kDefault, *NS::Date::distantFuture()));
+    }
+    other.join();
+}
+
 TEST_F(RunLoop, TakesWhatIsNoDateForAPastOne) {
     TestPort port;
     ASSERT_TRUE(send(port.port, {"x"}));

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,7 +20,10 @@ struct PortIdentity {
 
     std::string hex() const;
     bool isNone() const noexcept { return *this == PortIdentity{}; }
-    friend bool operator==(const PortIdentity&, const PortIdentity&) = default;
+    // Asked with each message; a comparison by default goes byte by byte.
+    friend bool operator==(const PortIdentity& a, const PortIdentity& b) noexcept {
+        return std::memcmp(a.bytes.data(), b.bytes.data(), sizeof a.bytes) == 0;
+    }
 };
 
 } // namespace NS

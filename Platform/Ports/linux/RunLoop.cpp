@@ -27,13 +27,20 @@ using Monotonic = std::chrono::steady_clock;
 constexpr double kLongestWait = 86400.0;
 // Seconds since 2001 as a floating-point number come in steps of a tenth of this.
 constexpr double kPrecisionOfDates = 1e-6;
+constexpr int kForEver = -1;
 
 // The time until a date, on a clock that nobody sets. Clocks are looked at when it is made and when
-// something did not come in time, not with each message.
+// something did not come in time, not with each message; for ever needs none.
 class Patience {
   public:
-    explicit Patience(const Date& date) : begin_(Monotonic::now()), deadline_(begin_) {
-        const double seconds = date.timeIntervalSinceReferenceDate() - absoluteTimeGetCurrent();
+    explicit Patience(const Date& date) {
+        const double end = date.timeIntervalSinceReferenceDate();
+        if (end >= Date::distantFuture()->timeIntervalSinceReferenceDate()) {
+            return;
+        }
+        begin_ = Monotonic::now();
+        deadline_ = begin_;
+        const double seconds = end - absoluteTimeGetCurrent();
         if (seconds > 0) {
             const std::chrono::duration<double> wait(std::min(seconds, kLongestWait * 365 * 100) +
                                                      kPrecisionOfDates);
@@ -44,21 +51,23 @@ class Patience {
     // At the beginning.
     int milliseconds() const noexcept { return millisecondsFrom(begin_); }
     int millisecondsLeft() const noexcept { return millisecondsFrom(Monotonic::now()); }
-    bool isOver() const noexcept { return Monotonic::now() >= deadline_; }
+    bool isOver() const noexcept { return !isEndless() && Monotonic::now() >= deadline_; }
     bool isNone() const noexcept { return deadline_ == begin_; }
 
   private:
+    bool isEndless() const noexcept { return deadline_ == Monotonic::time_point::max(); }
     // Rounded up, so that the wait never ends early.
     int millisecondsFrom(Monotonic::time_point now) const noexcept {
+        if (isEndless()) {
+            return kForEver;
+        }
         const std::chrono::duration<double, std::milli> left = deadline_ - now;
         return static_cast<int>(std::ceil(std::clamp(left.count(), 0.0, kLongestWait * 1000)));
     }
 
     Monotonic::time_point begin_;
-    Monotonic::time_point deadline_;
+    Monotonic::time_point deadline_ = Monotonic::time_point::max();
 };
-
-constexpr int kForEver = -1;
 
 } // namespace
 
@@ -146,6 +155,9 @@ class RunLoop::System {
   private:
     // Over a copy: an observer may take itself away.
     void notifyObservers() {
+        if (observers_.empty()) {
+            return;
+        }
         const auto observers = observers_;
         for (const Ref<RunLoopObserver>& observer : observers) {
             observer->beforeWaiting();
