@@ -143,20 +143,13 @@ void KeyedArchiver::encodeObject_forKey(const RefPtr<Object>& object, std::strin
 }
 
 void KeyedArchiver::encodeProperty_of(const Property& property, const Object& object) {
-    if (property.whileHeld == nullptr) {
+    if (property.reference == nullptr) {
         return encodeObject_forKey(property.get(object), property.key);
     }
-    struct Context {
-        KeyedArchiver& archiver;
-        Reference reference;
-    };
-    Context context{*this, kNilReference};
-    const auto look = [](void* opaque, const Object* value) {
-        auto& [archiver, reference] = *static_cast<Context*>(opaque);
-        reference = archiver.referenceToPropertys(value);
-    };
-    property.whileHeld(object, look, &context);
-    put(property, context.reference);
+    Reference reference = kNilReference;
+    property.reference(object).whileHeld(
+        [&](const Object* value) { reference = referenceToPropertys(value); });
+    put(property, reference);
 }
 
 void KeyedArchiver::encodeDouble_forKey(double value, std::string_view key) {
