@@ -17,6 +17,8 @@ constexpr std::string_view kMagic = "bplist00";
 constexpr std::size_t kTrailerSize = 32;
 constexpr unsigned kArray = 0xA;
 constexpr unsigned kDictionary = 0xD;
+// For how many objects' offsets places are made at once.
+constexpr std::size_t kPlaces = 256;
 
 // An integer's size is a power of two; its marker names the exponent.
 constexpr unsigned sizeExponent(std::uint64_t value) noexcept {
@@ -73,8 +75,14 @@ std::byte* putNumbers(std::byte* out, std::span<const std::uint32_t> numbers) no
         BigEndian::storeAhead(out, joined<width>(next), 2 * width);
         BigEndian::storeAhead(out + 2 * width, joined<width>(next + 2), 2 * width);
     }
-    for (; next != end; ++next, out += width) {
+    if (end - next >= 2) {
+        BigEndian::storeAhead(out, joined<width>(next), 2 * width);
+        next += 2;
+        out += 2 * width;
+    }
+    if (next != end) {
         BigEndian::storeAhead(out, *next, width);
+        out += width;
     }
     return out;
 }
@@ -102,8 +110,9 @@ void BinaryPropertyListWriter::reset(std::size_t expectedLength) {
     bytes_.clear();
     (void)bytes_.room(expectedLength);
     offsets_.clear();
+    count_ = 0;
+    prepared_ = 0;
     referenceWidth_ = 1;
-    untilWider_ = largestOf(referenceWidth_);
     putRaw(bytes_.room(kMagic.size()), std::span(kMagic));
     bytes_.extend(kMagic.size());
 }
@@ -134,6 +143,11 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addUnsigned(std::u
     putNumber(out, 0x14, 0, 8);
     BigEndian::storeAhead(out + 9, value, 8);
     return lastAdded();
+}
+
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addLongUid(std::uint64_t value) {
+    const unsigned width = machineWidthOf(value);
+    return addNumber(0x80U | (width - 1), value, width);
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addFloat(float value) {
@@ -181,8 +195,8 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addString(const St
 // Widens before the references are counted in bytes.
 std::byte* BinaryPropertyListWriter::beginCollection(unsigned kind, std::uint64_t count,
                                                      std::size_t references) {
-    if (untilWider_ == 0) [[unlikely]] {
-        widen();
+    if (count_ == prepared_) [[unlikely]] {
+        prepareMore();
     }
     return beginCounted(kind, count, references * referenceWidth_);
 }
@@ -207,6 +221,19 @@ BinaryPropertyListWriter::addDictionary(std::span<const Reference> keys,
     return lastAdded();
 }
 
+// Makes places for the offsets of some objects more, with references that reach them.
+void BinaryPropertyListWriter::prepareMore() {
+    if (count_ == largestOf(referenceWidth_)) {
+        widen();
+    }
+    if (count_ == offsets_.size()) {
+        (void)offsets_.room(kPlaces);
+        offsets_.extend(kPlaces);
+    }
+    prepared_ = static_cast<Reference>(
+        std::min<std::uint64_t>(offsets_.size(), largestOf(referenceWidth_)));
+}
+
 // Writes all that was added anew, with the next width of references. It happens twice at most, for
 // the 256th object and the 65,536th.
 void BinaryPropertyListWriter::widen() {
@@ -216,9 +243,9 @@ void BinaryPropertyListWriter::widen() {
     before.extend(bytes_.size());
     bytes_.clear();
     bytes_.extend(kMagic.size());
-    for (std::size_t object = 0; object < offsets_.size(); ++object) {
+    for (std::size_t object = 0; object < count_; ++object) {
         const std::size_t begin = offsets_[object];
-        const std::size_t end = object + 1 < offsets_.size() ? offsets_[object + 1] : before.size();
+        const std::size_t end = object + 1 < count_ ? offsets_[object + 1] : before.size();
         offsets_[object] = static_cast<std::uint32_t>(bytes_.size());
         widenObject(Bytes(before).subspan(begin, end - begin), width);
         if (bytes_.size() > kLongest) {
@@ -226,7 +253,6 @@ void BinaryPropertyListWriter::widen() {
         }
     }
     referenceWidth_ = width;
-    untilWider_ = largestOf(width) - offsets_.size();
 }
 
 void BinaryPropertyListWriter::widenObject(Bytes object, unsigned width) {
@@ -250,9 +276,10 @@ Bytes BinaryPropertyListWriter::finishInPlace(Reference top) {
     static_assert(kTrailerSize >= kAhead); // the trailer follows whatever is written ahead of it
     const std::size_t table = bytes_.size();
     const unsigned width = machineWidthOf(table);
-    std::byte* const out = bytes_.room(offsets_.size() * width + kTrailerSize);
-    putTrailer(putNumbers(out, offsets_, width), width, top, table);
-    bytes_.extend(offsets_.size() * width + kTrailerSize);
+    const std::size_t size = count_ * std::size_t{width} + kTrailerSize;
+    std::byte* const out = bytes_.room(size);
+    putTrailer(putNumbers(out, std::span(offsets_).first(count_), width), width, top, table);
+    bytes_.extend(size);
     return bytes_;
 }
 
@@ -266,7 +293,7 @@ void BinaryPropertyListWriter::putTrailer(std::byte* out, unsigned offsetWidth, 
     std::memset(out, 0, kTrailerSize);
     out[6] = static_cast<std::byte>(offsetWidth);
     out[7] = static_cast<std::byte>(referenceWidth_);
-    BigEndian::store(out + 8, offsets_.size(), 8);
+    BigEndian::store(out + 8, count_, 8);
     BigEndian::store(out + 16, top, 8);
     BigEndian::store(out + 24, table, 8);
 }

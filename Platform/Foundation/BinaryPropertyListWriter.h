@@ -53,8 +53,10 @@ class BinaryPropertyListWriter {
     Reference addString(const String& text);
     Reference addAscii(std::string_view text);
     Reference addUid(std::uint64_t value) {
-        const unsigned width = machineWidthOf(value);
-        return addNumber(0x80U | (width - 1), value, width);
+        if (value < 0x100) {
+            return addNumber(0x80, value, 1);
+        }
+        return value < 0x10000 ? addNumber(0x81, value, 2) : addLongUid(value);
     }
     Reference addArray(std::span<const Reference> elements);
     // As many values as keys.
@@ -85,16 +87,15 @@ class BinaryPropertyListWriter {
 
     // Begins an object and gives room for its bytes, and some more.
     std::byte* begin(std::size_t size) {
-        if (untilWider_ == 0) [[unlikely]] {
-            widen();
+        if (count_ == prepared_) [[unlikely]] {
+            prepareMore();
         }
         const std::size_t offset = bytes_.size();
         if (size > kLongest - offset) [[unlikely]] {
             raiseTooLong();
         }
         std::byte* const out = bytes_.room(size + kAhead);
-        offsets_.add(static_cast<std::uint32_t>(offset));
-        --untilWider_;
+        offsets_[count_++] = static_cast<std::uint32_t>(offset);
         bytes_.extend(size);
         return out;
     }
@@ -129,16 +130,19 @@ class BinaryPropertyListWriter {
     std::byte* beginLong(unsigned kind, std::uint64_t count, std::size_t bodySize);
     std::byte* beginCollection(unsigned kind, std::uint64_t count, std::size_t references);
     std::byte* putReferences(std::byte* out, std::span<const Reference> references) const noexcept;
-    Reference lastAdded() const noexcept { return static_cast<Reference>(offsets_.size() - 1); }
+    Reference lastAdded() const noexcept { return count_ - 1; }
+    Reference addLongUid(std::uint64_t value);
+    void prepareMore();
     void widen();
     void widenObject(Bytes object, unsigned width);
     void putTrailer(std::byte* out, unsigned offsetWidth, Reference top,
                     std::uint64_t table) const noexcept;
 
     ByteBuffer bytes_;
-    GrowingBuffer<std::uint32_t> offsets_; // of each object
+    GrowingBuffer<std::uint32_t> offsets_; // of each object, and places for those to come
+    Reference count_ = 0;                  // of the objects
+    Reference prepared_ = 0; // how many may come until there have to be places or wider references
     unsigned referenceWidth_ = 0;
-    std::uint64_t untilWider_ = 0; // how many objects may come before references are wider
 };
 
 } // namespace NS

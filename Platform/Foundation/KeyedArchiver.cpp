@@ -14,7 +14,6 @@
 #include <array>
 #include <atomic>
 #include <memory>
-#include <optional>
 #include <utility>
 
 namespace NS {
@@ -48,6 +47,8 @@ bool isLeaf(const Object& object) noexcept {
 
 // The UID of nil, 0, is the second object of every archive's property list, after "$null".
 constexpr Reference kNilReference = 1;
+// What stands for no reference: "$null" itself is none that an object has.
+constexpr Reference kNoLeaf = 0;
 
 void checkLevel(std::size_t level) {
     if (level > Limits::kDepth) {
@@ -142,20 +143,13 @@ void KeyedArchiver::encodeObject_forKey(const RefPtr<Object>& object, std::strin
 }
 
 void KeyedArchiver::encodeProperty_of(const Property& property, const Object& object) {
-    if (property.whileHeld == nullptr) {
+    if (property.reference == nullptr) {
         return encodeObject_forKey(property.get(object), property.key);
     }
-    struct Context {
-        KeyedArchiver& archiver;
-        Reference reference;
-    };
-    Context context{*this, kNilReference};
-    const auto look = [](void* opaque, const Object* value) {
-        auto& [archiver, reference] = *static_cast<Context*>(opaque);
-        reference = archiver.referenceToPropertys(value);
-    };
-    property.whileHeld(object, look, &context);
-    put(property, context.reference);
+    Reference reference = kNilReference;
+    property.reference(object).whileHeld(
+        [&](const Object* value) { reference = referenceToPropertys(value); });
+    put(property, reference);
 }
 
 void KeyedArchiver::encodeDouble_forKey(double value, std::string_view key) {
@@ -202,8 +196,8 @@ Reference KeyedArchiver::referenceToPropertys(const Object* value) {
         return kNilReference;
     }
     const bool isHeldOnce = value->referenceCount() == 1;
-    if (const auto leaf = isHeldOnce ? addLeaf(*value) : std::nullopt) {
-        return *leaf;
+    if (const Reference leaf = isHeldOnce ? addLeaf(*value) : kNoLeaf; leaf != kNoLeaf) {
+        return leaf;
     }
     keep(*value);
     return isHeldOnce ? addPending(*value) : referenceToShared(*value);
@@ -223,8 +217,8 @@ Reference KeyedArchiver::referenceToShared(const Object& object) {
 }
 
 Reference KeyedArchiver::addObject(const Object& object) {
-    const auto leaf = addLeaf(object);
-    return leaf ? *leaf : addPending(object);
+    const Reference leaf = addLeaf(object);
+    return leaf != kNoLeaf ? leaf : addPending(object);
 }
 
 Reference KeyedArchiver::addPending(const Object& object) {
@@ -232,14 +226,15 @@ Reference KeyedArchiver::addPending(const Object& object) {
     return addEntry(0);
 }
 
-// Nothing for an object that is no leaf.
-std::optional<Reference> KeyedArchiver::addLeaf(const Object& object) {
+// No optional: that is put together in memory from its two members and fetched as one word, for
+// which the processor waits until both have arrived there.
+Reference KeyedArchiver::addLeaf(const Object& object) {
     const Class* const objectClass = &object.objectClass();
     Reference value = 0;
     if (objectClass == &String::kClass) {
         const auto& text = static_cast<const String&>(object);
         if (!isPlainText(text)) {
-            return std::nullopt;
+            return kNoLeaf;
         }
         value = list_.addString(text);
     } else if (objectClass == &Number::kClass) {
@@ -249,7 +244,7 @@ std::optional<Reference> KeyedArchiver::addLeaf(const Object& object) {
     } else if (objectClass == &Data::kClass) {
         value = list_.addData(static_cast<const Data&>(object).bytes());
     } else {
-        return std::nullopt;
+        return kNoLeaf;
     }
     return addEntry(value);
 }

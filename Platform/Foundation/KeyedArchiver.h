@@ -10,7 +10,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -125,7 +124,7 @@ class KeyedArchiver {
     Reference referenceToPropertys(const Object* value);
     Reference referenceToShared(const Object& object);
     Reference addObject(const Object& object);
-    std::optional<Reference> addLeaf(const Object& object);
+    Reference addLeaf(const Object& object);
     Reference addDate(const Date& date);
     Reference addPending(const Object& object);
     Reference addEntry(Reference contents);

@@ -67,6 +67,9 @@ class AtomicRef {
     }
     void storeUnshared(RefPtr<T> object) noexcept { (void)exchangeUnshared(std::move(object)); }
 
+    // Where a property that has this as its storage keeps its value.
+    const AtomicRef& reference() const noexcept { return *this; }
+
     // Calls look(const T*) with what it refers to, or null, which is not let go of before look()
     // returns. For what takes no longer than to write a text down: other threads wait meanwhile.
     template <class Look>
@@ -112,17 +115,14 @@ class AtomicRef {
 
 // One property as key-value coding sees it.
 struct Property {
-    // Looks at the object that a property refers to, or null, which is held meanwhile.
-    using Look = void (*)(void* context, const Object* value);
-
     std::string_view key;
     RefPtr<Object> (*get)(const Object& object);
     void (*set)(Object& object, RefPtr<Object> value);
     // The same for an object that no other thread knows of yet: AtomicRef::storeUnshared().
     void (*setUnshared)(Object& object, RefPtr<Object> value);
-    // Calls look(context, value) with what stands there, without taking a reference to it: as
+    // Where the object's value stands, for who looks at it without a reference to it:
     // AtomicRef::whileHeld(). Null for a scalar.
-    void (*whileHeld)(const Object& object, Look look, void* context);
+    const AtomicRef<Object>& (*reference)(const Object& object);
     bool isScalar;
 };
 
@@ -194,7 +194,7 @@ T unboxedScalar(const Object& object, std::string_view key, const RefPtr<Object>
     }
 
 #define NS_PROPERTY_ENTRY(name, scalar, getExpression, setExpression, setUnsharedExpression,       \
-                          whileHeldFunction)                                                       \
+                          referenceFunction)                                                       \
     static constexpr NS::Property propertyAt(NS::PropertyLine<Self_, __LINE__>) {                  \
         static_assert(__LINE__ - kFirstPropertyLine < NS::kPropertyLines,                          \
                       "a property stands too far below its class's NS_OBJECT");                    \
@@ -205,7 +205,7 @@ T unboxedScalar(const Object& object, std::string_view key, const RefPtr<Object>
                 },                                                                                 \
                 NS_PROPERTY_SETTER(setExpression),                                                 \
                 NS_PROPERTY_SETTER(setUnsharedExpression),                                         \
-                whileHeldFunction,                                                                 \
+                referenceFunction,                                                                 \
                 scalar};                                                                           \
     }
 
@@ -225,9 +225,8 @@ T unboxedScalar(const Object& object, std::string_view key, const RefPtr<Object>
     }                                                                                              \
     NS_PROPERTY_ENTRY(name, false, self.name##_.load(), self.name##_.store(std::move(value)),      \
                       self.name##_.storeUnshared(std::move(value)),                                \
-                      [](const NS::Object& object, NS::Property::Look look, void* context) {       \
-                          static_cast<const Self_&>(object).name##_.whileHeld(                     \
-                              [&](const NS::Object* value) { look(context, value); });             \
+                      [](const NS::Object& object) -> const NS::AtomicRef<NS::Object>& {           \
+                          return static_cast<const Self_&>(object).name##_.reference();            \
                       })                                                                           \
                                                                                                    \
   private:                                                                                         \

@@ -92,16 +92,16 @@ TEST(Property, ReadsAScalarFromAText) {
 // A storage that keeps a second reference to what it was given last.
 class DoubleStorage {
   public:
-    NS::RefPtr<NS::Object> load() const { return object_; }
-    void store(const NS::RefPtr<NS::Object>& object) { object_ = copy_ = object; }
-    void storeUnshared(const NS::RefPtr<NS::Object>& object) { store(object); }
-    template <class Look>
-    void whileHeld(Look&& look) const {
-        look(static_cast<const NS::Object*>(object_.get()));
+    NS::RefPtr<NS::Object> load() const { return object_.load(); }
+    void store(const NS::RefPtr<NS::Object>& object) {
+        object_.store(object);
+        copy_ = object;
     }
+    void storeUnshared(const NS::RefPtr<NS::Object>& object) { store(object); }
+    const NS::AtomicRef<NS::Object>& reference() const { return object_; }
 
   private:
-    NS::RefPtr<NS::Object> object_;
+    NS::AtomicRef<NS::Object> object_;
     NS::RefPtr<NS::Object> copy_;
 };
 
@@ -130,22 +130,16 @@ TEST(Property, CanHaveAStorageOfItsOwn) {
 
 // What looks at a property's object without a reference to it must find it alive.
 TEST(Property, ShowsWhatItHoldsWithoutAnotherReference) {
-    struct Seen {
-        const NS::Object* object = nullptr;
-        std::uint32_t references = 0;
-    };
-    const auto look = [](void* context, const NS::Object* value) {
-        *static_cast<Seen*>(context) = {value, value == nullptr ? 0 : value->referenceCount()};
-    };
     const auto record = NS::make<Record>();
-    Seen seen;
-    kRecordProperties[0].whileHeld(*record, look, &seen);
-    EXPECT_EQ(seen.object, nullptr);
-    record->setTitle(NS::str("Docs"));
-    kRecordProperties[0].whileHeld(*record, look, &seen);
-    EXPECT_EQ(seen.references, 1U);
-    EXPECT_EQ(record->title().get(), seen.object);
-    EXPECT_EQ(kRecordProperties[1].whileHeld, nullptr);
+    const auto& reference = kRecordProperties[0].reference(*record);
+    reference.whileHeld([](const NS::Object* value) { EXPECT_EQ(value, nullptr); });
+    const auto title = NS::str("Docs");
+    record->setTitle(title);
+    reference.whileHeld([&](const NS::Object* value) {
+        EXPECT_EQ(value, title.get());
+        EXPECT_EQ(title->referenceCount(), 2U);
+    });
+    EXPECT_EQ(kRecordProperties[1].reference, nullptr);
 }
 
 TEST(Property, HoldsWhateverObjectItIsGivenByItsKey) {

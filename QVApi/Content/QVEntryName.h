@@ -41,10 +41,8 @@ class QVEntryName {
     void storeUnshared(NS::RefPtr<NS::Object> name) noexcept;
     // Whether it is this very object, which the caller holds; null is no name.
     bool is(const NS::Object* name) const noexcept { return name_.peek() == name; }
-    template <class Look>
-    void whileHeld(Look&& look) const {
-        name_.whileHeld(std::forward<Look>(look));
-    }
+    // Where it stands, for key-value coding.
+    const NS::AtomicRef<NS::Object>& reference() const noexcept { return name_; }
 
   private:
     static void noteReplaced(const NS::RefPtr<NS::Object>& before, const NS::Object* now) noexcept;
