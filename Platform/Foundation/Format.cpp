@@ -81,6 +81,10 @@ class Formatter {
             out_.append('%');
             return;
         }
+        if (accept('@')) { // as nearly always
+            out_.append(*descriptionAt(nextArgument()));
+            return;
+        }
         acceptPosition();
         FormatConversion conversion;
         acceptFlags(conversion);
@@ -196,7 +200,7 @@ class Formatter {
     void append(const FormatConversion& conversion, const FormatArgument& argument) {
         switch (conversion.letter) {
         case '@':
-            appendObject(conversion, argument);
+            appendText(conversion, *descriptionAt(argument));
             break;
         case 'd':
         case 'i':
@@ -226,11 +230,11 @@ class Formatter {
         }
     }
 
-    void appendObject(const FormatConversion& conversion, const FormatArgument& argument) {
+    Ref<String> descriptionAt(const FormatArgument& argument) const {
         if (argument.kind() != FormatArgument::Kind::kObject) {
             raiseBadFormat(format_, "\"%@\" asks for an object and gets something else");
         }
-        appendText(conversion, *descriptionOf(argument.object()));
+        return descriptionOf(argument.object());
     }
 
     void appendUnit(const FormatConversion& conversion, char16_t unit) {
