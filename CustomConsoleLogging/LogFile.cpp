@@ -1,8 +1,12 @@
 #include "CustomConsoleLogging/LogFile.h"
 
 #include "CustomConsoleLogging/QVLogging.h"
+#include "Platform/Foundation/Clock.h"
+#include "Platform/Foundation/DateFormatter.h"
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/Format.h"
+
+#include <cstring>
 
 namespace {
 
@@ -11,43 +15,49 @@ constexpr std::size_t kKeptLine = std::size_t{64} << 10U;
 
 } // namespace
 
-void LogFile::append(const QVLogging& logging, std::initializer_list<std::string_view> message,
-                     Stamp stamp) {
+// Whoever else has a reference to the instance keeps it: it is only asked for the first message.
+void LogFile::append(const NS::AtomicRef<QVLogging>& logging, std::string_view message, Stamp stamp,
+                     std::optional<double> coarse) {
+    if (logging.peek() == nullptr) {
+        return;
+    }
     const std::lock_guard lock(mutex_);
-    if (!path_) {
-        const NS::RefPtr<NS::String> folder = logging.path();
-        if (!folder) {
-            return;
-        }
-        create(*folder, logging.prefix());
+    if (!file_) {
+        makeFor(*logging.load());
+    }
+    if (!file_) {
+        return;
     }
     line_.clear();
     if (stamp == Stamp::kFine) {
-        ((line_ += '[') += formatter_.now()) += "]: ";
+        fineStamp_.append(line_, NS::absoluteTimeGetCurrent());
     }
-    for (const std::string_view part : message) {
-        line_ += part;
+    if (coarse) {
+        coarseStamp_.append(line_, *coarse);
     }
-    write(line_);
-    if (line_.capacity() > kKeptLine) {
-        std::string().swap(line_);
+    std::memcpy(line_.room(message.size()), message.data(), message.size());
+    line_.extend(message.size());
+    // The line is lost where the file is gone or its disk is full.
+    (void)file_->append(line_);
+    if (line_.heldBytes() > kKeptLine) {
+        line_ = {};
+    }
+}
+
+void LogFile::makeFor(const QVLogging& logging) {
+    if (const NS::RefPtr<NS::String> folder = logging.path()) {
+        create(*folder, logging.prefix());
     }
 }
 
 void LogFile::create(const NS::String& folder, const NS::RefPtr<NS::String>& prefix) {
+    NS::DateFormatter formatter("yyyy-MM-dd HH:mm:ss.SS");
     const auto name =
-        NS::stringWithFormat("%@Log-%@.txt", prefix, formatter_.stringFromDate(*NS::Date::date()));
-    path_ = folder.stringByAppendingString(*name);
+        NS::stringWithFormat("%@Log-%@.txt", prefix, formatter.stringFromDate(*NS::Date::date()));
+    const auto path = folder.stringByAppendingString(*name);
     NS::FileManager& files = NS::FileManager::defaultManager();
+    file_ = files.appenderForPath(*path);
     // Where one of them fails the file cannot be opened, and the lines are lost in silence.
     (void)files.createDirectoryAtPath(folder);
-    (void)files.createFileAtPath_contents(*path_, {});
-}
-
-void LogFile::write(std::string_view bytes) const {
-    auto file = NS::FileHandle::fileHandleForWritingAtPath(*path_);
-    // A file without an end to go to would be overwritten from its start.
-    if (file && file->seekToEndOfFile()) {
-        (void)file->writeData(NS::bytesOf(bytes)); // a full disk loses the line
-    }
+    (void)files.createFileAtPath_contents(*path, {});
 }

@@ -2,40 +2,39 @@
 #include "CustomConsoleLogging/TextBytes.h"
 #include "CustomConsoleLogging/consoleLogging.h"
 #include "Platform/Foundation/Array.h"
+#include "Platform/Foundation/Clock.h"
 
 namespace {
 
-// A line's message, without its end.
-NS::StringBuilder messageOf(std::string_view format,
-                            std::span<const NS::FormatArgument> arguments) {
-    NS::StringBuilder message;
-    NS::appendFormatWithArguments(message, format, arguments);
-    return message;
+// A line's message, with its end.
+NS::StringBuilder lineOf(std::string_view format, std::span<const NS::FormatArgument> arguments) {
+    NS::StringBuilder line;
+    NS::appendFormatWithArguments(line, format, arguments);
+    line.append('\n');
+    return line;
 }
 
 } // namespace
 
 void logLine(std::string_view format, std::span<const NS::FormatArgument> arguments) {
-    const NS::StringBuilder message = messageOf(format, arguments);
+    const NS::StringBuilder line = lineOf(format, arguments);
     LoggingState& state = LoggingState::shared();
-    if (const auto logging = state.instance.load()) {
+    if (state.instance.peek() != nullptr) {
         // The clock is read here, and once more for the outer stamp: the two may differ by a
         // second.
-        const NS::DateFormatter::Text coarse = state.coarseStamp.now();
-        withUtf8(message, [&](std::string_view bytes) {
-            state.file.append(*logging, {"[", coarse, "]: ", bytes, "\n"}, LogFile::Stamp::kFine);
+        const double coarse = NS::absoluteTimeGetCurrent();
+        withUtf8(line, [&](std::string_view bytes) {
+            state.file.append(state.instance, bytes, LogFile::Stamp::kFine, coarse);
         });
     }
 }
 
 void logSuccinctLine(std::string_view format, std::span<const NS::FormatArgument> arguments) {
-    const NS::StringBuilder message = messageOf(format, arguments);
+    const NS::StringBuilder line = lineOf(format, arguments);
     LoggingState& state = LoggingState::shared();
-    if (const auto logging = state.instance.load()) {
-        withUtf8(message, [&](std::string_view bytes) {
-            state.file.append(*logging, {bytes, "\n"}, LogFile::Stamp::kNone);
-        });
-    }
+    withUtf8(line, [&](std::string_view bytes) {
+        state.file.append(state.instance, bytes, LogFile::Stamp::kNone);
+    });
 }
 
 void exceptionHandler(const NS::Exception& exception) {

@@ -2,13 +2,11 @@
 
 #include "CustomConsoleLogging/LogFile.h"
 #include "CustomConsoleLogging/QVLogging.h"
-#include "Platform/Foundation/DateFormatter.h"
 #include "Platform/Foundation/Property.h"
 
 // All that logging keeps for the life of the process.
 struct LoggingState {
     NS::AtomicRef<QVLogging> instance;
-    NS::DateFormatter coarseStamp{"yyyy-MM-dd HH:mm:ss"};
     LogFile file;         // what fileMessage_succinct() writes
     LogFile succinctFile; // what fileSuccinctMessage() writes
 

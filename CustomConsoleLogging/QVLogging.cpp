@@ -30,9 +30,11 @@ void QVLogging::fileMessage_succinct(const NS::RefPtr<NS::String>& message, bool
     if (!message) {
         return;
     }
+    NS::AtomicRef<QVLogging> self;
+    self.store(this);
     withUtf8(*message, [&](std::string_view bytes) {
         LoggingState::shared().file.append(
-            *this, {bytes}, succinct ? LogFile::Stamp::kNone : LogFile::Stamp::kFine);
+            self, bytes, succinct ? LogFile::Stamp::kNone : LogFile::Stamp::kFine);
     });
 }
 
@@ -40,8 +42,10 @@ void QVLogging::fileSuccinctMessage(const NS::RefPtr<NS::String>& message) {
     if (!message) {
         return;
     }
+    NS::AtomicRef<QVLogging> self;
+    self.store(this);
     withUtf8(*message, [&](std::string_view bytes) {
-        LoggingState::shared().succinctFile.append(*this, {bytes}, LogFile::Stamp::kNone);
+        LoggingState::shared().succinctFile.append(self, bytes, LogFile::Stamp::kNone);
     });
 }
 

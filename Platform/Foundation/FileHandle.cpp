@@ -7,7 +7,11 @@
 namespace NS {
 
 std::optional<FileHandle> FileHandle::fileHandleForWritingAtPath(const String& path) {
-    FileManager& manager = FileManager::defaultManager();
+    return fileHandleForWritingAtPath_by(path, FileManager::defaultManager());
+}
+
+std::optional<FileHandle> FileHandle::fileHandleForWritingAtPath_by(const String& path,
+                                                                    FileManager& manager) {
     const std::optional<int> file = manager.openForWriting(path);
     return file ? std::optional<FileHandle>(FileHandle(manager, *file)) : std::nullopt;
 }

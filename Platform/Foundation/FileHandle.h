@@ -9,8 +9,7 @@ namespace NS {
 
 class FileManager;
 
-// An open file. A value that is moved, not copied: a log line is opened, written and closed, and an
-// object of its own would be a good part of that. Closes what is still open when it goes.
+// An open file. A value that is moved, not copied, and closes what is still open when it goes.
 //
 // Not for use by two threads at once.
 class FileHandle {
@@ -18,6 +17,9 @@ class FileHandle {
     // Opens a file of the default file manager. Never creates it: nil when it is not there or must
     // not be written.
     static std::optional<FileHandle> fileHandleForWritingAtPath(const String& path);
+    // The same of another file manager.
+    static std::optional<FileHandle> fileHandleForWritingAtPath_by(const String& path,
+                                                                   FileManager& manager);
 
     FileHandle(FileHandle&& other) noexcept;
     FileHandle& operator=(FileHandle&& other) noexcept;

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Array.h"
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/Date.h"
+#include "Platform/Foundation/FileAppender.h"
 #include "Platform/Foundation/FileFolder.h"
 #include "Platform/Foundation/FileHandle.h"
 #include "Platform/Foundation/String.h"
@@ -60,6 +61,9 @@ class FileManager {
     // Puts a file for this user alone in place of what was there: whole, or not at all. The folder
     // must be there.
     virtual bool createFileAtPath_contents(const String& path, Bytes contents) = 0;
+    // What writes behind the end of a file, which need not be there yet. Lives no longer than the
+    // file manager.
+    virtual std::unique_ptr<FileAppender> appenderForPath(const String& path);
     // Removes an entry, and what a folder holds. A symbolic link goes, what it points to stays.
     // False when something is left.
     virtual bool removeItemAtPath(const String& path) = 0;

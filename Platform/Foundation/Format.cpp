@@ -3,7 +3,6 @@
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/FormatConversion.h"
-#include "Platform/Foundation/Utf8.h"
 
 #include <charconv>
 #include <cstddef>
@@ -33,24 +32,32 @@ class Formatter {
     }
 
     void run() {
-        while (!rest_.empty()) {
-            const std::size_t percent = rest_.find('%');
-            appendLiteral(rest_.substr(0, percent));
-            if (percent == std::string_view::npos) {
-                break;
+        for (;;) {
+            appendLiteral();
+            if (rest_.empty()) {
+                return;
             }
-            rest_.remove_prefix(percent + 1);
+            rest_.remove_prefix(1);
             convert();
         }
     }
 
   private:
-    void appendLiteral(std::string_view bytes) {
-        if (Utf8::isAscii(bytes)) {
+    // What stands before the next conversion. Mostly few characters: one pass both finds its end
+    // and tells whether they are ASCII.
+    void appendLiteral() {
+        std::size_t length = 0;
+        unsigned char bits = 0;
+        for (; length < rest_.size() && rest_[length] != '%'; ++length) {
+            bits |= static_cast<unsigned char>(rest_[length]);
+        }
+        const std::string_view bytes = rest_.substr(0, length);
+        if (bits < 0x80) {
             out_.appendAscii(bytes);
         } else {
             out_.append(*String::fromFileSystemRepresentation(bytes));
         }
+        rest_.remove_prefix(length);
     }
 
     char peek() const noexcept { return rest_.empty() ? '\0' : rest_.front(); }
@@ -79,6 +86,10 @@ class Formatter {
     void convert() {
         if (accept('%')) {
             out_.append('%');
+            return;
+        }
+        if (accept('@')) { // as nearly always
+            out_.append(*descriptionAt(nextArgument()));
             return;
         }
         acceptPosition();
@@ -196,7 +207,7 @@ class Formatter {
     void append(const FormatConversion& conversion, const FormatArgument& argument) {
         switch (conversion.letter) {
         case '@':
-            appendObject(conversion, argument);
+            appendText(conversion, *descriptionAt(argument));
             break;
         case 'd':
         case 'i':
@@ -226,11 +237,11 @@ class Formatter {
         }
     }
 
-    void appendObject(const FormatConversion& conversion, const FormatArgument& argument) {
+    Ref<String> descriptionAt(const FormatArgument& argument) const {
         if (argument.kind() != FormatArgument::Kind::kObject) {
             raiseBadFormat(format_, "\"%@\" asks for an object and gets something else");
         }
-        appendText(conversion, *descriptionOf(argument.object()));
+        return descriptionOf(argument.object());
     }
 
     void appendUnit(const FormatConversion& conversion, char16_t unit) {

@@ -4,10 +4,33 @@
 
 namespace NS {
 
+void StringBuilder::reserveLong(std::size_t length) {
+    long_.reserve(length);
+    if (!isLong_) {
+        long_ = ascii();
+        isLong_ = true;
+    }
+}
+
+void StringBuilder::appendNarrow(std::string_view characters) {
+    const std::size_t length = shortLength_ + characters.size();
+    if (!isLong_ && length <= kShort) {
+        characters.copy(short_.data() + shortLength_, characters.size());
+        shortLength_ = length;
+        return;
+    }
+    if (!isLong_) {
+        reserveLong(length);
+    }
+    long_.append(characters);
+}
+
 void StringBuilder::widen() {
     if (wide_.empty()) {
-        wide_.assign(narrow_.begin(), narrow_.end());
-        narrow_.clear();
+        const std::string_view narrow = ascii();
+        wide_.assign(narrow.begin(), narrow.end());
+        shortLength_ = 0;
+        long_.clear();
     }
 }
 
@@ -22,7 +45,7 @@ void StringBuilder::append(const String& text) {
 
 void StringBuilder::appendAscii(std::string_view characters) {
     if (wide_.empty()) {
-        narrow_.append(characters);
+        appendNarrow(characters);
     } else {
         wide_.append(characters.begin(), characters.end());
     }
@@ -51,14 +74,14 @@ void StringBuilder::appendRepeated(char asciiCharacter, std::size_t count) {
         return;
     }
     if (wide_.empty()) {
-        narrow_.append(count, asciiCharacter);
+        appendNarrow(std::string(count, asciiCharacter));
     } else {
         wide_.append(count, static_cast<unsigned char>(asciiCharacter));
     }
 }
 
 Ref<String> StringBuilder::string() const {
-    return wide_.empty() ? String::fromAscii(narrow_) : String::fromUtf16(wide_);
+    return wide_.empty() ? String::fromAscii(ascii()) : String::fromUtf16(wide_);
 }
 
 } // namespace NS

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/String.h"
 
+#include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -13,7 +14,11 @@ namespace NS {
 class StringBuilder {
   public:
     // Makes room for so many characters, which saves time where about as many follow.
-    void reserve(std::size_t length) { narrow_.reserve(length); }
+    void reserve(std::size_t length) {
+        if (length > kShort) {
+            reserveLong(length);
+        }
+    }
 
     void append(const String& text);
     void append(char asciiCharacter) { appendAscii({&asciiCharacter, 1}); }
@@ -23,18 +28,29 @@ class StringBuilder {
     void appendCodePoint(char32_t codePoint);
     void appendRepeated(char asciiCharacter, std::size_t count);
 
-    std::size_t length() const noexcept { return wide_.empty() ? narrow_.size() : wide_.size(); }
+    std::size_t length() const noexcept { return wide_.empty() ? ascii().size() : wide_.size(); }
     // The text so far.
     Ref<String> string() const;
     // The same in place, as long as all of it is ASCII; until the next change.
     bool isAscii() const noexcept { return wide_.empty(); }
-    std::string_view ascii() const noexcept { return narrow_; }
+    std::string_view ascii() const noexcept {
+        return isLong_ ? std::string_view(long_) : std::string_view(short_.data(), shortLength_);
+    }
 
   private:
+    // A text of no more is put together in place.
+    static constexpr std::size_t kShort = 256;
+
+    void reserveLong(std::size_t length);
+    void appendNarrow(std::string_view characters);
     void widen();
 
-    // Exactly one of the two is in use: the wide one as soon as it is not empty.
-    std::string narrow_;
+    // One of the three is in use: the wide one as soon as it is not empty, else the long one where
+    // the text came to be too long.
+    std::array<char, kShort> short_; // as many as the length tells
+    std::size_t shortLength_ = 0;
+    bool isLong_ = false;
+    std::string long_;
     std::u16string wide_;
 };
 

@@ -28,6 +28,29 @@ TEST_F(StringBuilder, KeepsItsTextWhenItMakesRoom) {
     EXPECT_EQ(text(), "abc\xC3\xA9");
 }
 
+// Texts stand in place up to some length, which is none of the user's business.
+TEST_F(StringBuilder, TakesTextsOfEveryLength) {
+    std::string expected;
+    for (int part = 0; part < 60; ++part) {
+        const std::string characters(static_cast<std::size_t>(part % 13),
+                                     static_cast<char>('a' + part % 26));
+        builder.appendAscii(characters);
+        expected += characters;
+        EXPECT_EQ(builder.ascii(), expected);
+        EXPECT_EQ(builder.length(), expected.size());
+    }
+    EXPECT_EQ(text(), expected);
+}
+
+TEST_F(StringBuilder, WidensALongText) {
+    builder.appendAscii(std::string(250, 'a'));
+    builder.appendRepeated('b', 300);
+    builder.appendUnit(u'\xE9');
+    builder.appendAscii("c");
+    EXPECT_EQ(text(), std::string(250, 'a') + std::string(300, 'b') + "\xC3\xA9" + "c");
+    EXPECT_EQ(builder.length(), 552U);
+}
+
 TEST_F(StringBuilder, StaysNarrowForAscii) {
     builder.append('a');
     builder.appendAscii("bc");

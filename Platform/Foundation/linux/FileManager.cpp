@@ -24,6 +24,8 @@ namespace NS {
 namespace {
 
 constexpr mode_t kFolderMode = 0700;
+// Without waiting: a named pipe that nobody reads must not hold the caller up.
+constexpr int kForWriting = O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 FileAttributes::Kind kindOf(mode_t mode) noexcept {
     switch (mode & S_IFMT) {
@@ -90,6 +92,21 @@ std::string withoutSlashesAtEnd(const char* path) {
 std::string temporaryNameBeside(const std::string& path) {
     return path.substr(0, path.rfind('/') + 1) + ".new-XXXXXX";
 }
+
+// All in one function: when a call of the system returns, the processor has forgotten where
+// functions return to, and much of their code.
+class SystemFileAppender final : public FileAppender {
+  public:
+    explicit SystemFileAppender(const String& path) : path_(path) {}
+
+    bool append(Bytes bytes) override {
+        const FileDescriptor file(::open(path_.c_str(), kForWriting));
+        return file && ::lseek(file.get(), 0, SEEK_END) >= 0 && writeAll(file.get(), bytes);
+    }
+
+  private:
+    SystemPath path_;
+};
 
 class SystemFileManager final : public FileManager {
   public:
@@ -179,6 +196,10 @@ class SystemFileManager final : public FileManager {
         return false;
     }
 
+    std::unique_ptr<FileAppender> appenderForPath(const String& path) override {
+        return std::make_unique<SystemFileAppender>(path);
+    }
+
     bool removeItemAtPath(const String& path) override {
         std::error_code error;
         const auto removed =
@@ -188,9 +209,7 @@ class SystemFileManager final : public FileManager {
 
   protected:
     std::optional<int> openForWriting(const String& path) override {
-        // Without waiting: a named pipe that nobody reads must not hold the caller up.
-        const int file =
-            ::open(SystemPath(path).c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+        const int file = ::open(SystemPath(path).c_str(), kForWriting);
         return file < 0 ? std::nullopt : std::optional<int>(file);
     }
 
