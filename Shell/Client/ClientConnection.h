@@ -47,6 +47,8 @@ class ClientConnection {
 
     // Handles what has come, without waiting. Of a flood it leaves the rest for the next time.
     void serve();
+    // The same where something has come: to look costs less than to handle nothing.
+    void serveIfReady();
     // Makes the descriptor readable until serve() is called: at once, or from a moment on. Of two
     // moments the earlier one counts.
     void wake() noexcept { wakeAt(Clock::time_point()); }
@@ -70,6 +72,7 @@ class ClientConnection {
     };
 
     static int received(sd_bus_message* message, void* object, sd_bus_error*) noexcept;
+    bool isReady() const noexcept;
     bool process();
     void pollUntil(Clock::time_point deadline) const;
     void lose(int negativeNumber);

@@ -81,6 +81,23 @@ void ClientConnection::serve() {
     awaitEvents();
 }
 
+void ClientConnection::serveIfReady() {
+    if (isReady()) {
+        serve();
+    }
+}
+
+// Whether there is more to do than to wait for what comes, or something has come.
+bool ClientConnection::isReady() const noexcept {
+    if (!bus_) {
+        return false;
+    }
+    std::uint64_t moment = kNever;
+    pollfd socket{sd_bus_get_fd(bus_.get()), POLLIN, 0};
+    return sd_bus_get_events(bus_.get()) != POLLIN ||
+           sd_bus_get_timeout(bus_.get(), &moment) != 0 || ::poll(&socket, 1, 0) != 0;
+}
+
 void ClientConnection::wakeAt(Clock::time_point moment) noexcept {
     wakeMoment_ = std::min(wakeMoment_, microsecondsOf(moment));
     awaitEvents();
