@@ -161,6 +161,28 @@ bool WatchedFolders::isPlain(std::string_view path) {
     return true;
 }
 
+// Whether a path is the only watched folder, mostly a drive, or goes on from it without links, ".",
+// and "..": then it is where it seems to be, whatever is on the way to the drive.
+bool WatchedFolders::isPlainInDrive(std::string_view path) {
+    if (watched_.size() != 1 || *watched_.front().spelling == "/") {
+        return false;
+    }
+    const std::string_view drive = *watched_.front().spelling;
+    if (path == drive || path == plainInDrive_) {
+        return true;
+    }
+    const std::string_view rest = path.substr(std::min(drive.size(), path.size()));
+    if (!isBelow(path, drive) || !hasNamesOnly(rest)) {
+        return false;
+    }
+    std::string same(path);
+    if (rest.rfind('/') == 0 ? !isNoLink(same) : !isFreeOfLinks(same)) {
+        return false;
+    }
+    plainInDrive_ = std::move(same);
+    return true;
+}
+
 std::string WatchedFolders::resolved(std::string_view path) {
     return isPlain(path) ? std::string(path) : canonical(path);
 }
@@ -196,6 +218,10 @@ Placing WatchedFolders::placeResolved(std::string path) {
 Placing WatchedFolders::placeFolder(std::string_view path) {
     if (!isAbsolute(path)) {
         return {};
+    }
+    if (isPlainInDrive(path)) {
+        return {path == *watched_.front().spelling ? Where::kWatched : Where::kInside,
+                std::string(path)};
     }
     const auto known = folders_.find(path);
     return placeResolved(known != folders_.end() ? known->second.resolved : resolved(path));
@@ -238,8 +264,15 @@ Where WatchedFolders::addItem(const std::string& path, GatheredPaths& paths) {
 std::optional<Where> WatchedFolders::addAsGiven(const std::string& path, GatheredPaths& paths) {
     const std::string_view given = path;
     const std::size_t slash = given.rfind('/');
-    if (!isAbsolute(given) || isFolderItself(given.substr(slash + 1)) ||
-        !isPlain(given.substr(0, slash))) {
+    if (!isAbsolute(given) || isFolderItself(given.substr(slash + 1))) {
+        return std::nullopt;
+    }
+    const std::string_view folder = given.substr(0, slash);
+    if (isPlainInDrive(folder)) {
+        paths.add(path);
+        return Where::kInside;
+    }
+    if (!isPlain(folder)) {
         return std::nullopt;
     }
     const auto [where, respelled] = standingOf(given);

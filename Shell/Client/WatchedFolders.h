@@ -77,6 +77,7 @@ class WatchedFolders {
     using Folders = std::map<std::string, Folder, std::less<>>;
 
     bool isPlain(std::string_view path);
+    bool isPlainInDrive(std::string_view path);
     std::string resolved(std::string_view path);
     const std::vector<Watched>& watched();
     Standing standingOf(std::string_view path);
@@ -92,7 +93,8 @@ class WatchedFolders {
     // of both: they are resolved after it.
     std::vector<Watched> watched_;
     bool isWatchedResolved_ = false;
-    std::string linkFree_; // the path last seen to hold no link
+    std::string linkFree_;     // the path last seen to hold no link
+    std::string plainInDrive_; // the path in the only watched folder last seen to hold none there
     bool hasAddedItem_ = false;
     Folders folders_;
     Folders::value_type* lastFolder_ = nullptr; // of the last item whose own name told its place

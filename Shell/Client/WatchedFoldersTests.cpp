@@ -150,11 +150,24 @@ TEST_F(WatchedFolders, DoNotHoldThemselvesHoweverSpelled) {
 TEST_F(WatchedFolders, PlaceItemsOfOneFolderAsTheyPlaceEach) {
     expectItemsPlacedAsEach({"@/data/drive"});
     expectItemsPlacedAsEach({"@/link"});
+    expectItemsPlacedAsEach({"@/link/docs"});
     expectItemsPlacedAsEach({"@/data/drive/docs"});
     expectItemsPlacedAsEach({"@/data/drive", "@/data/drive/docs"});
     expectItemsPlacedAsEach({"@/data", "@/data/drive/docs"});
     expectItemsPlacedAsEach({"@/data/drive/docs/new", "@/data"});
     expectItemsPlacedAsEach({"/"});
+}
+
+TEST_F(WatchedFolders, HoldItemsHoweverDeepWhereALinkLeadsToThem) {
+    std::filesystem::create_directories(root / "data/drive/docs/deep");
+    link("desk", "data/drive/docs/deep/out");
+    spellings = {"@/link"};
+    EXPECT_EQ(items({"@/link/docs/a"}), std::vector<std::string>{"inside @/link/docs/a"});
+    EXPECT_EQ(items({"@/link/docs/deep/a"}), std::vector<std::string>{"inside @/link/docs/deep/a"});
+    EXPECT_EQ(items({"@/link/docs/deep/out/a"}), std::vector<std::string>{"outside @/desk/a"});
+    EXPECT_EQ(folder("@/link/docs/deep"), "inside @/link/docs/deep");
+    EXPECT_EQ(folder("@/link/docs/deep/out"), "outside @/desk");
+    EXPECT_EQ(folder("@/link/out/docs"), "inside @/link/docs");
 }
 
 TEST_F(WatchedFolders, PlaceNoItemWithANULBesideOthers) {
