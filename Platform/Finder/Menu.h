@@ -2,6 +2,7 @@
 
 #include "Platform/Finder/MenuItem.h"
 
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -11,7 +12,7 @@ namespace NS {
 class Menu final : public Object {
     NS_OBJECT(Menu)
   public:
-    explicit Menu(Ref<String> title) : title_(std::move(title)) {}
+    explicit Menu(Ref<String> title) : title_(std::move(title)) { items_.reserve(kUsualEntries); }
 
     const Ref<String>& title() const noexcept { return title_; }
     const std::vector<Ref<MenuItem>>& itemArray() const noexcept { return items_; }
@@ -22,6 +23,8 @@ class Menu final : public Object {
                                                         Ref<String> keyEquivalent);
 
   private:
+    static constexpr std::size_t kUsualEntries = 4;
+
     Ref<String> title_;
     std::vector<Ref<MenuItem>> items_;
 };

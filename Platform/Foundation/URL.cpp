@@ -49,19 +49,19 @@ int hexValue(char c) noexcept {
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-std::string percentEncoded(std::string_view bytes) {
+void appendPercentEncoded(std::string& text, std::string_view bytes) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string text;
-    text.reserve(bytes.size());
-    for (const char c : bytes) {
-        if (standsIn(kInPath, c)) {
-            text.push_back(c);
-        } else {
-            const auto byte = static_cast<unsigned char>(c);
+    text.reserve(text.size() + bytes.size());
+    std::size_t done = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (!standsIn(kInPath, bytes[i])) {
+            const auto byte = static_cast<unsigned char>(bytes[i]);
+            text.append(bytes, done, i - done);
             text += {'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
+            done = i + 1;
         }
     }
-    return text;
+    text.append(bytes, done);
 }
 
 // Nothing but digits may follow a percent sign.
@@ -234,7 +234,9 @@ Ref<URL> URL::fileURLWithPath(const RefPtr<String>& path) {
 }
 
 Ref<URL> URL::fileURLWithFileSystemRepresentation(std::string_view path) {
-    return make<URL>(String::fromAscii(std::string(kFileScheme) + percentEncoded(path)), nullptr);
+    std::string text(kFileScheme);
+    appendPercentEncoded(text, path);
+    return make<URL>(String::fromAscii(text), nullptr);
 }
 
 RefPtr<URL> URL::URLWithString(const String& text) {

@@ -9,7 +9,8 @@ class RunLoopObserver : public Object {
     NS_OBJECT(RunLoopObserver)
   public:
     // Called on the loop's thread before the loop waits for its sources, and before serveReady()
-    // returns to a foreign loop. Must not block, and must not run the loop.
+    // returns to a foreign loop; also where a source turns out to be ready, though seldom while
+    // many are. Must not block, and must not run the loop.
     virtual void beforeWaiting() = 0;
 };
 

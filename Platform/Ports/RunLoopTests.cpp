@@ -201,6 +201,30 @@ TEST_F(RunLoop, LetsItsObserversLookAfterAllThatWasReady) {
     EXPECT_EQ(observer->referenceCount(), 1U);
 }
 
+TEST_F(RunLoop, LetsItsObserversLookSeldomWhileSomethingIsAlwaysReady) {
+    TestPort port;
+    port.collector->onMessage = [&](const NS::PortMessage&) {
+        (void)send(port.port, {"x"});
+    };
+    ASSERT_TRUE(send(port.port, {"x"}));
+    const auto observer = NS::make<CountingObserver>();
+    loop->addObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    runUntil([&] { return port.collector->messages.size() >= 1000; });
+    loop->removeObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    EXPECT_LT(observer->calls, 100);
+}
+
+TEST_F(RunLoop, LetsItsObserversLookBeforeEachWaitHoweverOftenNothingWasReady) {
+    const auto observer = NS::make<CountingObserver>();
+    loop->addObserver_forMode(observer, NS::RunLoopMode::kDefault);
+    for (int i = 1; i <= 40; ++i) {
+        (void)loop->runMode_beforeDate(NS::RunLoopMode::kDefault,
+                                       *NS::Date::dateWithTimeIntervalSinceNow(0.001));
+        EXPECT_GE(observer->calls, i);
+    }
+    loop->removeObserver_forMode(observer, NS::RunLoopMode::kDefault);
+}
+
 TEST_F(RunLoop, LetsItsObserversLookBeforeAForeignLoopWaits) {
     const auto observer = NS::make<CountingObserver>();
     loop->addObserver_forMode(observer, NS::RunLoopMode::kDefault);

@@ -47,12 +47,20 @@ class ClientConnection {
 
     // Handles what has come, without waiting. Of a flood it leaves the rest for the next time.
     void serve();
+    // The same where something has come: to look costs less than to handle nothing.
+    void serveIfReady();
     // Makes the descriptor readable until serve() is called: at once, or from a moment on. Of two
     // moments the earlier one counts.
     void wake() noexcept { wakeAt(Clock::time_point()); }
     void wakeAt(Clock::time_point moment) noexcept;
     // Handles what comes until the condition holds; false when it did not in time, or the bus went.
     bool waitUntil(const std::function<bool()>& condition, Clock::time_point deadline);
+    // Sends a call, with whose answer isAnswered() becomes true; an answer to another one is
+    // nobody's then. Zero or more, or the negative number of the system's error.
+    int ask(sd_bus_message* call) noexcept;
+    bool isAnswered() const noexcept { return answer_ != nullptr; }
+    // Null without one; an answer that comes later is nobody's.
+    BusMessage takeAnswer() noexcept;
     // Looks up what the connection waits for now; after calls that send something.
     void awaitEvents() noexcept;
     // How many messages the bus has not taken yet.
@@ -63,6 +71,8 @@ class ClientConnection {
         void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
     };
 
+    static int received(sd_bus_message* message, void* object, sd_bus_error*) noexcept;
+    bool isReady() const noexcept;
     bool process();
     void pollUntil(Clock::time_point deadline) const;
     void lose(int negativeNumber);
@@ -78,6 +88,8 @@ class ClientConnection {
     std::uint64_t awaitedMoment_ = UINT64_MAX;
     int awaitedEvents_ = -1; // none that lasts
     std::unique_ptr<sd_bus, Close> bus_;
+    std::uint64_t asked_ = 0; // the number of the call that is not answered yet; none has 0
+    BusMessage answer_;
     std::string error_;
 };
 

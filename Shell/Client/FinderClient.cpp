@@ -71,7 +71,7 @@ class FinderClient::Session {
 
     // What can be asked about a place, as things are now; nothing, and the outcome, when nothing.
     std::optional<OfferedPlace> offered(MenuKind kind, const Place& place, Outcome& outcome) {
-        connection.serve();
+        connection.serveIfReady();
         handled();
         outcome = Outcome::kAbsent;
         if (!extension.isPresent()) {

@@ -46,6 +46,17 @@ TEST_F(LinkFreePath, TellsAFileWithoutLinksAndLeavesItAlone) {
     EXPECT_EQ(fs::last_write_time(root / "file"), before);
 }
 
+TEST_F(LinkFreePath, SeesALinkAtTheEndAlone) {
+    const auto isNoLink = [&](const char* path) {
+        return Shell::isNoLink((root / path).string());
+    };
+    EXPECT_TRUE(isNoLink("folder"));
+    EXPECT_TRUE(isNoLink("link/deep"));
+    EXPECT_FALSE(isNoLink("link"));
+    EXPECT_FALSE(isNoLink("absent"));
+    EXPECT_FALSE(isNoLink("absent/deep"));
+}
+
 TEST_F(LinkFreePath, LeavesNothingOpen) {
     const auto openFiles = [] {
         return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());

@@ -10,11 +10,6 @@ namespace {
 
 using Where = Placing::Where;
 
-// What the extension could not make the menu of, or would take for something else.
-bool isHarmful(Where where) {
-    return where == Where::kWatched || where == Where::kBeside || where == Where::kNowhere;
-}
-
 struct Seen {
     OfferedPlace place; // without harmful items
     bool hasHarmfulItem = false;
@@ -24,16 +19,9 @@ struct Seen {
 void addItems(Seen& seen, WatchedFolders& watched, const std::vector<std::string>& items) {
     seen.place.items.reserve(items.size());
     for (const std::string& item : items) {
-        if (watched.addBesideLast(item, seen.place.items)) {
-            continue;
-        }
-        Placing placing = watched.placeItem(item);
-        if (isHarmful(placing.where)) {
-            seen.hasHarmfulItem = true;
-            continue;
-        }
-        seen.hasItemInside = seen.hasItemInside || placing.where == Where::kInside;
-        seen.place.items.addCopy(std::move(placing.path));
+        const Where where = watched.addItem(item, seen.place.items);
+        seen.hasHarmfulItem = seen.hasHarmfulItem || Placing::isHarmful(where);
+        seen.hasItemInside = seen.hasItemInside || where == Where::kInside;
     }
 }
 

@@ -105,11 +105,6 @@ char* Question::spaceFor(std::size_t bytes) {
     return failure_ == 0 ? static_cast<char*>(space) : nullptr;
 }
 
-int Question::answered(sd_bus_message* reply, void* object, sd_bus_error*) noexcept {
-    static_cast<Question*>(object)->reply_.reset(sd_bus_message_ref(reply));
-    return 1;
-}
-
 Outcome Question::ask(ClientConnection::Clock::time_point deadline) {
     if (failure_ != 0) {
         return failed();
@@ -122,14 +117,13 @@ Outcome Question::ask(ClientConnection::Clock::time_point deadline) {
     if (connection_.unsent() != 0 || !isAsking()) {
         return unanswered();
     }
-    sd_bus_slot* slot = nullptr;
-    check(sd_bus_call_async(connection_.bus(), &slot, call_.get(), &answered, this, 0));
-    slot_.reset(slot);
+    check(connection_.ask(call_.get()));
     if (failure_ != 0) {
         return failed();
     }
-    (void)connection_.waitUntil([this] { return reply_ || !isAsking(); }, deadline);
-    slot_.reset(); // an answer that comes now is nobody's
+    (void)connection_.waitUntil([this] { return connection_.isAnswered() || !isAsking(); },
+                                deadline);
+    reply_ = connection_.takeAnswer();
     if (!reply_) {
         return unanswered();
     }

@@ -36,7 +36,6 @@ class Question {
     const std::string& error() const noexcept { return error_; }
 
   private:
-    static int answered(sd_bus_message* reply, void* object, sd_bus_error*) noexcept;
     void check(int result);
     char* spaceFor(std::size_t bytes);
     bool isAsking() const noexcept { return extension_.owner() == owner_; }
@@ -48,7 +47,6 @@ class Question {
     const std::string owner_;
     BusMessage call_;
     BusMessage reply_;
-    BusSlot slot_;
     int failure_ = 0; // the first error of building or sending it, negative
     std::string error_;
 };

@@ -127,7 +127,7 @@ std::string moved(std::string_view path, std::string_view from, std::string_view
 WatchedFolders::WatchedFolders(const std::vector<std::string>& folders) {
     watched_.reserve(folders.size());
     for (const std::string& folder : folders) {
-        watched_.push_back({folder, {}});
+        watched_.push_back({&folder, {}});
     }
 }
 
@@ -135,53 +135,96 @@ const std::vector<WatchedFolders::Watched>& WatchedFolders::watched() {
     if (!isWatchedResolved_) {
         isWatchedResolved_ = true;
         for (Watched& watched : watched_) {
-            watched.resolved = resolved(watched.spelling);
+            if (!isPlain(*watched.spelling)) {
+                watched.target = canonical(*watched.spelling);
+            }
         }
     }
     return watched_;
 }
 
-// Nearly no path holds a link, which one look tells of the path and of the folders on it; to find
-// where a link leads takes one for each component.
-std::string WatchedFolders::resolved(std::string_view path) {
+// Whether an absolute path is the same without links, "." and "..". Nearly no path holds a link,
+// which one look tells of the path and of the folders on it; to find where a link leads takes one
+// for each component.
+bool WatchedFolders::isPlain(std::string_view path) {
     if (!hasNamesOnly(path)) {
-        return canonical(path);
+        return false;
+    }
+    if (path == linkFree_ || isBelow(linkFree_, path)) {
+        return true;
     }
     std::string same(path);
-    if (same == linkFree_ || isBelow(linkFree_, same)) {
-        return same;
-    }
     if (!isFreeOfLinks(same)) {
-        return canonical(path);
+        return false;
     }
-    linkFree_ = same;
-    return same;
+    linkFree_ = std::move(same);
+    return true;
+}
+
+// Whether a path is the only watched folder, mostly a drive, or goes on from it without links, ".",
+// and "..": then it is where it seems to be, whatever is on the way to the drive.
+bool WatchedFolders::isPlainInDrive(std::string_view path) {
+    if (watched_.size() != 1 || *watched_.front().spelling == "/") {
+        return false;
+    }
+    const std::string_view drive = *watched_.front().spelling;
+    if (path == drive || path == plainInDrive_) {
+        return true;
+    }
+    const std::string_view rest = path.substr(std::min(drive.size(), path.size()));
+    if (!isBelow(path, drive) || !hasNamesOnly(rest)) {
+        return false;
+    }
+    std::string same(path);
+    if (rest.rfind('/') == 0 ? !isNoLink(same) : !isFreeOfLinks(same)) {
+        return false;
+    }
+    plainInDrive_ = std::move(same);
+    return true;
+}
+
+std::string WatchedFolders::resolved(std::string_view path) {
+    return isPlain(path) ? std::string(path) : canonical(path);
+}
+
+WatchedFolders::Standing WatchedFolders::standingOf(std::string_view path) {
+    Standing standing;
+    for (const Watched& watched : watched()) {
+        const std::string& spelling = *watched.spelling;
+        const std::string& resolved = watched.resolved();
+        if (path == resolved || path == spelling) {
+            return {Where::kWatched, path == spelling ? nullptr : &watched};
+        }
+        if (isBelow(path, resolved)) {
+            standing = {Where::kInside, &resolved == &spelling ? nullptr : &watched};
+        } else if (isBelow(path, spelling)) {
+            standing.where = Where::kInside;
+        } else if (standing.where == Where::kOutside && path.starts_with(spelling)) {
+            standing.where = Where::kBeside;
+        }
+    }
+    return standing;
 }
 
 Placing WatchedFolders::placeResolved(std::string path) {
-    Where where = Where::kOutside;
-    const Watched* respelled = nullptr;
-    for (const Watched& watched : watched()) {
-        if (path == watched.resolved || path == watched.spelling) {
-            return {Where::kWatched, watched.spelling};
-        }
-        if (isBelow(path, watched.resolved)) {
-            where = Where::kInside;
-            respelled = watched.resolved == watched.spelling ? nullptr : &watched;
-        } else if (isBelow(path, watched.spelling)) {
-            where = Where::kInside;
-        } else if (where == Where::kOutside && path.starts_with(watched.spelling)) {
-            where = Where::kBeside;
-        }
-    }
+    const auto [where, respelled] = standingOf(path);
     if (respelled != nullptr) {
-        path = moved(path, respelled->resolved, respelled->spelling);
+        path = where == Where::kWatched ? *respelled->spelling
+                                        : moved(path, respelled->resolved(), *respelled->spelling);
     }
     return {where, std::move(path)};
 }
 
 Placing WatchedFolders::placeFolder(std::string_view path) {
-    return isAbsolute(path) ? placeResolved(folder(path).second.resolved) : Placing();
+    if (!isAbsolute(path)) {
+        return {};
+    }
+    if (isPlainInDrive(path)) {
+        return {path == *watched_.front().spelling ? Where::kWatched : Where::kInside,
+                std::string(path)};
+    }
+    const auto known = folders_.find(path);
+    return placeResolved(known != folders_.end() ? known->second.resolved : resolved(path));
 }
 
 Placing WatchedFolders::placeItem(std::string_view path) {
@@ -201,6 +244,49 @@ Placing WatchedFolders::placeItemIn(Folders::value_type& folder, std::string_vie
     return placeResolved(joined(folder.second.resolved, name));
 }
 
+Where WatchedFolders::addItem(const std::string& path, GatheredPaths& paths) {
+    if (!std::exchange(hasAddedItem_, true)) {
+        if (const auto where = addAsGiven(path, paths)) {
+            return *where;
+        }
+    } else if (addBesideLast(path, paths)) {
+        return Where::kInside;
+    }
+    Placing placing = placeItem(path);
+    if (!Placing::isHarmful(placing.where)) {
+        paths.addCopy(std::move(placing.path));
+    }
+    return placing.where;
+}
+
+// A path that the extension spells in the same way; nothing for another one. Of the first item,
+// which mostly is the only one, no more is kept.
+std::optional<Where> WatchedFolders::addAsGiven(const std::string& path, GatheredPaths& paths) {
+    const std::string_view given = path;
+    const std::size_t slash = given.rfind('/');
+    if (!isAbsolute(given) || isFolderItself(given.substr(slash + 1))) {
+        return std::nullopt;
+    }
+    const std::string_view folder = given.substr(0, slash);
+    if (isPlainInDrive(folder)) {
+        paths.add(path);
+        return Where::kInside;
+    }
+    if (!isPlain(folder)) {
+        return std::nullopt;
+    }
+    const auto [where, respelled] = standingOf(given);
+    if (respelled != nullptr) {
+        return std::nullopt;
+    }
+    if (!Placing::isHarmful(where)) {
+        paths.add(path);
+    }
+    return where;
+}
+
+// Adds an item that is beside the one that was placed last, and was inside, and is inside as well
+// for that: most of many are, and it takes little to see. False for another one.
 bool WatchedFolders::addBesideLast(const std::string& path, GatheredPaths& paths) {
     if (lastFolder_ == nullptr || !isItemOf(lastFolder_->first, path)) {
         return false;
@@ -236,7 +322,7 @@ bool WatchedFolders::holdsWatched(std::string_view folder) {
                path.find('/', folder == "/" ? 1 : folder.size() + 1) == std::string_view::npos;
     };
     return std::ranges::any_of(watched(), [&](const Watched& watched) {
-        return isItem(watched.spelling) || isItem(watched.resolved);
+        return isItem(*watched.spelling) || isItem(watched.resolved());
     });
 }
 

@@ -73,20 +73,22 @@ class WatchedFolders : public Tests::FolderTest {
         text += placing.path.empty() ? "" : isOwn ? " @" : " ";
         return text + (isOwn ? placing.path.substr(root.string().size()) : placing.path);
     }
-    std::string item(const std::string& path) {
-        return brief(Shell::WatchedFolders(watched()).placeItem(full(path)));
+    std::string item(const std::string& path) { return brief(placedItem(path)); }
+    Shell::Placing placedItem(const std::string& path) {
+        const std::vector<std::string> known = watched();
+        return Shell::WatchedFolders(known).placeItem(full(path));
     }
-    // Of many, each where it is placed.
+    // Of many, each where it is placed, and as what it is added, which a harmful one is not.
     std::vector<std::string> items(const std::vector<std::string>& paths) {
-        Shell::WatchedFolders placing(watched());
+        const std::vector<std::string> known = watched();
+        Shell::WatchedFolders placing(known);
         std::vector<std::string> placed;
         placed.reserve(paths.size());
         for (const std::string& path : paths) {
             const std::string item = full(path);
             Shell::GatheredPaths added;
-            placed.push_back(brief(placing.addBesideLast(item, added)
-                                       ? Shell::Placing{Where::kInside, textOf(added)}
-                                       : placing.placeItem(item)));
+            const Where where = placing.addItem(item, added);
+            placed.push_back(brief({where, added.size() == 0 ? "" : textOf(added)}));
         }
         return placed;
     }
@@ -103,12 +105,18 @@ class WatchedFolders : public Tests::FolderTest {
         std::vector<std::string> each;
         each.reserve(paths.size());
         for (const std::string& path : paths) {
-            each.push_back(item(path));
+            Shell::Placing placing = placedItem(path);
+            if (Shell::Placing::isHarmful(placing.where)) {
+                placing.path.clear();
+            }
+            each.push_back(brief(placing));
+            EXPECT_EQ(items({path}), std::vector{each.back()}) << path;
         }
         EXPECT_EQ(items(paths), each) << testing::PrintToString(spellings);
     }
     std::string folder(const std::string& path) {
-        return brief(Shell::WatchedFolders(watched()).placeFolder(full(path)));
+        const std::vector<std::string> known = watched();
+        return brief(Shell::WatchedFolders(known).placeFolder(full(path)));
     }
     std::vector<std::string> watched() const {
         std::vector<std::string> paths;
@@ -142,11 +150,24 @@ TEST_F(WatchedFolders, DoNotHoldThemselvesHoweverSpelled) {
 TEST_F(WatchedFolders, PlaceItemsOfOneFolderAsTheyPlaceEach) {
     expectItemsPlacedAsEach({"@/data/drive"});
     expectItemsPlacedAsEach({"@/link"});
+    expectItemsPlacedAsEach({"@/link/docs"});
     expectItemsPlacedAsEach({"@/data/drive/docs"});
     expectItemsPlacedAsEach({"@/data/drive", "@/data/drive/docs"});
     expectItemsPlacedAsEach({"@/data", "@/data/drive/docs"});
     expectItemsPlacedAsEach({"@/data/drive/docs/new", "@/data"});
     expectItemsPlacedAsEach({"/"});
+}
+
+TEST_F(WatchedFolders, HoldItemsHoweverDeepWhereALinkLeadsToThem) {
+    std::filesystem::create_directories(root / "data/drive/docs/deep");
+    link("desk", "data/drive/docs/deep/out");
+    spellings = {"@/link"};
+    EXPECT_EQ(items({"@/link/docs/a"}), std::vector<std::string>{"inside @/link/docs/a"});
+    EXPECT_EQ(items({"@/link/docs/deep/a"}), std::vector<std::string>{"inside @/link/docs/deep/a"});
+    EXPECT_EQ(items({"@/link/docs/deep/out/a"}), std::vector<std::string>{"outside @/desk/a"});
+    EXPECT_EQ(folder("@/link/docs/deep"), "inside @/link/docs/deep");
+    EXPECT_EQ(folder("@/link/docs/deep/out"), "outside @/desk");
+    EXPECT_EQ(folder("@/link/out/docs"), "inside @/link/docs");
 }
 
 TEST_F(WatchedFolders, PlaceNoItemWithANULBesideOthers) {

@@ -25,6 +25,23 @@ class BusConnection::Observer final : public NS::RunLoopObserver {
 constinit const NS::Class BusConnection::Observer::kClass{
     .name = "BusConnectionObserver", .superclass = &NS::RunLoopObserver::kClass};
 
+// The socket of a connection that is made, and waited for to be read.
+class BusConnection::Incoming final : public NS::RunLoopSource {
+    NS_OBJECT(Incoming)
+  public:
+    Incoming(BusConnection& connection, int socket) noexcept
+        : connection_(connection), socket_(socket) {}
+    int descriptor() const noexcept override { return socket_; }
+    void ready() override { connection_.ready(); }
+
+  private:
+    BusConnection& connection_;
+    const int socket_;
+};
+
+constinit const NS::Class BusConnection::Incoming::kClass{.name = "BusConnectionIncoming",
+                                                          .superclass = &NS::RunLoopSource::kClass};
+
 namespace {
 
 constexpr std::uint64_t kMicroseconds = 1'000'000;
@@ -72,6 +89,7 @@ void BusConnection::schedule() {
 }
 
 void BusConnection::close() {
+    leaveIncoming();
     if (loop_) {
         loop_->removeObserver_forMode(NS::Ref<NS::RunLoopObserver>(*observer_),
                                       NS::RunLoopMode::kDefault);
@@ -129,11 +147,27 @@ void BusConnection::awaitEvents() {
     std::uint64_t moment = kNever;
     const int known = sd_bus_get_timeout(bus_.get(), &moment);
     if (socket < 0 || events < 0 || known < 0) {
-        awaitMoment(0); // it is closing, which is the next turn's to find out
+        leaveIncoming(); // the library may have closed it
+        awaitMoment(0);  // it is closing, which is the next turn's to find out
         return;
     }
-    awaitSocket(socket, events);
+    awaitIncoming(socket);
+    awaitSocket(socket, incoming_ ? events & ~POLLIN : events);
     awaitMoment(std::min(moment, delegate_.nextMoment()));
+}
+
+void BusConnection::awaitIncoming(int socket) {
+    if (!incoming_ && loop_ && sd_bus_is_ready(bus_.get()) > 0) {
+        incoming_ = NS::make<Incoming>(*this, socket);
+        loop_->addSource_forMode(NS::Ref<NS::RunLoopSource>(*incoming_), NS::RunLoopMode::kDefault);
+    }
+}
+
+void BusConnection::leaveIncoming() {
+    if (const NS::RefPtr<Incoming> incoming = std::move(incoming_)) {
+        loop_->removeSource_forMode(NS::Ref<NS::RunLoopSource>(*incoming),
+                                    NS::RunLoopMode::kDefault);
+    }
 }
 
 // The library may go on to another address, and so to another socket, while it connects.

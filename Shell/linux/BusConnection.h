@@ -15,7 +15,9 @@ namespace Shell {
 // so that a flood of them leaves the loop's other sources their turns. Never waits for the bus.
 //
 // The loop waits for one descriptor, while the library has two things to wait for that change: its
-// socket and a moment. Both are in an epoll instance, whose descriptor is this source's.
+// socket and a moment. Both are in an epoll instance, whose descriptor is this source's. Once it is
+// connected the socket remains, and is a source of its own: the kernel takes longer over an epoll
+// instance within another one.
 class BusConnection final : public NS::RunLoopSource {
     NS_OBJECT(BusConnection)
   public:
@@ -62,12 +64,15 @@ class BusConnection final : public NS::RunLoopSource {
 
   private:
     class Observer;
+    class Incoming;
     struct Closer {
         void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
     };
 
     void beforeWaiting();
     void awaitEvents();
+    void awaitIncoming(int socket);
+    void leaveIncoming();
     void awaitSocket(int socket, int events);
     void takeExpiration();
     void awaitMoment(std::uint64_t microseconds);
@@ -79,6 +84,7 @@ class BusConnection final : public NS::RunLoopSource {
     std::unique_ptr<sd_bus, Closer> bus_;
     NS::RefPtr<NS::RunLoop> loop_;
     NS::RefPtr<Observer> observer_;
+    NS::RefPtr<Incoming> incoming_; // nil until it is connected
     int awaitedSocket_ = -1;
     int awaitedEvents_ = 0;
     std::uint64_t awaitedMoment_ = kNever;

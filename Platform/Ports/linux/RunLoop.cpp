@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/linux/FileDescriptor.h"
 #include "Platform/Ports/linux/Endpoints.h"
+#include "Platform/Ports/linux/Looks.h"
 
 #include <algorithm>
 #include <chrono>
@@ -110,18 +111,12 @@ class RunLoop::System {
     // callback may take away any other source, or run the loop itself. The kernel gives each its
     // turn.
     bool serveOne(int milliseconds) {
-        epoll_event event{};
-        int ready = observers_.empty() ? 0 : ::epoll_wait(epoll_.get(), &event, 1, 0);
-        if (ready != 1) {
-            if (milliseconds != 0) {
-                notifyObservers();
-            }
-            ready = ::epoll_wait(epoll_.get(), &event, 1, milliseconds);
-        }
-        if (ready != 1) {
+        const bool isObserved = milliseconds != 0 && !observers_.empty();
+        const int ready = isObserved ? observedWait(milliseconds) : wait(milliseconds);
+        if (ready < 0) {
             return false;
         }
-        const auto found = sources_.find(event.data.fd);
+        const auto found = sources_.find(ready);
         if (found != sources_.end()) {
             const Ref<RunLoopSource> source = found->second;
             source->ready();
@@ -153,6 +148,28 @@ class RunLoop::System {
     std::vector<Ref<MachPort>> ports;
 
   private:
+    // The descriptor of a source that is ready in time, or -1.
+    int wait(int milliseconds) noexcept {
+        epoll_event event{};
+        return ::epoll_wait(epoll_.get(), &event, 1, milliseconds) == 1 ? event.data.fd : -1;
+    }
+
+    // The same. The observers look once of many sources that are ready, but where sources become
+    // ready one by one, they look before each wait, which then may be none.
+    int observedWait(int milliseconds) {
+        if (looks_.isDue()) {
+            const int ready = wait(0);
+            looks_.looked(ready >= 0);
+            if (ready >= 0) {
+                return ready;
+            }
+        } else {
+            looks_.passed();
+        }
+        notifyObservers();
+        return wait(milliseconds);
+    }
+
     // Over a copy: an observer may take itself away.
     void notifyObservers() {
         if (observers_.empty()) {
@@ -166,6 +183,7 @@ class RunLoop::System {
 
     FileDescriptor epoll_;
     std::vector<Ref<RunLoopObserver>> observers_;
+    Looks looks_; // for what is ready already, before the observers look
     std::unordered_map<int, Ref<RunLoopSource>> sources_;
 };
 

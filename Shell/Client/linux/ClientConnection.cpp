@@ -7,6 +7,7 @@
 #include <sys/timerfd.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace Shell {
 
@@ -50,6 +51,8 @@ ClientConnection::ClientConnection()
     (void)sd_bus_set_exit_on_disconnect(bus, 0); // the process is not ours to end
     // Who waits for an answer knows how long; an extension that is stopped gives others for later.
     (void)sd_bus_set_method_call_timeout(bus, UINT64_MAX);
+    // What fails here fails for want of memory, as what is asked does then.
+    (void)sd_bus_add_filter(bus, nullptr, &received, this);
     awaitEvents();
 }
 
@@ -78,6 +81,23 @@ void ClientConnection::serve() {
     awaitEvents();
 }
 
+void ClientConnection::serveIfReady() {
+    if (isReady()) {
+        serve();
+    }
+}
+
+// Whether there is more to do than to wait for what comes, or something has come.
+bool ClientConnection::isReady() const noexcept {
+    if (!bus_) {
+        return false;
+    }
+    std::uint64_t moment = kNever;
+    pollfd socket{sd_bus_get_fd(bus_.get()), POLLIN, 0};
+    return sd_bus_get_events(bus_.get()) != POLLIN ||
+           sd_bus_get_timeout(bus_.get(), &moment) != 0 || ::poll(&socket, 1, 0) != 0;
+}
+
 void ClientConnection::wakeAt(Clock::time_point moment) noexcept {
     wakeMoment_ = std::min(wakeMoment_, microsecondsOf(moment));
     awaitEvents();
@@ -98,6 +118,31 @@ bool ClientConnection::waitUntil(const std::function<bool()>& condition,
     }
     awaitEvents();
     return condition();
+}
+
+int ClientConnection::ask(sd_bus_message* call) noexcept {
+    answer_.reset();
+    asked_ = 0;
+    return sd_bus_send(bus_.get(), call, &asked_);
+}
+
+BusMessage ClientConnection::takeAnswer() noexcept {
+    asked_ = 0;
+    return std::move(answer_);
+}
+
+// Of all that comes. To look at the number takes the library less than to have a place for one
+// answer made, found and taken away.
+int ClientConnection::received(sd_bus_message* message, void* object, sd_bus_error*) noexcept {
+    auto& self = *static_cast<ClientConnection*>(object);
+    std::uint64_t answered = 0;
+    if (self.asked_ == 0 || sd_bus_message_get_reply_cookie(message, &answered) < 0 ||
+        answered != self.asked_) {
+        return 0;
+    }
+    self.asked_ = 0;
+    self.answer_.reset(sd_bus_message_ref(message));
+    return 1;
 }
 
 std::uint64_t ClientConnection::unsent() const noexcept {

@@ -40,4 +40,9 @@ bool isFreeOfLinks(const std::string& path) noexcept {
     return true;
 }
 
+bool isNoLink(const std::string& path) noexcept {
+    char target = 0;
+    return ::readlink(path.c_str(), &target, 1) < 0 && errno == EINVAL;
+}
+
 } // namespace Shell
