@@ -23,7 +23,7 @@ void LogFile::append(const NS::AtomicRef<QVLogging>& logging, std::string_view m
     }
     const std::lock_guard lock(mutex_);
     if (!file_) {
-        makeFor(*logging.load());
+        makeFor(logging.load());
     }
     if (!file_) {
         return;
@@ -44,9 +44,9 @@ void LogFile::append(const NS::AtomicRef<QVLogging>& logging, std::string_view m
     }
 }
 
-void LogFile::makeFor(const QVLogging& logging) {
-    if (const NS::RefPtr<NS::String> folder = logging.path()) {
-        create(*folder, logging.prefix());
+void LogFile::makeFor(const NS::RefPtr<QVLogging>& logging) {
+    if (const NS::RefPtr<NS::String> folder = logging ? logging->path() : nullptr) {
+        create(*folder, logging->prefix());
     }
 }
 
