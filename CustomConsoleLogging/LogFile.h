@@ -30,7 +30,7 @@ class LogFile {
                 std::optional<double> coarse = std::nullopt);
 
   private:
-    void makeFor(const QVLogging& logging);
+    void makeFor(const NS::RefPtr<QVLogging>& logging);
     void create(const NS::String& folder, const NS::RefPtr<NS::String>& prefix);
 
     // An exception that is raised below a message, by a lack of memory for instance, is logged
