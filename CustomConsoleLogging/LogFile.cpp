@@ -6,8 +6,6 @@
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/Format.h"
 
-#include <cstring>
-
 namespace {
 
 // A line beyond this gives its memory back.
@@ -15,7 +13,7 @@ constexpr std::size_t kKeptLine = std::size_t{64} << 10U;
 
 } // namespace
 
-// Whoever else has a reference to the instance keeps it: it is only asked for the first message.
+// The instance is referred to for the first message only: later ones ask nothing of it.
 void LogFile::append(const NS::AtomicRef<QVLogging>& logging, std::string_view message, Stamp stamp,
                      std::optional<double> coarse) {
     if (logging.peek() == nullptr) {
@@ -35,8 +33,7 @@ void LogFile::append(const NS::AtomicRef<QVLogging>& logging, std::string_view m
     if (coarse) {
         coarseStamp_.append(line_, *coarse);
     }
-    std::memcpy(line_.room(message.size()), message.data(), message.size());
-    line_.extend(message.size());
+    line_.extend(message.copy(reinterpret_cast<char*>(line_.room(message.size())), message.size()));
     // The line is lost where the file is gone or its disk is full.
     (void)file_->append(line_);
     if (line_.heldBytes() > kKeptLine) {
@@ -45,7 +42,8 @@ void LogFile::append(const NS::AtomicRef<QVLogging>& logging, std::string_view m
 }
 
 void LogFile::makeFor(const NS::RefPtr<QVLogging>& logging) {
-    if (const NS::RefPtr<NS::String> folder = logging ? logging->path() : nullptr) {
+    const NS::RefPtr<NS::String> folder = logging ? logging->path() : nullptr;
+    if (folder) {
         create(*folder, logging->prefix());
     }
 }

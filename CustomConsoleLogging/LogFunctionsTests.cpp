@@ -35,6 +35,16 @@ TEST_F(LogFunctions, WriteNothingBeforeSetup) {
     EXPECT_EQ(log(), "kept\n");
 }
 
+TEST_F(LogFunctions, WriteNothingBeforeSetupIntoAFileThatIsThere) {
+    const auto own = NS::make<QVLogging>();
+    own->setPath(NS::str(logFolder().string() + "/"));
+    own->fileMessage_succinct(NS::str(""), true);
+    own->fileMessage_succinct(NS::str("kept\n"), true);
+    _Log("DEBUG ", nullptr, 0, nullptr, "lost");
+    _SuccinctlyLog("DEBUG ", nullptr, 0, nullptr, "lost");
+    EXPECT_EQ(log(), "kept\n");
+}
+
 TEST_F(LogFunctions, MakeFolderAndFileWithTheFirstLine) {
     setUp();
     _Log("DEBUG ", __FILE__, __LINE__, "-[Test body]", "initial init at %@, %d", NS::str("A"), 7);

@@ -50,7 +50,8 @@ TEST_F(Stamp, AppendsToBytes) {
     NS::ByteBuffer bytes;
     stamp.append(bytes, kMoment + 0.25);
     stamp.append(bytes, kMoment + 1.5);
-    EXPECT_EQ(NS::charactersOf(bytes), "[06:56:27.25]: [06:56:28.50]: ");
+    stamp.append(bytes, kMoment + 1.75);
+    EXPECT_EQ(NS::charactersOf(bytes), "[06:56:27.25]: [06:56:28.50]: [06:56:28.75]: ");
 }
 
 } // namespace

@@ -3,7 +3,9 @@
 #include "Platform/Foundation/Description.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/FormatConversion.h"
+#include "Platform/Foundation/Utf8.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <cstring>
@@ -43,16 +45,13 @@ class Formatter {
     }
 
   private:
-    // What stands before the next conversion. Mostly few characters: one pass both finds its end
-    // and tells whether they are ASCII.
+    // What stands before the next conversion: mostly so few characters that a loop in place finds
+    // their end sooner than the C library's search.
     void appendLiteral() {
-        std::size_t length = 0;
-        unsigned char bits = 0;
-        for (; length < rest_.size() && rest_[length] != '%'; ++length) {
-            bits |= static_cast<unsigned char>(rest_[length]);
-        }
+        const auto end = std::find(rest_.begin(), rest_.end(), '%');
+        const auto length = static_cast<std::size_t>(end - rest_.begin());
         const std::string_view bytes = rest_.substr(0, length);
-        if (bits < 0x80) {
+        if (Utf8::isAscii(bytes)) {
             out_.appendAscii(bytes);
         } else {
             out_.append(*String::fromFileSystemRepresentation(bytes));

@@ -31,15 +31,26 @@ TEST_F(StringBuilder, KeepsItsTextWhenItMakesRoom) {
 // Texts stand in place up to some length, which is none of the user's business.
 TEST_F(StringBuilder, TakesTextsOfEveryLength) {
     std::string expected;
-    for (int part = 0; part < 60; ++part) {
-        const std::string characters(static_cast<std::size_t>(part % 13),
-                                     static_cast<char>('a' + part % 26));
-        builder.appendAscii(characters);
-        expected += characters;
-        EXPECT_EQ(builder.ascii(), expected);
-        EXPECT_EQ(builder.length(), expected.size());
+    for (int length = 0; length < 600; ++length) {
+        ASSERT_EQ(builder.ascii(), expected);
+        ASSERT_EQ(builder.length(), expected.size());
+        const char next = static_cast<char>('a' + length % 26);
+        builder.append(next);
+        expected += next;
     }
     EXPECT_EQ(text(), expected);
+}
+
+TEST_F(StringBuilder, TakesPiecesThatDoNotFitInPlace) {
+    for (const std::size_t length : {255U, 256U, 257U, 258U}) {
+        NS::StringBuilder whole;
+        whole.appendAscii(std::string(length, 'a'));
+        EXPECT_EQ(whole.ascii(), std::string(length, 'a'));
+        NS::StringBuilder pieces;
+        pieces.append('b');
+        pieces.appendAscii(std::string(length, 'a'));
+        EXPECT_EQ(pieces.ascii(), 'b' + std::string(length, 'a'));
+    }
 }
 
 TEST_F(StringBuilder, WidensALongText) {
