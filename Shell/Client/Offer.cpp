@@ -19,6 +19,9 @@ struct Seen {
 void addItems(Seen& seen, WatchedFolders& watched, const std::vector<std::string>& items) {
     seen.place.items.reserve(items.size());
     for (const std::string& item : items) {
+        if (watched.addBesideLast(item, seen.place.items)) {
+            continue;
+        }
         const Where where = watched.addItem(item, seen.place.items);
         seen.hasHarmfulItem = seen.hasHarmfulItem || Placing::isHarmful(where);
         seen.hasItemInside = seen.hasItemInside || where == Where::kInside;

@@ -249,8 +249,6 @@ Where WatchedFolders::addItem(const std::string& path, GatheredPaths& paths) {
         if (const auto where = addAsGiven(path, paths)) {
             return *where;
         }
-    } else if (addBesideLast(path, paths)) {
-        return Where::kInside;
     }
     Placing placing = placeItem(path);
     if (!Placing::isHarmful(placing.where)) {
@@ -285,8 +283,6 @@ std::optional<Where> WatchedFolders::addAsGiven(const std::string& path, Gathere
     return where;
 }
 
-// Adds an item that is beside the one that was placed last, and was inside, and is inside as well
-// for that: most of many are, and it takes little to see. False for another one.
 bool WatchedFolders::addBesideLast(const std::string& path, GatheredPaths& paths) {
     if (lastFolder_ == nullptr || !isItemOf(lastFolder_->first, path)) {
         return false;

@@ -47,6 +47,9 @@ class WatchedFolders {
     Placing placeFolder(std::string_view path);
     // An item, which is not followed itself, and need not exist.
     Placing placeItem(std::string_view path);
+    // Adds the path of an item that is beside the one that was placed last, and was inside, and is
+    // inside as well for that: most of many are, and it takes little to see. False for another one.
+    bool addBesideLast(const std::string& path, GatheredPaths& paths);
     // Places an item and adds its path, which outlives the paths, unless it is harmful.
     Placing::Where addItem(const std::string& path, GatheredPaths& paths);
 
@@ -83,7 +86,6 @@ class WatchedFolders {
     Standing standingOf(std::string_view path);
     Placing placeResolved(std::string path);
     std::optional<Placing::Where> addAsGiven(const std::string& path, GatheredPaths& paths);
-    bool addBesideLast(const std::string& path, GatheredPaths& paths);
     bool holdsWatched(std::string_view folder);
     Folders::value_type& folder(std::string_view path);
     Placing placeItemIn(Folders::value_type& folder, std::string_view name);

@@ -87,7 +87,8 @@ class WatchedFolders : public Tests::FolderTest {
         for (const std::string& path : paths) {
             const std::string item = full(path);
             Shell::GatheredPaths added;
-            const Where where = placing.addItem(item, added);
+            const Where where =
+                placing.addBesideLast(item, added) ? Where::kInside : placing.addItem(item, added);
             placed.push_back(brief({where, added.size() == 0 ? "" : textOf(added)}));
         }
         return placed;

@@ -139,6 +139,7 @@ class RunLoop::System {
     void add(const Ref<RunLoopObserver>& observer) {
         if (std::ranges::find(observers_, observer) == observers_.end()) {
             observers_.push_back(observer);
+            looks_ = {}; // what was ready before says nothing of what will be
         }
     }
     void remove(const RunLoopObserver& observer) {
