@@ -14,8 +14,8 @@ namespace NS {
 // Writes moments by a pattern of a DateFormatter, in place: what that does under its lock, for who
 // has a lock already.
 //
-// A second is rendered once and kept. Nothing allocates after the start. Not for use by two threads
-// at once, nor while another thread changes the environment.
+// A second is rendered once and kept. After the start text() allocates nothing. Not for use by two
+// threads at once, nor while another thread changes the environment.
 class DateStamp {
   public:
     static constexpr std::size_t kLongest = 64;

@@ -61,8 +61,8 @@ class FileManager {
     // Puts a file for this user alone in place of what was there: whole, or not at all. The folder
     // must be there.
     virtual bool createFileAtPath_contents(const String& path, Bytes contents) = 0;
-    // What writes behind the end of a file, which need not be there yet. Lives no longer than the
-    // file manager.
+    // What writes behind the end of a file, which need not be there yet. Must not outlive the file
+    // manager.
     virtual std::unique_ptr<FileAppender> appenderForPath(const String& path);
     // Removes an entry, and what a folder holds. A symbolic link goes, what it points to stays.
     // False when something is left.

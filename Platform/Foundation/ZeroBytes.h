@@ -27,18 +27,20 @@ inline std::uint64_t zeroBytesOneByOne(const char* bytes) noexcept {
 }
 
 // The same, as fast as the processor allows.
-inline std::uint64_t zeroBytesAt(const char* bytes) noexcept {
 #if defined(__SSE2__)
+inline std::uint64_t zeroBytesAt(const char* bytes) noexcept {
     const auto ofSixteen = [bytes](std::size_t first) {
         const __m128i some = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + first));
         const int bits = _mm_movemask_epi8(_mm_cmpeq_epi8(some, _mm_setzero_si128()));
         return std::uint64_t{static_cast<std::uint16_t>(bits)} << first;
     };
     return ofSixteen(0) | ofSixteen(16) | ofSixteen(32) | ofSixteen(48);
-#else
-    return zeroBytesOneByOne(bytes);
-#endif
 }
+#else
+inline std::uint64_t zeroBytesAt(const char* bytes) noexcept {
+    return zeroBytesOneByOne(bytes);
+}
+#endif
 
 // Finds the zero bytes of a text one after another. To search for each from the one before would
 // make each search wait for that; here the processor is ahead.
@@ -66,7 +68,8 @@ class ZeroBytes {
     static std::uint64_t foundIn(std::string_view text) noexcept {
         return text.size() >= kZeroBytesSpan ? zeroBytesAt(text.data()) : foundInEnd(text);
     }
-    [[gnu::cold]] static std::uint64_t foundInEnd(std::string_view text) noexcept {
+    // Kept out of the loop that walks through a long text.
+    [[gnu::noinline]] static std::uint64_t foundInEnd(std::string_view text) noexcept {
         std::array<char, kZeroBytesSpan> padded;
         padded.fill('.');
         std::ranges::copy(text, padded.begin());

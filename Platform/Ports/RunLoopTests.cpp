@@ -215,11 +215,12 @@ TEST_F(RunLoop, LetsItsObserversLookSeldomWhileSomethingIsAlwaysReady) {
 }
 
 TEST_F(RunLoop, LetsItsObserversLookBeforeEachWaitHoweverOftenNothingWasReady) {
+    NS::ManualClock clock(1000); // so that no date is past before the loop has looked
+    const NS::ScopedClock scoped(clock);
     const auto observer = NS::make<CountingObserver>();
     loop->addObserver_forMode(observer, NS::RunLoopMode::kDefault);
     for (int i = 1; i <= 40; ++i) {
-        (void)loop->runMode_beforeDate(NS::RunLoopMode::kDefault,
-                                       *NS::Date::dateWithTimeIntervalSinceNow(0.001));
+        (void)loop->runMode_beforeDate(NS::RunLoopMode::kDefault, *NS::make<NS::Date>(1000.001));
         EXPECT_GE(observer->calls, i);
     }
     loop->removeObserver_forMode(observer, NS::RunLoopMode::kDefault);
@@ -289,6 +290,7 @@ TEST_F(RunLoop, ReadsNoClockToWaitForEver) {
 TEST_F(RunLoop, WaitsForEverForWhatComesLater) {
     TestPort here;
     ASSERT_TRUE(registerPort(here, "here"));
+    ASSERT_TRUE(lookUp("here"));
     std::thread other([&] { EXPECT_TRUE(send(lookUp("here"), {"x"})); });
     while (here.collector->messages.empty()) {
         EXPECT_TRUE(

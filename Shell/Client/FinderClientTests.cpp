@@ -182,6 +182,16 @@ TEST_F(FinderClient, TellsWhatAQuestionLearnedOnTheNextTurn) {
     EXPECT_FALSE(isReadable());
 }
 
+TEST_F(FinderClient, PlacesWhatIsAskedByWhatHasComeBefore) {
+    start();
+    extension->setWatchedFolders({"file:///mnt/Other"});
+    ASSERT_TRUE(Tests::waitUntil([&] { return isReadable(); }));
+    EXPECT_EQ(client->menu(MenuKind::kItems, {{"/mnt/Other/a"}, ""}, kLong).outcome,
+              Outcome::kDone);
+    EXPECT_EQ(client->menu(MenuKind::kItems, {{"/mnt/Drive/a"}, ""}, kLong).outcome,
+              Outcome::kNotOffered);
+}
+
 TEST_F(FinderClient, CanBeAskedWhileItTellsAChange) {
     start();
     std::vector<Outcome> outcomes;

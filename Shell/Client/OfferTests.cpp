@@ -62,6 +62,7 @@ const Row kRows[] = {
      {kItems, kSidebar},
      {{"/home/a", "/mnt/Drive/a"}, "/home"},
      "/home/a /mnt/Drive/a > "                                                                                                               },
+    {"an item of the root folder",             {kItems, kSidebar},             {{"/home"}, "/"},                   "nothing"                 },
     {"the drive in its parent folder",         {kItems, kSidebar},             {{"/mnt/Drive"}, "/mnt"},           "nothing"                 },
     {"the drive among others",
      {kItems, kContainer, kSidebar},

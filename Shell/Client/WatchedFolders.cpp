@@ -168,11 +168,14 @@ bool WatchedFolders::isPlainInDrive(std::string_view path) {
         return false;
     }
     const std::string_view drive = *watched_.front().spelling;
-    if (path == drive || path == plainInDrive_) {
+    if (!isBelow(path, drive)) {
+        return path == drive;
+    }
+    if (path == plainInDrive_) {
         return true;
     }
-    const std::string_view rest = path.substr(std::min(drive.size(), path.size()));
-    if (!isBelow(path, drive) || !hasNamesOnly(rest)) {
+    const std::string_view rest = path.substr(drive.size());
+    if (!hasNamesOnly(rest)) {
         return false;
     }
     std::string same(path);

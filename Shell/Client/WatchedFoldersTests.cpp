@@ -40,16 +40,19 @@ constexpr const char* kPaths[] = {
     "@/data/drive/\xFF",
     "@/data/drive/f",
     "@/data/drivel",
+    "@/data/drive/out/real/a",
+    "/usr",
+    "/absent",
 };
 
 // Paths begin with "@", which stands for the test's own folder; "@" has
-//   data/drive/ with docs/ and note.txt, data/drive2/, desk/,
+//   data/drive/ with docs/ and note.txt, data/drive2/, desk/real/,
 //   link -> data/drive, desk/docs -> data/drive/docs, data/drive/out -> desk,
 //   data/drive/self -> data/drive, data/drive/gone -> nothing.
 class WatchedFolders : public Tests::FolderTest {
   protected:
     void SetUp() override {
-        for (const char* const folder : {"data/drive/docs", "data/drive2", "desk"}) {
+        for (const char* const folder : {"data/drive/docs", "data/drive2", "desk/real"}) {
             std::filesystem::create_directories(root / folder);
         }
         std::ofstream(root / "data/drive/note.txt") << "note";
@@ -157,6 +160,21 @@ TEST_F(WatchedFolders, PlaceItemsOfOneFolderAsTheyPlaceEach) {
     expectItemsPlacedAsEach({"@/data", "@/data/drive/docs"});
     expectItemsPlacedAsEach({"@/data/drive/docs/new", "@/data"});
     expectItemsPlacedAsEach({"/"});
+    expectItemsPlacedAsEach({"/absent"});
+    expectItemsPlacedAsEach({"/usr"});
+}
+
+TEST_F(WatchedFolders, DoNotHoldWhatALinkInThemLeadsTo) {
+    EXPECT_EQ(items({"@/data/drive/out/real/a"}),
+              std::vector<std::string>{"outside @/desk/real/a"});
+    EXPECT_EQ(folder("@/data/drive/out/real"), "outside @/desk/real");
+}
+
+TEST_F(WatchedFolders, DoNotHoldTheItemsOfTheRootFolder) {
+    EXPECT_EQ(items({"/usr"}), std::vector<std::string>{"outside /usr"});
+    spellings = {"/absent"};
+    EXPECT_EQ(items({"/absent"}), std::vector<std::string>{"watched"});
+    EXPECT_EQ(items({"/usr"}), std::vector<std::string>{"outside /usr"});
 }
 
 TEST_F(WatchedFolders, HoldItemsHoweverDeepWhereALinkLeadsToThem) {

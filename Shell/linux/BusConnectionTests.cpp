@@ -118,6 +118,27 @@ TEST_F(BusConnection, LeavesTheLoopWhenTheBusGoes) {
     EXPECT_EQ(lost, 1);
 }
 
+// The next connection may have the descriptor that this one had.
+TEST_F(BusConnection, HearsWhatComesAfterAnotherOneClosed) {
+    ASSERT_TRUE(NS::pumpUntil([&] { return served > 0; }));
+    connection->close();
+    connection = NS::make<Shell::BusConnection>(*this);
+    SetUp();
+    ASSERT_FALSE(HasFatalFailure());
+    bool isAnswered = false;
+    const auto answered = [](sd_bus_message*, void* is, sd_bus_error*) {
+        return static_cast<int>(*static_cast<bool*>(is) = true);
+    };
+    for (int i = 0; i < 2; ++i) { // the second when nothing but its answer is to come
+        isAnswered = false;
+        ASSERT_GE(sd_bus_call_method_async(connection->bus(), nullptr, "org.freedesktop.DBus", "/",
+                                           "org.freedesktop.DBus", "GetId", answered, &isAnswered,
+                                           ""),
+                  0);
+        EXPECT_TRUE(NS::pumpUntil([&] { return isAnswered; }));
+    }
+}
+
 TEST_F(BusConnection, LeavesTheLoopWhenItCloses) {
     connection->close();
     connection->close();

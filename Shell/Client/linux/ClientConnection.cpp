@@ -41,18 +41,19 @@ ClientConnection::ClientConnection()
       timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {
     (void)watch(epoll_, timer_, EPOLLIN); // without descriptors the next call fails as well
     sd_bus* bus = nullptr;
-    const int result = sd_bus_open_user_with_description(&bus, "file manager");
+    int result = sd_bus_open_user_with_description(&bus, "file manager");
+    bus_.reset(bus);
+    if (result >= 0) {
+        result = sd_bus_add_filter(bus, nullptr, &received, this);
+    }
     if (result < 0) {
         lose(result);
         closeDescriptors();
         return;
     }
-    bus_.reset(bus);
     (void)sd_bus_set_exit_on_disconnect(bus, 0); // the process is not ours to end
     // Who waits for an answer knows how long; an extension that is stopped gives others for later.
     (void)sd_bus_set_method_call_timeout(bus, UINT64_MAX);
-    // What fails here fails for want of memory, as what is asked does then.
-    (void)sd_bus_add_filter(bus, nullptr, &received, this);
     awaitEvents();
 }
 
