@@ -57,12 +57,12 @@ void broadcast(benchmark::State& state, const TransportKind& clients) {
     LinkPeers peers(clients, folder.path(), count);
     sender.awaitClients(count);
     ProcessorTime time;
-    for (auto step : state) {
+    while (state.KeepRunningBatch(kBroadcastsAtOnce)) {
         (void)time.lap();
         for (int i = 0; i < kBroadcastsAtOnce; ++i) {
             sender.broadcast();
         }
-        state.SetIterationTime(time.lap() / kBroadcastsAtOnce);
+        state.SetIterationTime(time.lap());
         peers.peer().order();
     }
 }

@@ -136,6 +136,16 @@ class Programs(unittest.TestCase):
             figures = measuring.measure(folder, "a", effort, tell=lambda text: None)
         self.assertEqual(figures, {("a", "ours", None): {goals.TIME: 2.0}})
 
+    def test_go_from_the_first_to_the_last_in_each_round(self):
+        with tempfile.TemporaryDirectory() as folder:
+            program_that(folder, 'case "$*" in *list_tests*) printf "a/ours\\nb/ours\\n"; exit;; esac\n'
+                         f'echo "$1" >>{folder}/order; for a; do case $a in --benchmark_out=*)\n'
+                         'echo \'{"benchmarks": []}\' >"${a#*=}";; esac; done\n')
+            effort = measuring.Effort(rounds=2, repetitions=1, seconds=0.01)
+            measuring.measure(folder, "", effort, tell=lambda text: None)
+            order = (Path(folder) / "order").read_text(encoding="utf-8").split()
+        self.assertEqual([each[-8:-2] for each in order], ["a/ours", "b/ours"] * 2)
+
     def test_measure_together_what_is_compared(self):
         names = ["p/ours/10", "p/ours/1000", "q/ours/10", "p/floor/10", "p/floor/1000"]
         self.assertEqual(list(measuring.compared(names)),
@@ -145,7 +155,8 @@ class Programs(unittest.TestCase):
 class Efforts(unittest.TestCase):
     def test_are_less_for_what_takes_long(self):
         effort = measuring.Effort(rounds=1, repetitions=9, seconds=0.1)
-        self.assertEqual([effort.repetitions_of(size) for size in (None, 1000, 1_000_000)], [9, 9, 3])
+        names = ("p/ours", "p/ours/1000", "p/ours/100000", "p/ours/1000000", "p/ours/iterations:1")
+        self.assertEqual([effort.repetitions_of(name) for name in names], [9, 9, 5, 3, 5])
 
 
 class Verdicts(unittest.TestCase):

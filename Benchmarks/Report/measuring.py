@@ -41,13 +41,16 @@ class Effort:
     repetitions: int  # in each of them
     seconds: float
 
-    def repetitions_of(self, size):
-        """Fewer for the largest: each takes seconds, and varies little."""
-        return min(self.repetitions, 3) if size and size >= 1_000_000 else self.repetitions
+    def repetitions_of(self, name):
+        """Fewer where each takes longer than the least, up to seconds: of many entries, and by its own count."""
+        size = case_of(name)[2] or 0
+        most = 3 if size >= 1_000_000 else 5 if size >= 100_000 or "/iterations:" in name else self.repetitions
+        return min(self.repetitions, most)
 
 
-THOROUGH = Effort(rounds=3, repetitions=5, seconds=0.04)
-QUICK = Effort(rounds=1, repetitions=3, seconds=0.03)
+# Many short repetitions: the processor has slower and quicker moments of some ten milliseconds.
+THOROUGH = Effort(rounds=3, repetitions=60, seconds=0.01)
+QUICK = Effort(rounds=1, repetitions=15, seconds=0.01)
 
 
 def case_of(name):
@@ -131,7 +134,7 @@ def filter_for(names):
 
 def measure_program(program, names, effort):
     """The figures of some cases of a program, mixed with each other."""
-    repetitions = min(effort.repetitions_of(case_of(name)[2]) for name in names)
+    repetitions = min(effort.repetitions_of(name) for name in names)
     with tempfile.TemporaryDirectory() as folder:
         out = Path(folder) / "report.json"
         run(program, [f"--benchmark_filter={filter_for(names)}",
