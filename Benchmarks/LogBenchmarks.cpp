@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-// What does a line of the log cost? It is in the file when the call returns, and nothing is open.
+// What does a line of the log cost? It is in the file when the call returns, and that is not open.
 
 namespace {
 

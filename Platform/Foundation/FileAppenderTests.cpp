@@ -47,6 +47,37 @@ TEST_F(FileAppender, FollowsItsPath) {
     EXPECT_EQ(Tests::contentsOf(folders.root() / "moved"), "one\ntwo\n");
 }
 
+TEST_F(FileAppender, GoesWithItsFolderAndComesBackToItsPath) {
+    const fs::path folder = folders.root() / "folder";
+    const fs::path moved = folders.root() / "moved";
+    fs::create_directory(folder);
+    std::ofstream(folder / "file") << "1";
+    const auto appender = NS::FileManager::defaultManager().appenderForPath(
+        *NS::String::fromFileSystemRepresentation((folder / "file").string()));
+    EXPECT_TRUE(appender->append(NS::bytesOf("2")));
+    fs::rename(folder, moved);
+    EXPECT_TRUE(appender->append(NS::bytesOf("3")));
+    EXPECT_EQ(Tests::contentsOf(moved / "file"), "123");
+    fs::remove_all(moved);
+    EXPECT_FALSE(appender->append(NS::bytesOf("lost")));
+    fs::create_directory(folder);
+    EXPECT_FALSE(appender->append(NS::bytesOf("lost")));
+    std::ofstream(folder / "file") << "4";
+    EXPECT_TRUE(appender->append(NS::bytesOf("5")));
+    EXPECT_TRUE(appender->append(NS::bytesOf("6")));
+    EXPECT_EQ(Tests::contentsOf(folder / "file"), "456");
+}
+
+TEST_F(FileAppender, TakesAPathWithoutAFolder) {
+    const fs::path before = fs::current_path();
+    fs::current_path(folders.root());
+    std::ofstream("file") << "1";
+    EXPECT_TRUE(append("file", "2"));
+    EXPECT_FALSE(append("absent", "lost"));
+    fs::current_path(before);
+    EXPECT_EQ(Tests::contentsOf(file), "12");
+}
+
 TEST_F(FileAppender, WritesNothingIntoWhatHasNoEnd) {
     ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
     EXPECT_FALSE(append(file, "nobody reads"));

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
@@ -93,19 +94,38 @@ std::string temporaryNameBeside(const std::string& path) {
     return path.substr(0, path.rfind('/') + 1) + ".new-XXXXXX";
 }
 
-// All in one function: when a call of the system returns, the processor has forgotten where
-// functions return to, and much of their code.
+// From the file's folder, which is kept open, the system has one name to look up, not all on the
+// way to it. The calls are in one function: when one of them returns, the processor has forgotten
+// where functions return to, and much of their code.
 class SystemFileAppender final : public FileAppender {
   public:
-    explicit SystemFileAppender(const String& path) : path_(path) {}
+    explicit SystemFileAppender(const String& path) : path_(path) {
+        if (const char* const slash = std::strrchr(path_.c_str(), '/')) {
+            name_ = slash + 1;
+        }
+    }
 
     bool append(Bytes bytes) override {
-        const FileDescriptor file(::open(path_.c_str(), kForWriting));
+        FileDescriptor file(folder_ ? ::openat(folder_.get(), name_, kForWriting) : -1);
+        if (!file) [[unlikely]] {
+            file = openByPath();
+        }
         return file && ::lseek(file.get(), 0, SEEK_END) >= 0 && writeAll(file.get(), bytes);
     }
 
   private:
+    // For the first time, and when the folder has no such file: another one may have its path now.
+    [[gnu::noinline]] FileDescriptor openByPath() {
+        if (name_ != nullptr) {
+            const std::string folder(path_.c_str(), name_);
+            folder_.reset(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        }
+        return FileDescriptor(::open(path_.c_str(), kForWriting));
+    }
+
     SystemPath path_;
+    const char* name_ = nullptr; // in the path; null for one without a folder
+    FileDescriptor folder_;
 };
 
 class SystemFileManager final : public FileManager {
