@@ -6,8 +6,8 @@ namespace NS {
 
 // A file that grows by a piece now and then, and is not kept open in between: for each piece it is
 // opened, sought to its end, written and closed, as by a FileHandle, but its path is made ready for
-// the system once. Its folder may be kept open: then pieces go with a folder that is moved, and come
-// back to the path when there is no such file any more where the folder went.
+// the system once. Its folder may be kept open: then pieces go with a folder that is moved, and
+// come back to the path when there is no such file any more where the folder went.
 //
 // Comes from FileManager::appenderForPath(). Not for use by two threads at once.
 class FileAppender {
